@@ -1,0 +1,14 @@
+# The compiler settings that every target of the project shares.
+function(optionsmgr_compile_options target)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion
+                                           -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align)
+  if(OPTIONSMGR_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(OPTIONSMGR_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${OPTIONSMGR_SANITIZE} -fno-sanitize-recover=all
+                                             -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${OPTIONSMGR_SANITIZE})
+  endif()
+endfunction()

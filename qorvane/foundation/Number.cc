@@ -1,0 +1,98 @@
+#include "qorvane/foundation/Number.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace qorvane {
+
+namespace {
+
+template <class T>
+Text decimal(T value) {
+  char digits[32];
+  const auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
+  return Text(std::string_view(digits, static_cast<std::size_t>(end - digits)));
+}
+
+// 2^63: every double below it converts to a signed 64-bit integer, and none above it.
+constexpr double kTwoTo63 = 9223372036854775808.0;
+
+}  // namespace
+
+bool Number::boolValue() const noexcept { return kind_ == Kind::Real ? real_ != 0 : integer_ != 0; }
+
+std::int64_t Number::int64Value() const noexcept {
+  switch (kind_) {
+    case Kind::Boolean:
+    case Kind::Integer:
+      return integer_;
+    case Kind::Unsigned:
+      return std::numeric_limits<std::int64_t>::max();
+    case Kind::Real:
+      break;
+  }
+  if (std::isnan(real_)) return 0;
+  if (real_ >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
+  if (real_ < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
+  return static_cast<std::int64_t>(real_);
+}
+
+int Number::intValue() const noexcept {
+  return static_cast<int>(std::clamp<std::int64_t>(int64Value(), std::numeric_limits<int>::min(),
+                                                   std::numeric_limits<int>::max()));
+}
+
+double Number::doubleValue() const noexcept {
+  switch (kind_) {
+    case Kind::Boolean:
+    case Kind::Integer:
+      return static_cast<double>(integer_);
+    case Kind::Unsigned:
+      return static_cast<double>(bits());
+    case Kind::Real:
+      break;
+  }
+  return real_;
+}
+
+Text Number::stringValue() const {
+  switch (kind_) {
+    case Kind::Boolean:
+    case Kind::Integer:
+      return decimal(integer_);
+    case Kind::Unsigned:
+      return decimal(bits());
+    case Kind::Real:
+      break;
+  }
+  return decimal(real_);
+}
+
+bool operator==(const Number& a, const Number& b) noexcept {
+  const bool realA = a.kind_ == Number::Kind::Real;
+  const bool realB = b.kind_ == Number::Kind::Real;
+  if (realA && realB) return a.real_ == b.real_;
+  if (realA) return b == a;
+  if (!realB) {
+    return a.integer_ == b.integer_ &&
+           (a.kind_ == Number::Kind::Unsigned) == (b.kind_ == Number::Kind::Unsigned);
+  }
+  // A whole number equals a double when the double is whole and converts to it exactly; comparing as
+  // doubles would call 2^53 + 1 equal to 2^53.
+  if (b.real_ != std::trunc(b.real_)) return false;
+  if (a.kind_ == Number::Kind::Unsigned)
+    return b.real_ >= kTwoTo63 && b.real_ < 2 * kTwoTo63 && static_cast<std::uint64_t>(b.real_) == a.bits();
+  return b.real_ >= -kTwoTo63 && b.real_ < kTwoTo63 && static_cast<std::int64_t>(b.real_) == a.integer_;
+}
+
+bool isIdentical(const Number& a, const Number& b) noexcept {
+  if (a.kind_ != b.kind_) return false;
+  return a.kind_ == Number::Kind::Real
+             ? std::bit_cast<std::uint64_t>(a.real_) == std::bit_cast<std::uint64_t>(b.real_)
+             : a.integer_ == b.integer_;
+}
+
+}  // namespace qorvane

@@ -1,0 +1,162 @@
+// Text: an immutable, shared, nil-able UTF-8 text with an identity.
+//
+// Nil is not the empty text. A copy is the same object as its original; two texts made apart are
+// different objects even when they hold the same characters (`isSameObject` tells). A text made from a
+// string literal allocates nothing and is a constant expression, so exported constants are plain
+// `inline constexpr Text`. The bytes are always well-formed UTF-8: a malformed literal does not compile,
+// malformed bytes given at run time become U+FFFD, one for each maximal ill-formed sequence. Embedded NULs
+// are characters like any other. Copies may be shared between threads.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+namespace qorvane {
+
+namespace detail {
+
+/// The length in bytes of the well-formed UTF-8 sequence that starts at `at`, or 0 when none does.
+constexpr std::size_t utf8SequenceLength(std::string_view bytes, std::size_t at);
+
+constexpr bool isWellFormedUtf8(std::string_view bytes);
+
+}  // namespace detail
+
+class Text {
+ public:
+  /// Nil.
+  constexpr Text() noexcept = default;
+  constexpr Text(std::nullptr_t) noexcept {}
+
+  /// A literal: no allocation, the same object wherever the same constant is used.
+  template <std::size_t N>
+  consteval Text(const char (&literal)[N]) : data_(literal), size_(N - 1) {
+    if (!detail::isWellFormedUtf8({literal, N - 1})) throw "a literal must be well-formed UTF-8";
+  }
+
+  /// A new object holding a copy of the bytes, ill-formed ones replaced. Never nil.
+  Text(std::string_view bytes);
+  Text(const std::string& bytes) : Text(std::string_view(bytes)) {}
+
+  constexpr Text(const Text& other) noexcept : data_(other.data_), size_(other.size_) { retain(); }
+  constexpr Text(Text&& other) noexcept : data_(other.data_), size_(other.size_) { other.forget(); }
+  constexpr Text& operator=(const Text& other) noexcept {
+    other.retain();
+    release();
+    data_ = other.data_;
+    size_ = other.size_;
+    return *this;
+  }
+  constexpr Text& operator=(Text&& other) noexcept {
+    if (this != &other) {
+      release();
+      data_ = other.data_;
+      size_ = other.size_;
+      other.forget();
+    }
+    return *this;
+  }
+  constexpr ~Text() { release(); }
+
+  constexpr bool isNil() const noexcept { return data_ == nullptr; }
+  /// True for nil and for the text of length zero.
+  constexpr bool isNilOrEmpty() const noexcept { return size() == 0; }
+  /// The number of UTF-8 bytes; 0 for nil.
+  constexpr std::size_t size() const noexcept { return static_cast<std::size_t>(size_ & ~kOwned); }
+  /// The bytes; empty for nil. Valid as long as some copy of this text lives.
+  constexpr std::string_view view() const noexcept { return {data_, size()}; }
+  constexpr operator std::string_view() const noexcept { return view(); }
+  /// The bytes followed by a NUL; "" for nil.
+  constexpr const char* c_str() const noexcept { return data_ ? data_ : ""; }
+  std::string string() const { return std::string(view()); }
+
+  /// True when both are one object: a copy and its original, two uses of one constant, or two nils.
+  constexpr bool isSameObject(const Text& other) const noexcept {
+    return data_ == other.data_ && size_ == other.size_;
+  }
+  /// True when neither is nil and both hold the same bytes. Nil equals nothing, itself included.
+  constexpr bool isEqualTo(const Text& other) const noexcept {
+    return data_ && other.data_ && view() == other.view();
+  }
+
+  /// Equality of values for containers and tests: as `isEqualTo`, and nil equals nil.
+  friend constexpr bool operator==(const Text& a, const Text& b) noexcept {
+    return a.isNil() || b.isNil() ? a.isNil() && b.isNil() : a.view() == b.view();
+  }
+
+  /// Reads a number from the front: blanks skipped, a sign and digits taken, the rest ignored,
+  /// saturated at 32 bits; 0 when there is none.
+  int intValue() const noexcept;
+  /// As `intValue` for a decimal floating-point number; ±HUGE_VAL beyond the range. Never reads a locale.
+  double doubleValue() const noexcept;
+  /// True when the first character after blanks, one sign and zeros is y, Y, t, T or a digit.
+  bool boolValue() const noexcept;
+
+ private:
+  // A text on the heap keeps its count of owners in front of its bytes; the flag tells it from a literal.
+  static constexpr std::uint64_t kOwned = std::uint64_t{1} << 63;
+
+  constexpr void retain() const noexcept {
+    if (size_ & kOwned) addOwner();
+  }
+  constexpr void release() noexcept {
+    if (size_ & kOwned) dropOwner();
+  }
+  constexpr void forget() noexcept {
+    data_ = nullptr;
+    size_ = 0;
+  }
+  void addOwner() const noexcept;
+  void dropOwner() noexcept;
+
+  const char* data_ = nullptr;
+  std::uint64_t size_ = 0;
+};
+
+/// Prints the bytes, or "(nil)".
+std::ostream& operator<<(std::ostream& out, const Text& text);
+
+namespace detail {
+
+constexpr std::size_t utf8SequenceLength(std::string_view bytes, std::size_t at) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[at + i]); };
+  const std::size_t left = bytes.size() - at;
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xC2 && lead <= 0xDF   ? 2
+                             : lead >= 0xE0 && lead <= 0xEF ? 3
+                             : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                                            : 0;
+  if (length == 0 || left < length) return 0;
+  // The second byte's range rules out overlong forms, surrogates and code points above U+10FFFF.
+  const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+  const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+  if (byte(1) < low || byte(1) > high) return 0;
+  for (std::size_t i = 2; i < length; ++i)
+    if (byte(i) < 0x80 || byte(i) > 0xBF) return 0;
+  return length;
+}
+
+constexpr bool isWellFormedUtf8(std::string_view bytes) {
+  for (std::size_t at = 0; at < bytes.size();) {
+    const std::size_t length = utf8SequenceLength(bytes, at);
+    if (length == 0) return false;
+    at += length;
+  }
+  return true;
+}
+
+}  // namespace detail
+
+}  // namespace qorvane
+
+template <>
+struct std::hash<qorvane::Text> {
+  std::size_t operator()(const qorvane::Text& text) const noexcept {
+    return std::hash<std::string_view>()(text.view());
+  }
+};

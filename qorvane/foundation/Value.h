@@ -1,0 +1,96 @@
+// Value: what a property list holds, or nil.
+//
+// Values are cheap to copy and never change once made: texts, blocks of bytes, arrays and dictionaries
+// are shared between copies.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "qorvane/foundation/Data.h"
+#include "qorvane/foundation/Number.h"
+#include "qorvane/foundation/Text.h"
+
+namespace qorvane {
+
+class Dictionary;
+class Value;
+
+using Array = std::vector<Value>;
+
+/// A moment, in seconds since 2001-01-01 00:00:00 UTC (the reference date of property lists).
+struct Date {
+  double secondsSince2001 = 0;
+  friend bool operator==(const Date&, const Date&) = default;
+};
+
+class Value {
+ public:
+  enum class Kind : std::uint8_t { Nil, Text, Number, Data, Date, Array, Dictionary };
+
+  /// Nil.
+  Value() = default;
+  Value(std::nullptr_t) {}
+
+  /// A nil text makes a nil value.
+  Value(Text text) {
+    if (!text.isNil()) held_ = std::move(text);
+  }
+  Value(Number number) : held_(number) {}
+  Value(Data data) : held_(std::move(data)) {}
+  Value(Date date) : held_(date) {}
+  Value(Array array) : held_(std::make_shared<const Array>(std::move(array))) {}
+  Value(Dictionary dictionary);
+
+  Kind kind() const noexcept { return static_cast<Kind>(held_.index()); }
+  bool isNil() const noexcept { return kind() == Kind::Nil; }
+
+  /// The value as what it is: null when it is of another kind. Valid as long as this value lives.
+  const Text* asText() const noexcept { return std::get_if<Text>(&held_); }
+  const Number* asNumber() const noexcept { return std::get_if<Number>(&held_); }
+  const Data* asData() const noexcept { return std::get_if<Data>(&held_); }
+  const Date* asDate() const noexcept { return std::get_if<Date>(&held_); }
+  const Array* asArray() const noexcept {
+    const auto* held = std::get_if<std::shared_ptr<const Array>>(&held_);
+    return held ? held->get() : nullptr;
+  }
+  const Dictionary* asDictionary() const noexcept {
+    const auto* held = std::get_if<std::shared_ptr<const Dictionary>>(&held_);
+    return held ? held->get() : nullptr;
+  }
+
+  /// The value as a text: a text itself, a number's decimal text; nil for every other kind.
+  Text textValue() const;
+  /// The value as a 32-bit integer: a number's or a text's `intValue`; 0 for every other kind.
+  int intValue() const noexcept;
+  /// The value as a truth: a number's or a text's `boolValue`; false for every other kind.
+  bool boolValue() const noexcept;
+  /// The value as a double: a number's or a text's `doubleValue`; 0 for every other kind.
+  double doubleValue() const noexcept;
+
+  /// Equality in depth: numbers by numeric value, dictionaries whatever their order; nil equals nil.
+  friend bool operator==(const Value& a, const Value& b);
+  /// As ==, and numbers must agree in kind and bits: what a loss-free copy must satisfy.
+  friend bool isIdentical(const Value& a, const Value& b);
+
+ private:
+  // In the order of Kind.
+  std::variant<std::monostate, Text, Number, Data, Date, std::shared_ptr<const Array>,
+               std::shared_ptr<const Dictionary>>
+      held_;
+};
+
+bool operator==(const Value& a, const Value& b);
+bool isIdentical(const Value& a, const Value& b);
+
+/// The kind as a word for messages: "text", "number", … ; "nothing" for nil.
+const char* kindName(Value::Kind kind);
+
+/// Prints a description for people and test failures; not a persisted form.
+std::ostream& operator<<(std::ostream& out, const Value& value);
+
+}  // namespace qorvane
