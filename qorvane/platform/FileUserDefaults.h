@@ -1,0 +1,104 @@
+// FileUserDefaults: the preference store as files, one for each key, in the user's configuration folder.
+//
+//   <folder>/<key>.plist        the dictionary { <key>: <object> }, a sealed binary property list
+//   <folder>/<key>.plist.bak    what the file held before the last save: the last good copy
+//   <folder>/<key>.plist.damaged-<UTC time>      a damaged file, set aside with its exact bytes
+//   <folder>/<key>.plist.unreadable-<UTC time>   a file that could not be read when a save replaced it
+//   <folder>/.lock              locked by whoever saves; always empty
+//
+// A save writes a new file, syncs it, keeps the old one as the last good copy, puts the new one in its place
+// and syncs the folder, under the lock. So a crash at any point leaves the whole old or the whole new file;
+// once `synchronize` has answered true, the new one. A read takes no lock.
+//
+// Files written by other programs, binary or XML, are read too; other entries beside <key> at their top level
+// are kept when we save. The file may be a symbolic link: its target is replaced, not the link.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/SystemCalls.h"
+#include "qorvane/platform/UserDefaults.h"
+
+namespace qorvane {
+
+/// A failure of the operating system, with its errno; EAGAIN when another process holds the lock.
+class FileException : public Exception {
+ public:
+  FileException(const std::string& reason, int systemError) : Exception(reason), systemError_(systemError) {}
+  int systemError() const noexcept { return systemError_; }
+
+ private:
+  int systemError_;
+};
+
+class FileUserDefaults : public UserDefaults {
+ public:
+  /// folder: where the files stand, an absolute path; made with mode 0700 when first needed.
+  explicit FileUserDefaults(std::string folder = defaultFolder(), SystemCalls& calls = SystemCalls::real());
+
+  /// $XDG_CONFIG_HOME/Qorvane, or $HOME/.config/Qorvane when that is unset or not absolute. Empty without a
+  /// home: every operation of the store then throws or fails with that reason.
+  static std::string defaultFolder();
+
+  const std::string& folder() const { return folder_; }
+  std::string pathForKey(const Text& key) const;
+  std::string backupPathForKey(const Text& key) const { return pathForKey(key) + ".bak"; }
+
+  /// How long a save waits for another process's lock before it fails, in milliseconds; 10,000 at first.
+  void setLockWait(int milliseconds) { lockWait_ = milliseconds; }
+
+  /// While it lives, no other process or store object saves in the folder: for reading, changing and saving as
+  /// one step. Throws FileException (EAGAIN when the wait was in vain).
+  class [[nodiscard]] Lock {
+   public:
+    explicit Lock(FileUserDefaults& store);
+    ~Lock();
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+   private:
+    FileUserDefaults& store_;
+  };
+
+  /// Reads the file, unless an object was set and not yet written: then that one. A damaged file is set aside,
+  /// the last good copy put in its place and answered, and one line of the log says so.
+  Value objectForKey(const Text& key) override;
+  void setObject(const Value& value, const Text& key) override;
+  bool synchronize() override;
+  std::optional<StoreFailure> lastFailure() const override { return lastFailure_; }
+
+ private:
+  struct Contents;
+  class StagedFile;
+
+  [[noreturn]] void fail(const std::string& what, int systemError) const;
+  std::optional<std::string> readFile(const std::string& path) const;
+  Contents examine(const std::string& path, const Text& key) const;
+  Value recover(const Text& key, const std::string& damage);
+  void save(const Text& key, const Value& value);
+  void keepAsBackup(const std::string& file, const std::string& backup);
+  void putBack(const std::string& backup, const std::string& file) noexcept;
+  std::string setAside(const std::string& path, const char* why);
+  void removeFile(const std::string& file);
+  void makeFolder(const std::string& folder);
+  void syncFolderOf(const std::string& file);
+  std::string resolved(std::string path) const;
+  void takeLock();
+  void dropLock() noexcept;
+
+  std::string folder_;
+  SystemCalls& calls_;
+  std::map<std::string, Value, std::less<>> pending_;
+  std::optional<StoreFailure> lastFailure_;
+  int lockWait_ = 10'000;
+  int lockFile_ = -1;
+  int lockDepth_ = 0;
+};
+
+}  // namespace qorvane

@@ -1,0 +1,217 @@
+// The accessor pattern: how every option is read and written. Internal to the store.
+//
+// A read kind answers an option from the dictionary, or its default when there is no entry; a write kind
+// decides whether a new value is stored and whether the next save announces it. Both are types, named in the
+// columns of options.def; both do nothing to a store that was never loaded, whose dictionary is null.
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/siblings/QVSettings.h"
+#include "qorvane/siblings/Utils.h"
+
+namespace qorvane {
+
+extern bool notifyAll;
+extern bool bSettingVals;
+
+/// The key of an entry that the two products keep apart; which product is running is asked on each use.
+struct ProductKey {
+  Key personal;
+  Key corporate;
+};
+
+consteval Key entryKey(Text key) { return Key(key); }
+consteval ProductKey entryKey(Text personal, Text corporate) { return {Key(personal), Key(corporate)}; }
+
+constexpr const Key& keyNow(const Key& key) { return key; }
+inline const Key& keyNow(const ProductKey& key) { return QVSettings::isT2() ? key.corporate : key.personal; }
+
+/// A default that is stored on the read that finds no entry while another value is answered by that read.
+template <class T>
+struct StoresButAnswers {
+  T stored;
+  T answered;
+};
+
+template <class Form, class T>
+typename Form::Type answerOf(T&& fallback) {
+  if constexpr (requires { fallback.answered; })
+    return std::forward<T>(fallback).answered;
+  else
+    return std::forward<T>(fallback);
+}
+
+template <class Form, class T>
+Value entryOf(const T& fallback) {
+  if constexpr (requires { fallback.stored; })
+    return Form::encode(fallback.stored);
+  else
+    return Form::encode(fallback);
+}
+
+// ---- read kinds -------------------------------------------------------------------------------------
+
+inline bool isMissing(const Value* entry) { return entry == nullptr; }
+inline bool isMissingOrEmpty(const Value* entry) { return !entry || Utils::isStringNilOrEmpty(*entry); }
+
+template <bool (*Missing)(const Value*), bool Stores>
+struct Reading {
+  template <class Form, class Fallback>
+  static typename Form::Type read(Dictionary* options, const Key& key, Fallback fallback) {
+    if (const Value* entry = options ? options->find(key) : nullptr; !Missing(entry))
+      return Form::decode(*entry);
+    auto value = fallback();
+    if (Stores && options) options->set(key, entryOf<Form>(value));
+    return answerOf<Form>(std::move(value));
+  }
+};
+
+/// A missing entry gets the default.
+using Storing = Reading<isMissing, true>;
+/// A missing entry, or one that holds the empty text, gets the default.
+using StoringOverEmpty = Reading<isMissingOrEmpty, true>;
+/// A missing entry stays missing; the default is only answered.
+using NonStoring = Reading<isMissing, false>;
+
+// ---- write kinds ------------------------------------------------------------------------------------
+
+// What a write kind needs of its option: the two steps, the default, and the entry's form.
+template <class Form, class Key, class Read, class Fallback>
+struct Accessor {
+  Dictionary* options;
+  const Key& key;
+  Fallback fallback;
+
+  typename Form::Type current() const {
+    return Read::template read<Form>(options, keyNow(key), fallback);
+  }
+  void store(typename Form::Argument value) const { options->set(keyNow(key), Form::encode(value)); }
+};
+
+// The change that the comparing kinds have in common: in bulk mode the value is stored as it comes; otherwise
+// it is stored, and announced by the next save, when `differs` says so.
+template <class Differs, class Store>
+void storeIfChanged(Differs differs, Store store) {
+  if (!bSettingVals) {
+    if (!differs()) return;
+    store();
+    notifyAll = true;
+  } else {
+    store();
+  }
+}
+
+/// What a text setter stores for nil.
+enum class NilAs { Empty, Default };
+
+template <NilAs Nil, class Accessor>
+Text insteadOfNil(const Accessor& accessor, const Text& value) {
+  if (!value.isNil()) return value;
+  if constexpr (Nil == NilAs::Empty)
+    return "";
+  else
+    return accessor.fallback();
+}
+
+/// Comparing, for flags.
+struct Comparing {
+  template <class A>
+  static void write(const A& option, bool value) {
+    storeIfChanged([&] { return option.current() != value; }, [&] { option.store(value); });
+  }
+};
+
+/// Comparing, for texts: nil counts as a change always, and is stored as the empty text or the default.
+template <NilAs Nil>
+struct ComparingText {
+  template <class A>
+  static void write(const A& option, const Text& value) {
+    storeIfChanged([&] { return !option.current().isEqualTo(value); },
+                   [&] { option.store(insteadOfNil<Nil>(option, value)); });
+  }
+};
+using ComparingNilAsEmpty = ComparingText<NilAs::Empty>;
+using ComparingNilAsDefault = ComparingText<NilAs::Default>;
+
+/// Comparing, for texts: nil is the empty text from the start, and no change when that is there already.
+struct ComparingAsEmpty {
+  template <class A>
+  static void write(const A& option, const Text& value) {
+    ComparingNilAsEmpty::write(option, insteadOfNil<NilAs::Empty>(option, value));
+  }
+};
+
+/// Comparing, for texts: nil is ignored, and another object is a change even when it holds the same text.
+struct ComparingIdentity {
+  template <class A>
+  static void write(const A& option, const Text& value) {
+    if (value.isNil()) return;
+    storeIfChanged([&] { return !option.current().isSameObject(value); }, [&] { option.store(value); });
+  }
+};
+
+/// Comparing, for dates: by numeric value. Nil counts as a change always and is stored as the empty text.
+struct ComparingNumber {
+  template <class A>
+  static void write(const A& option, const Value& value) {
+    storeIfChanged([&] { return !isSameNumber(option.current(), value); },
+                   [&] { option.store(value.isNil() ? Value(Text("")) : value); });
+  }
+  static bool isSameNumber(const Value& current, const Value& value) {
+    return current.asNumber() && value.asNumber() && *current.asNumber() == *value.asNumber();
+  }
+};
+
+/// Stores at once, whatever the mode, and is never announced; nil is stored as the empty text.
+struct Direct {
+  template <class A, class T>
+  static void write(const A& option, const T& value) {
+    if constexpr (std::is_same_v<T, Text>)
+      option.store(insteadOfNil<NilAs::Empty>(option, value));
+    else if constexpr (std::is_same_v<T, Value>)
+      option.store(value.isNil() ? Value(Text("")) : value);
+    else
+      option.store(value);
+  }
+};
+
+/// Direct; nil is ignored.
+struct DirectNilIgnored {
+  template <class A>
+  static void write(const A& option, const Text& value) {
+    if (!value.isNil()) option.store(value);
+  }
+};
+
+/// Direct; nil is stored as the default.
+struct DirectNilAsDefault {
+  template <class A>
+  static void write(const A& option, const Text& value) {
+    option.store(insteadOfNil<NilAs::Default>(option, value));
+  }
+};
+
+/// Direct; nil and the empty text are stored as the default.
+struct DirectEmptyAsDefault {
+  template <class A>
+  static void write(const A& option, const Text& value) {
+    DirectNilAsDefault::write(option, value.isNilOrEmpty() ? Text() : value);
+  }
+};
+
+// ---- one option's two operations ------------------------------------------------------------------------
+
+template <class Form, class Read, class EntryKey, class Fallback>
+typename Form::Type readOption(Dictionary* options, const EntryKey& key, Fallback fallback) {
+  return Read::template read<Form>(options, keyNow(key), fallback);
+}
+
+template <class Form, class Read, class Write, class EntryKey, class Fallback>
+void writeOption(Dictionary* options, const EntryKey& key, Fallback fallback, typename Form::Argument value) {
+  if (options) Write::write(Accessor<Form, EntryKey, Read, Fallback>{options, key, fallback}, value);
+}
+
+}  // namespace qorvane

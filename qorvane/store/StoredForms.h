@@ -1,0 +1,76 @@
+// The stored forms: how an option's value in the program and its entry in the dictionary turn into each other.
+//
+// A form is a type with `Type` (the value in the program), `Argument` (how a setter takes it), `decode` (from
+// an entry of whatever kind: an entry written by another program converts as the desktop's text and number
+// classes convert, and never fails) and `encode`.
+#pragma once
+
+#include "qorvane/foundation/Value.h"
+
+namespace qorvane {
+
+/// A text kept as it is. A number reads as its decimal text, any other kind as nil.
+struct TextForm {
+  using Type = Text;
+  using Argument = const Text&;
+  static Text decode(const Value& entry) { return entry.textValue(); }
+  static Value encode(const Text& value) { return value; }
+};
+
+/// A text that must not be shown unasked: a password.
+struct SecretForm : TextForm {};
+
+/// A flag kept as one of two texts, true on exactly the first.
+template <const Text& True, const Text& False>
+struct FlagForm {
+  using Type = bool;
+  using Argument = bool;
+  static bool decode(const Value& entry) {
+    const Text* text = entry.asText();
+    return text && text->isEqualTo(True);
+  }
+  static Value encode(bool value) { return value ? True : False; }
+};
+
+inline constexpr Text kYes = "YES";
+inline constexpr Text kNo = "NO";
+inline constexpr Text kOne = "1";
+inline constexpr Text kZero = "0";
+
+using YesNoForm = FlagForm<kYes, kNo>;
+using OneZeroForm = FlagForm<kOne, kZero>;
+
+/// A flag kept as the number 1 or 0, true when the entry's integer value, a text's too, is exactly 1.
+struct IntegerFlagForm {
+  using Type = bool;
+  using Argument = bool;
+  static bool decode(const Value& entry) { return entry.intValue() == 1; }
+  static Value encode(bool value) { return Number(value ? 1 : 0); }
+};
+
+/// A flag kept as a boolean number, true for whatever reads as a truth.
+struct BooleanNumberForm {
+  using Type = bool;
+  using Argument = bool;
+  static bool decode(const Value& entry) { return entry.boolValue(); }
+  static Value encode(bool value) { return Number(value); }
+};
+
+/// A 32-bit integer kept as its decimal text. A text without leading digits reads as 0.
+struct IntegerForm {
+  using Type = int;
+  using Argument = int;
+  static int decode(const Value& entry) { return entry.intValue(); }
+  static Value encode(int value) { return Number(value).stringValue(); }
+};
+
+/// A date kept as a number, whose quantity is the caller's choice; a cleared date is the empty text. The entry
+/// is answered as it stands.
+struct DateForm {
+  using Type = Value;
+  using Argument = const Value&;
+  static Value decode(const Value& entry) { return entry; }
+  static Value encode(const Value& value) { return value; }
+};
+
+}  // namespace qorvane
