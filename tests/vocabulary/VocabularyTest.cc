@@ -1,0 +1,212 @@
+#include "qorvane/vocabulary/Vocabulary.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "qorvane/vocabulary/ChoiceLabels.h"
+#include "qorvane/vocabulary/HelpTopics.h"
+#include "qorvane/vocabulary/Notifications.h"
+#include "qorvane/vocabulary/OptionStrings.h"
+#include "qorvane/vocabulary/ProvinceNames.h"
+#include "qorvane/vocabulary/ReturnElements.h"
+#include "qorvane/vocabulary/ReturnElementsT2.h"
+#include "tests/TestHome.h"
+#include "tests/vocabulary/Constants.h"
+
+namespace qorvane {
+namespace {
+
+using Strings = std::map<std::string, std::string>;
+
+// The constants of a list as the library exports them.
+Strings exported(std::string_view list) {
+  Strings strings;
+  for (const VocabularyEntry& entry : vocabulary())
+    if (entry.list == list) strings.emplace(entry.name, entry.string.view());
+  return strings;
+}
+
+// The same list as it was published: name=string, a line each.
+Strings published(const std::string& list) {
+  Strings strings;
+  std::istringstream lines(
+      testing_support::readFile(std::string(TEST_DATA_DIR) + "/vocabulary/" + list + ".txt"));
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t equals = line.find('=');
+    strings.emplace(line.substr(0, equals), line.substr(equals + 1));
+  }
+  return strings;
+}
+
+std::ptrdiff_t countNamedAsStored(const Strings& strings, std::string_view prefix) {
+  return std::ranges::count_if(
+      strings, [&](const auto& row) { return row.first == std::string(prefix) + row.second; });
+}
+
+class PublishedList : public testing::TestWithParam<const char*> {};
+
+TEST_P(PublishedList, holdsExactlyTheStringsThatFilesAndSettingsHold) {
+  const Strings now = exported(GetParam());
+  const Strings then = published(GetParam());
+  ASSERT_FALSE(then.empty());
+  for (const auto& [name, string] : then) {
+    const auto found = now.find(name);
+    if (found == now.end())
+      ADD_FAILURE() << name << " is no longer exported: programs that use it stop building";
+    else
+      EXPECT_EQ(found->second, string)
+          << "the persisted string of " << name << " changed: what was saved under the old one is lost";
+  }
+  for (const auto& [name, string] : now)
+    EXPECT_TRUE(then.contains(name)) << name << "=" << string << " is exported but not in the published list";
+}
+
+INSTANTIATE_TEST_SUITE_P(Vocabulary, PublishedList,
+                         testing::Values("option-keys", "return-elements", "return-elements-t2",
+                                         "notifications", "help-topics", "province-names", "choice-labels"));
+
+TEST(Vocabulary, hasTheStatedNumberOfConstants) {
+  EXPECT_EQ(exported("option-keys").size(), 315u);
+  EXPECT_EQ(exported("return-elements").size(), 160u);
+  EXPECT_EQ(exported("return-elements-t2").size(), 90u);
+  EXPECT_EQ(exported("notifications").size(), 5u);
+  EXPECT_EQ(exported("help-topics").size(), 14u);
+  EXPECT_EQ(exported("province-names").size(), 14u);
+  EXPECT_EQ(exported("choice-labels").size(), 67u);
+  EXPECT_EQ(vocabulary().size(), 665u);
+}
+
+TEST(Vocabulary, followsTheNamingRulesAsOftenAsStated) {
+  EXPECT_EQ(countNamedAsStored(exported("option-keys"), "optsStr_"), 256);
+  EXPECT_EQ(countNamedAsStored(exported("return-elements"), ""), 139);
+  EXPECT_EQ(countNamedAsStored(exported("return-elements-t2"), "T2"), 56);
+  EXPECT_EQ(countNamedAsStored(exported("notifications"), ""), 5);
+}
+
+TEST(Vocabulary, groupsTheOptionKeysByPurpose) {
+  std::map<std::string_view, int> sizes;
+  for (const VocabularyEntry& entry : vocabulary())
+    if (entry.list == "option-keys") ++sizes[entry.group.substr(0, entry.group.find(','))];
+  const std::map<std::string_view, int> stated = {
+      {"General", 21},       {"Colours", 6},      {"Folders and paths", 16}, {"Preparer", 46},
+      {"Contact person", 4}, {"Discounter", 13},  {"Trustee", 13},           {"Authorizations", 56},
+      {"Printing", 22},      {"Help topics", 11}, {"Form names", 107}};
+  EXPECT_EQ(sizes, stated);
+}
+
+TEST(Vocabulary, namesEachConstantOnce) {
+  std::set<std::string_view> names;
+  for (const VocabularyEntry& entry : vocabulary()) {
+    EXPECT_TRUE(names.insert(entry.name).second) << entry.name;
+    EXPECT_FALSE(entry.group.empty()) << entry.name;
+    EXPECT_FALSE(entry.string.isNilOrEmpty()) << entry.name;
+  }
+}
+
+TEST(Vocabulary, listsTheConstantsThemselves) {
+  const auto found = [](std::string_view name) {
+    return std::ranges::find(vocabulary(), name, &VocabularyEntry::name)->string;
+  };
+  EXPECT_TRUE(found("optsStr_PreparerCity").isSameObject(optsStr_PreparerCity));
+  EXPECT_TRUE(found("T2BN").isSameObject(T2BN));
+}
+
+TEST(Vocabulary, isTheSameObjectInEveryTranslationUnit) {
+  EXPECT_TRUE(elsewhere::preparerCity().isSameObject(optsStr_PreparerCity));
+  EXPECT_TRUE(elsewhere::surname().isSameObject(Surname));
+  EXPECT_TRUE(elsewhere::federal().isSameObject(Federal));
+}
+
+// Read by a constant expression, so readable before any code of the program runs.
+constinit Text keptFromLoad = optsStr_ZSuppress;
+static_assert(T2CompanyName.view() == "CompanyName");
+
+TEST(Vocabulary, isReadableFromTheMomentOfLoading) {
+  EXPECT_TRUE(keptFromLoad.isSameObject(optsStr_ZSuppress));
+  EXPECT_EQ(elsewhere::readAtLoad(), Text("preparer"));
+}
+
+TEST(OptionKeys, shareAnEntryInFourPlacesOnly) {
+  std::map<std::string, std::set<std::string>> names;
+  for (const auto& [name, string] : exported("option-keys")) names[string].insert(name);
+  std::erase_if(names, [](const auto& row) { return row.second.size() == 1; });
+  const std::map<std::string, std::set<std::string>> shared = {
+      {"PName", {"optsStr_PreparerRepresentativeName", "optsStr_RepFirstName_T2"}},
+      {"RepBN", {"optsStr_RC59BusNo", "optsStr_T1013BussinessNo_T2"}},
+      {"RepID", {"optsStr_RC59RepID", "optsStr_T1013RepID_T2"}},
+      {"T1013OnlineAuthorization",
+       {"optsStr_RC59OnlineAuthorization_T2", "optsStr_T1013OnlineAuthorization"}}};
+  EXPECT_EQ(names, shared);
+}
+
+TEST(OptionKeys, leadFromOneNameOfASharedEntryToTheOther) {
+  std::map<std::string_view, int> settings;
+  settings[optsStr_RC59RepID] = 1;
+  settings[optsStr_PreparerRepresentativeName] = 2;
+  settings[optsStr_RC59BusNo] = 3;
+  settings[optsStr_T1013OnlineAuthorization] = 4;
+  EXPECT_EQ(settings[optsStr_T1013RepID_T2], 1);
+  EXPECT_EQ(settings[optsStr_RepFirstName_T2], 2);
+  EXPECT_EQ(settings[optsStr_T1013BussinessNo_T2], 3);
+  EXPECT_EQ(settings[optsStr_RC59OnlineAuthorization_T2], 4);
+  EXPECT_FALSE(settings.contains(optsStr_T1013RepID));
+  EXPECT_FALSE(settings.contains(optsStr_RepFirstName));
+  EXPECT_FALSE(settings.contains(optsStr_T1013BussinessNo));
+}
+
+TEST(OptionKeys, keepTheirOddStrings) {
+  EXPECT_EQ(optsStr_UseDefaultLegacyFileName, Text("optsStr_UseDefaultLegacyFileName"));
+  EXPECT_EQ(optsStr_PreparerEfileNumber, Text("preparer"));
+  EXPECT_EQ(optsStr_T4AP, Text("T4A(P)"));
+  EXPECT_EQ(optsStr_T4PS, Text("T4(PS)"));
+  EXPECT_EQ(optsStr_Help, Text("Help"));
+  EXPECT_EQ(optsStr_MRQAuthOfFuelTaxRetuns, Text("MRQAuthOfFuelTaxRetuns"));
+  EXPECT_EQ(optsStr_PreparerPostOfficeBOx, Text("PreparerPostOfficeBOx"));
+  EXPECT_EQ(
+      optsStr_DefaultDisclaimerTxt,
+      Text("Prepared solely for income tax purposes without audit or review from information provided by the "
+           "taxpayer."));
+}
+
+TEST(ReturnElements, keepTheirOddStrings) {
+  EXPECT_EQ(FirstName, Text("Firstnames"));
+  EXPECT_EQ(IsQDisabled, Text("qDisabled"));
+  EXPECT_EQ(LogEntryPreviousAmtOwing, Text("prevamtOwing"));
+}
+
+TEST(ReturnElementsT2, shareTwoElements) {
+  EXPECT_EQ(T2S21ForeignBusinessIncome, Text("S21"));
+  EXPECT_EQ(T2S21ForeignNonBusinessIncome, Text("S21"));
+  EXPECT_EQ(T2CorpEmail, Text("AuthorizedEmailId"));
+  EXPECT_EQ(T2AuthorizedEmailId, Text("AuthorizedEmailId"));
+  EXPECT_EQ(T2IDCorpEmail, Text("CorpEmail"));
+}
+
+TEST(HelpTopics, shareATopicOnPurpose) {
+  for (const Text& topic :
+       {helpPrintFormatEditID, helpRRSPcalculatorID, helpDiagnosticsID, helpViewOverridenCellsDiaID})
+    EXPECT_EQ(topic, Text("1910105"));
+  EXPECT_EQ(helpPrintDialogID, helpPrintFormatUseID);
+}
+
+TEST(ProvinceNames, writeNonResidentWithABlank) { EXPECT_EQ(Non_Resident, Text("Non Resident")); }
+
+TEST(ChoiceLabels, keepTheirOddNames) {
+  EXPECT_EQ(useaAddress_ForAllEng, Text("For all purposes"));
+  EXPECT_EQ(assesmentOpts_FaxToPreFr, Text("1-Télécopie au préparateur"));
+  EXPECT_EQ(rc69Opts_AccViewEng, Text("1-Allow View only"));
+}
+
+TEST(Vocabulary, ownsItsGroupsByEmptyClasses) {
+  EXPECT_TRUE(std::is_empty_v<OptionStrings>);
+  EXPECT_TRUE(std::is_empty_v<ReturnElements>);
+  EXPECT_TRUE(std::is_empty_v<ReturnElementsT2>);
+}
+
+}  // namespace
+}  // namespace qorvane
