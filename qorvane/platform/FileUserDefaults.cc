@@ -67,12 +67,12 @@ std::string utcTime() {
 
 }  // namespace
 
-// What stands at a path.
-struct FileUserDefaults::Contents {
-  enum class State { Missing, Good, Damaged } state = State::Missing;
-  Value top;                     // The top-level dictionary of a good file.
-  std::uint64_t generation = 0;  // Of a sealed good file.
-  std::string damage;            // What is wrong with a damaged one.
+// What stands at a path: the inspection, and the top-level dictionary of a good file.
+struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
+  Value top;
+
+  bool isGood() const { return state == State::Good; }
+  const Value& object(const Text& key) const { return *top.asDictionary()->find(key.view()); }
 };
 
 // A new file beside the one that it is to replace: written and synced, removed again unless published.
@@ -144,8 +144,8 @@ std::string FileUserDefaults::defaultFolder() {
 
 std::string FileUserDefaults::pathForKey(const Text& key) const {
   if (folder_.empty())
-    throw FileException("there is no preference folder: neither XDG_CONFIG_HOME nor HOME names an absolute path",
-                        ENOENT);
+    throw FileException(
+        "there is no preference folder: neither XDG_CONFIG_HOME nor HOME names an absolute path", ENOENT);
   const std::string_view name = key.view();
   if (name.empty() || name.front() == '.' || name.find_first_of(std::string_view("/\0", 2)) != name.npos)
     throw Exception("\"" + key.string() + "\" cannot name a preference file");
@@ -186,32 +186,43 @@ std::optional<std::string> FileUserDefaults::readFile(const std::string& path) c
 }
 
 FileUserDefaults::Contents FileUserDefaults::examine(const std::string& path, const Text& key) const {
-  using State = Contents::State;
   const std::optional<std::string> bytes = readFile(path);
   if (!bytes) return {};
+  const auto damaged = [](const std::string& what) {
+    Contents contents;
+    contents.state = Inspection::State::Damaged;
+    contents.damage = Text(what);
+    return contents;
+  };
   const SealCheck seal = checkSeal(*bytes);
-  if (seal.state == SealState::Broken)
-    return {.state = State::Damaged, .damage = "its bytes do not match its checksum"};
+  if (seal.state == SealState::Broken) return damaged("its bytes do not match its checksum");
   try {
-    Value top = readPropertyList(*bytes);
-    const Dictionary* entries = top.asDictionary();
-    if (!entries || !entries->find(key.view()))
-      return {.state = State::Damaged, .damage = "it has no entry \"" + key.string() + "\""};
-    return {.state = State::Good, .top = std::move(top), .generation = seal.generation};
+    Contents contents;
+    contents.top = readPropertyList(*bytes);
+    const Dictionary* entries = contents.top.asDictionary();
+    if (!entries || !entries->find(key.view())) return damaged("it has no entry \"" + key.string() + "\"");
+    contents.state = Inspection::State::Good;
+    contents.sealed = seal.state == SealState::Intact;
+    contents.generation = seal.generation;
+    return contents;
   } catch (const Exception& error) {
-    return {.state = State::Damaged, .damage = error.what()};
+    return damaged(error.what());
   }
+}
+
+FileUserDefaults::Inspection FileUserDefaults::inspect(const Text& key) const {
+  return examine(pathForKey(key), key);
+}
+
+FileUserDefaults::Inspection FileUserDefaults::inspectBackup(const Text& key) const {
+  return examine(backupPathForKey(key), key);
 }
 
 Value FileUserDefaults::objectForKey(const Text& key) {
   if (const auto set = pending_.find(key.view()); set != pending_.end()) return set->second;
   const Contents contents = examine(pathForKey(key), key);
-  switch (contents.state) {
-    case Contents::State::Missing: return nullptr;
-    case Contents::State::Good: return *contents.top.asDictionary()->find(key.view());
-    case Contents::State::Damaged: break;
-  }
-  return recover(key, contents.damage);
+  if (contents.state == Inspection::State::Damaged) return recover(key, contents.damage.string());
+  return contents.isGood() ? contents.object(key) : Value();
 }
 
 Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
@@ -224,26 +235,24 @@ Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
     const Lock lock(*this);
     // Another process may have mended or replaced the file meanwhile.
     const Contents now = examine(path, key);
-    if (now.state == Contents::State::Missing) return nullptr;
-    if (now.state == Contents::State::Good) return *now.top.asDictionary()->find(key.view());
+    if (now.state != Inspection::State::Damaged) return now.isGood() ? now.object(key) : Value();
     const std::string file = resolved(path);
     story += "it was kept as " + setAside(path, "damaged");
-    if (good.state == Contents::State::Good) {
+    if (good.isGood()) {
       // The copy takes the file's place at once, so that the settings do not hang on a later save.
       StagedFile copy(*this, file, sealedPropertyList(good.top, good.generation + 1));
       copy.publish();
-      syncFolderOf(file);
     } else {
       removeFile(file);
     }
+    syncFolderOf(file);
   } catch (const FileException& error) {
     // In a folder that is read-only, for instance: the bytes stay where they are.
     story += std::string("it stays where it is, for the store ") + error.what();
   }
-  const bool loaded = good.state == Contents::State::Good;
-  log(story + (loaded ? "; the last good copy, " + backup + ", was loaded"
-                      : "; there is no good copy, so its settings start afresh"));
-  return loaded ? *good.top.asDictionary()->find(key.view()) : Value();
+  log(Text(story + (good.isGood() ? "; the last good copy, " + backup + ", was loaded"
+                                  : "; there is no good copy, so its settings start afresh")));
+  return good.isGood() ? good.object(key) : Value();
 }
 
 // ---- writing --------------------------------------------------------------------------------------
@@ -284,16 +293,16 @@ void FileUserDefaults::save(const Text& key, const Value& value) {
   Contents old;
   try {
     old = examine(file, key);
-    if (old.state == Contents::State::Damaged)
-      log(path + " is damaged (" + old.damage + "); it was kept as " + setAside(path, "damaged") +
+    if (old.state == Inspection::State::Damaged)
+      log(path + " is damaged (" + old.damage.string() + "); it was kept as " + setAside(path, "damaged") +
           " before the settings were saved");
   } catch (const FileException& error) {
     log(path + " could not be read (" + error.what() + "); it was kept as " + setAside(path, "unreadable") +
         " before the settings were saved");
-    old.state = Contents::State::Damaged;
+    old.state = Inspection::State::Damaged;
   }
 
-  const bool wasGood = old.state == Contents::State::Good;
+  const bool wasGood = old.isGood();
   std::optional<StagedFile> replacement;
   if (!value.isNil()) {
     Dictionary top;
@@ -304,7 +313,7 @@ void FileUserDefaults::save(const Text& key, const Value& value) {
   if (wasGood) keepAsBackup(file, backup);
   if (replacement)
     replacement->publish();
-  else if (old.state != Contents::State::Missing)
+  else if (old.state != Inspection::State::Missing)
     removeFile(file);
   try {
     syncFolderOf(file);

@@ -50,11 +50,26 @@ class FileUserDefaults : public UserDefaults {
   std::string pathForKey(const Text& key) const;
   std::string backupPathForKey(const Text& key) const { return pathForKey(key) + ".bak"; }
 
+  /// What stands under a key, and what is wrong with it.
+  struct Inspection {
+    enum class State : std::uint8_t { Missing, Good, Damaged } state = State::Missing;
+    /// False for a good file that another program wrote: damage to it need not show.
+    bool sealed = false;
+    /// Of a sealed good file: how many saves it has seen.
+    std::uint64_t generation = 0;
+    /// What is wrong with a damaged one.
+    Text damage;
+  };
+  /// Looks at the key's file, or at its last good copy, and changes nothing. Throws FileException when it
+  /// cannot be read.
+  Inspection inspect(const Text& key) const;
+  Inspection inspectBackup(const Text& key) const;
+
   /// How long a save waits for another process's lock before it fails, in milliseconds; 10,000 at first.
   void setLockWait(int milliseconds) { lockWait_ = milliseconds; }
 
-  /// While it lives, no other process or store object saves in the folder: for reading, changing and saving as
-  /// one step. Throws FileException (EAGAIN when the wait was in vain).
+  /// While it lives, no other process or store object saves in the folder: for reading, changing and saving
+  /// as one step. Throws FileException (EAGAIN when the wait was in vain).
   class [[nodiscard]] Lock {
    public:
     explicit Lock(FileUserDefaults& store);
@@ -66,8 +81,8 @@ class FileUserDefaults : public UserDefaults {
     FileUserDefaults& store_;
   };
 
-  /// Reads the file, unless an object was set and not yet written: then that one. A damaged file is set aside,
-  /// the last good copy put in its place and answered, and one line of the log says so.
+  /// Reads the file, unless an object was set and not yet written: then that one. A damaged file is set
+  /// aside, the last good copy put in its place and answered, and one line of the log says so.
   Value objectForKey(const Text& key) override;
   void setObject(const Value& value, const Text& key) override;
   bool synchronize() override;

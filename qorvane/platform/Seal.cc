@@ -49,8 +49,9 @@ SealCheck checkSeal(std::string_view bytes) {
   const bool room = table >= kSealSize && table <= bytes.size() - kTrailerSize;
   const std::string_view seal = room ? bytes.substr(table - kSealSize, kSealSize) : std::string_view();
   if (!seal.starts_with(kMagic)) {
-    const bool marked = std::equal(kTrailerMark.begin(), kTrailerMark.end(), trailer.begin(),
-                                   [](std::uint8_t mark, char byte) { return static_cast<char>(mark) == byte; });
+    const bool marked =
+        std::equal(kTrailerMark.begin(), kTrailerMark.end(), trailer.begin(),
+                   [](std::uint8_t mark, char byte) { return static_cast<char>(mark) == byte; });
     return {marked ? SealState::Broken : SealState::Unsealed};
   }
   std::string unsealed(bytes);

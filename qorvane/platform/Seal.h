@@ -2,8 +2,8 @@
 // readers of binary property lists look past it.
 //
 // A binary property list may hold bytes between its objects and its table of offsets that nothing refers to,
-// and five bytes of its trailer are unused. The seal stands in the first place, a mark that there is a seal in
-// the second, so no single damaged byte can hide both. A file rewritten by another program loses both and
+// and five bytes of its trailer are unused. The seal stands in the first place, a mark that there is a seal
+// in the second, so no single damaged byte can hide both. A file rewritten by another program loses both and
 // counts as unsealed; that is not damage.
 //
 // The seal, 32 bytes directly before the table of offsets, numbers big-endian:

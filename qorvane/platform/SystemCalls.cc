@@ -98,7 +98,9 @@ int FaultInjectingSystemCalls::mkdir(const char* path, mode_t mode) {
 ssize_t FaultInjectingSystemCalls::readlink(const char* path, char* target, std::size_t size) {
   return fails("readlink") ? -1 : SystemCalls::readlink(path, target, size);
 }
-int FaultInjectingSystemCalls::tryLock(int file) { return fails("tryLock") ? -1 : SystemCalls::tryLock(file); }
+int FaultInjectingSystemCalls::tryLock(int file) {
+  return fails("tryLock") ? -1 : SystemCalls::tryLock(file);
+}
 void FaultInjectingSystemCalls::sleepMilliseconds(int) {
   // Waiting is what the real one is for; a test only wants to know that it would have waited.
   calls_.emplace_back("sleep");

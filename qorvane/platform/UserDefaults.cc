@@ -16,14 +16,17 @@ constexpr int kDeepest = 500;
 bool isPropertyList(const Value& value, int depth) {
   if (depth > kDeepest) return false;
   switch (value.kind()) {
-    case Value::Kind::Nil: return false;
+    case Value::Kind::Nil:
+      return false;
     case Value::Kind::Array:
-      return std::ranges::all_of(*value.asArray(), [&](const Value& v) { return isPropertyList(v, depth + 1); });
+      return std::ranges::all_of(*value.asArray(),
+                                 [&](const Value& v) { return isPropertyList(v, depth + 1); });
     case Value::Kind::Dictionary:
       return std::ranges::all_of(*value.asDictionary(), [&](const Dictionary::Entry& entry) {
         return isPropertyList(entry.value, depth + 1);
       });
-    default: return true;
+    default:
+      return true;
   }
 }
 
@@ -31,9 +34,12 @@ UserDefaults* replacementStore = nullptr;
 
 void raise(FaultInjectingUserDefaults::Fault fault, const char* what) {
   switch (fault) {
-    case FaultInjectingUserDefaults::Fault::None: return;
-    case FaultInjectingUserDefaults::Fault::PlatformException: throw Exception(what);
-    case FaultInjectingUserDefaults::Fault::OtherException: throw std::logic_error(what);
+    case FaultInjectingUserDefaults::Fault::None:
+      return;
+    case FaultInjectingUserDefaults::Fault::PlatformException:
+      throw Exception(what);
+    case FaultInjectingUserDefaults::Fault::OtherException:
+      throw std::logic_error(what);
   }
 }
 

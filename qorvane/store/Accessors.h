@@ -85,9 +85,7 @@ struct Accessor {
   const Key& key;
   Fallback fallback;
 
-  typename Form::Type current() const {
-    return Read::template read<Form>(options, keyNow(key), fallback);
-  }
+  typename Form::Type current() const { return Read::template read<Form>(options, keyNow(key), fallback); }
   void store(typename Form::Argument value) const { options->set(keyNow(key), Form::encode(value)); }
 };
 

@@ -1,4 +1,5 @@
-// The stored forms: how an option's value in the program and its entry in the dictionary turn into each other.
+// The stored forms: how an option's value in the program and its entry in the dictionary turn into each
+// other.
 //
 // A form is a type with `Type` (the value in the program), `Argument` (how a setter takes it), `decode` (from
 // an entry of whatever kind: an entry written by another program converts as the desktop's text and number
@@ -64,8 +65,8 @@ struct IntegerForm {
   static Value encode(int value) { return Number(value).stringValue(); }
 };
 
-/// A date kept as a number, whose quantity is the caller's choice; a cleared date is the empty text. The entry
-/// is answered as it stands.
+/// A date kept as a number, whose quantity is the caller's choice; a cleared date is the empty text. The
+/// entry is answered as it stands.
 struct DateForm {
   using Type = Value;
   using Argument = const Value&;

@@ -1,0 +1,51 @@
+// The option table: every option of the store with what is known of it, for key-value coding and for tools
+// that list, describe and set options by name. The rows are those of options.def.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "qorvane/foundation/Text.h"
+#include "qorvane/foundation/Value.h"
+
+namespace qorvane {
+
+class Options;
+
+/// What an option is to the program.
+enum class OptionType : std::uint8_t { Text, Flag, Integer, Date };
+
+struct OptionRow {
+  /// The property name, which is the getter's: "preparerCity".
+  std::string_view name;
+  /// The setter's name: "setPreparerCity". Empty for an answer that cannot be set.
+  std::string_view setter;
+  OptionType type;
+  /// The stored form, read kind and write kind, as they are named in options.def; empty where a function of
+  /// its own does the work.
+  std::string_view form;
+  std::string_view readKind;
+  std::string_view writeKind;
+  /// Not to be shown unasked.
+  bool secret;
+  /// The stored key in the running product; nil for an answer without an entry.
+  Text (*key)();
+  /// What a getter answers without an entry (a flag or an integer as a number). Nil for a derived answer.
+  Value (*fallback)();
+  /// Runs the getter.
+  Value (*read)(Options& store);
+  /// Runs the setter with the value converted to the option's type. Null for an answer that cannot be set.
+  void (*write)(Options& store, const Value& value);
+};
+
+/// All rows, in the order of options.def.
+std::span<const OptionRow> optionTable();
+
+/// The row of the property, or null.
+const OptionRow* findProperty(std::string_view name);
+
+/// The row of the property, or else of the first one whose stored key in the running product it is, or null.
+const OptionRow* findOption(std::string_view nameOrKey);
+
+}  // namespace qorvane

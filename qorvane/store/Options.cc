@@ -1,0 +1,123 @@
+#include "qorvane/store/Options.h"
+
+#include <array>
+#include <mutex>
+
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/Log.h"
+#include "qorvane/platform/NotificationCenter.h"
+#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/siblings/QVSettings.h"
+#include "qorvane/store/Accessors.h"
+#include "qorvane/store/LoadLists.h"
+#include "qorvane/store/OptionTable.h"
+#include "qorvane/store/StoredForms.h"
+#include "qorvane/vocabulary/Notifications.h"
+#include "qorvane/vocabulary/OptionStrings.h"
+
+namespace qorvane {
+
+constinit bool notifyAll = false;
+constinit bool bSettingVals = false;
+
+Options::Options() { notifyAll = false; }
+Options::~Options() = default;
+
+Options& Options::getOptionsObj() {
+  static std::recursive_mutex creation;
+  static std::unique_ptr<Options> shared;
+  const std::lock_guard lock(creation);
+  if (!shared) shared = std::make_unique<Options>();
+  return *shared;
+}
+
+void Options::loadOptions() try {
+  UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  const bool corporate = QVSettings::isT2();
+  const Value stored = defaults.objectForKey(settingsDomainKey());
+  const Dictionary* dictionary = stored.asDictionary();
+  opts_ = dictionary ? std::make_unique<Dictionary>(*dictionary) : std::make_unique<Dictionary>();
+
+  // The getters, not a table of defaults: whatever else a getter does on its first read, it does here.
+  bSettingVals = true;
+  for (const std::string_view name : corporate ? corporateLoadList() : personalLoadList()) {
+    try {
+      valueForKey(name);
+    } catch (const Exception&) {
+      log("Could not load default options");
+    }
+  }
+  bSettingVals = false;
+  notifyAll = false;
+} catch (const Exception&) {
+  log("Options couldn't be loaded");
+}
+
+void Options::saveOptions() try {
+  UserDefaults& defaults = UserDefaults::standardUserDefaults();
+  defaults.setObject(opts_ ? Value(*opts_) : Value(), settingsDomainKey());
+  defaults.synchronize();
+  if (notifyAll) NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
+  notifyAll = false;
+} catch (const Exception&) {
+  // The words of the load path, on purpose: whoever reads the log knows them.
+  log("Options couldn't be loaded");
+}
+
+Text Options::settingsDomainKey() {
+  return Text((QVSettings::isT2() ? "QorvaneT2Settings" : "QorvaneT1Settings") + std::to_string(yor()));
+}
+
+Text Options::getFileNameWithPath() { return "/Settings.opt"; }
+
+Value Options::valueForKey(std::string_view propertyName) {
+  const OptionRow* row = findProperty(propertyName);
+  if (!row) throw Exception("there is no option named \"" + std::string(propertyName) + "\"");
+  return row->read(*this);
+}
+
+// ---- the accessors that follow the pattern ----------------------------------------------------------------
+
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write)            \
+  Form::Type Options::getter() {                                              \
+    static constexpr auto key = entryKey entry;                               \
+    return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
+  }                                                                           \
+  void Options::setter(Form::Argument value) {                                \
+    static constexpr auto key = entryKey entry;                               \
+    writeOption<Form, Read, Write>(                                           \
+        opts_.get(), key, [] { return fallback; }, value);                    \
+  }
+#define SPECIAL(...)
+#define READ_ONLY(...)
+#define DERIVED(...)
+#include "qorvane/store/options.def"
+
+// ---- and those that do not
+// ----------------------------------------------------------------------------------
+
+int Options::yor() { return QVSettings::YOR(); }
+Text Options::currentYear() { return Text(std::to_string(yor())); }
+Text Options::lastYear() { return Text(std::to_string(yor() - 1)); }
+bool Options::IsEfile() { return true; }
+
+namespace {
+constexpr Key kStepsMode{"IsStepModeS"};
+}
+
+bool Options::isStepsMode() {
+  // The corporate product has no steps, whatever the dictionary holds.
+  if (QVSettings::isT2()) return false;
+  return readOption<BooleanNumberForm, NonStoring>(opts_.get(), kStepsMode, [] { return false; });
+}
+
+// The one setter that saves by itself: the windows that change their shape for it are told at once.
+void Options::setIsStepsMode(bool on) {
+  if (!opts_ || (!bSettingVals && isStepsMode() == on)) return;
+  const bool tell = !bSettingVals;
+  opts_->set(kStepsMode, BooleanNumberForm::encode(on));
+  saveOptions();
+  if (tell) NotificationCenter::defaultCenter().postNotificationName(kStepFormsModeChangeEvt, this);
+}
+
+}  // namespace qorvane
