@@ -64,7 +64,9 @@ bool Dictionary::remove(std::string_view key) {
   const std::size_t at = slotOf(key, Key::hashOf(key));
   if (at == kNone) return false;
   entries_.erase(entries_.begin() + (slots_[at].position - 1));
-  rebuild(slots_.size());
+  // In place: removing needs no memory, so it cannot fail half-way.
+  std::ranges::fill(slots_, Slot{});
+  placeAll();
   return true;
 }
 
@@ -78,6 +80,10 @@ void Dictionary::rebuild(std::size_t slotCount) {
   std::vector<Slot>(slotCount).swap(slots_);
   multiplier_ = processMultiplier();
   shift_ = 64 - std::countr_zero(slotCount);
+  placeAll();
+}
+
+void Dictionary::placeAll() noexcept {
   for (std::size_t i = 0; i < entries_.size(); ++i) place(Key::hashOf(entries_[i].key), i);
 }
 

@@ -94,6 +94,7 @@ class Dictionary {
   }
   void set(const Text& key, std::uint64_t hash, Value value);
   void rebuild(std::size_t slotCount);
+  void placeAll() noexcept;
   void place(std::uint64_t hash, std::size_t position) noexcept;
 
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);

@@ -10,10 +10,10 @@ namespace qorvane {
 
 namespace {
 
-template <class T>
-Text decimal(T value) {
+template <class T, class... Format>
+Text decimal(T value, Format... format) {
   char digits[32];
-  const auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
+  const auto [end, error] = std::to_chars(digits, digits + sizeof digits, value, format...);
   return Text(std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
@@ -68,7 +68,11 @@ Text Number::stringValue() const {
     case Kind::Real:
       break;
   }
-  return decimal(real_);
+  if (std::isnan(real_)) return "nan";
+  // Amounts are written out, so that 100000.0 read as a text and then as an integer is 100000, not 1.
+  const double magnitude = std::abs(real_);
+  const bool plain = magnitude == 0 || (magnitude >= 1e-4 && magnitude < 1e16);
+  return decimal(real_, plain ? std::chars_format::fixed : std::chars_format::scientific);
 }
 
 bool operator==(const Number& a, const Number& b) noexcept {

@@ -35,7 +35,8 @@ class Number {
   std::int64_t int64Value() const noexcept;
   double doubleValue() const noexcept;
   /// "1" or "0" for a boolean, decimal digits for a whole number, the shortest decimal text that reads back
-  /// for a double ("0.1", "1e+23", "nan", "inf"). Independent of the locale.
+  /// for a double, with an exponent from 1e+16 up and below 0.0001: "0.1", "100000", "-0", "1e+23", and
+  /// "inf", "-inf" and "nan" (which as texts read as 0). Independent of the locale.
   Text stringValue() const;
 
   /// Numeric equality across kinds, exact: 1, 1.0 and true are equal; NaN equals nothing.

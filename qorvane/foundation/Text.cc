@@ -67,6 +67,21 @@ bool takeSign(std::string_view& text) {
   return negative;
 }
 
+int leadingInteger(std::string_view text) {
+  std::string_view rest = withoutLeadingBlanks(text);
+  const bool negative = takeSign(rest);
+  std::int64_t number = 0;
+  for (const char c : rest) {
+    if (!isDigit(c)) break;
+    number = number * 10 + (c - '0');
+    if (number > std::int64_t{std::numeric_limits<int>::max()} + 1) break;
+  }
+  if (negative) number = -number;
+  if (number > std::numeric_limits<int>::max()) return std::numeric_limits<int>::max();
+  if (number < std::numeric_limits<int>::min()) return std::numeric_limits<int>::min();
+  return static_cast<int>(number);
+}
+
 }  // namespace
 
 Text::Text(std::string_view bytes) {
@@ -91,20 +106,7 @@ void Text::dropOwner() noexcept {
   if (__gnu_cxx::__exchange_and_add_dispatch(&owners->count, -1) == 1) ::operator delete(owners);
 }
 
-int Text::intValue() const noexcept {
-  std::string_view rest = withoutLeadingBlanks(view());
-  const bool negative = takeSign(rest);
-  std::int64_t number = 0;
-  for (const char c : rest) {
-    if (!isDigit(c)) break;
-    number = number * 10 + (c - '0');
-    if (number > std::int64_t{std::numeric_limits<int>::max()} + 1) break;
-  }
-  if (negative) number = -number;
-  if (number > std::numeric_limits<int>::max()) return std::numeric_limits<int>::max();
-  if (number < std::numeric_limits<int>::min()) return std::numeric_limits<int>::min();
-  return static_cast<int>(number);
-}
+int Text::intValue() const noexcept { return leadingInteger(view()); }
 
 double Text::doubleValue() const noexcept {
   std::string_view rest = withoutLeadingBlanks(view());
@@ -119,7 +121,7 @@ double Text::doubleValue() const noexcept {
     const std::string_view taken(rest.data(), static_cast<std::size_t>(end - rest.data()));
     const std::size_t point = std::min(taken.find_first_of(".eE"), taken.size());
     const std::size_t mark = taken.find_first_of("eE");
-    const std::int64_t exponent = mark == taken.npos ? 0 : Text(taken.substr(mark + 1)).intValue();
+    const std::int64_t exponent = mark == taken.npos ? 0 : leadingInteger(taken.substr(mark + 1));
     const bool tiny = static_cast<std::int64_t>(point) -
                           static_cast<std::int64_t>(taken.find_first_not_of("0.")) + exponent <
                       0;

@@ -1,13 +1,15 @@
 // Text: an immutable, shared, nil-able UTF-8 text with an identity.
 //
-// Nil is not the empty text. A copy is the same object as its original; two texts made apart are
+// Nil is not the empty text. A copy is the same object as its original; two texts made apart at run time are
 // different objects even when they hold the same characters (`isSameObject` tells). A text made from a
 // string literal allocates nothing and is a constant expression, so exported constants are plain
-// `inline constexpr Text`. The bytes are always well-formed UTF-8: a malformed literal does not compile,
-// malformed bytes given at run time become U+FFFD, one for each maximal ill-formed sequence. Embedded NULs
-// are characters like any other. Copies may be shared between threads.
+// `inline constexpr Text`; equal literals are one object, wherever they are written. The bytes are always
+// well-formed UTF-8: a malformed literal does not compile, malformed bytes given at run time become U+FFFD,
+// one for each maximal ill-formed sequence. Embedded NULs are characters like any other. Copies may be shared
+// between threads.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -30,9 +32,11 @@ class Text {
  public:
   /// Nil.
   constexpr Text() noexcept = default;
-  constexpr Text(std::nullptr_t) noexcept {}
+  /// Nil; a template, because a plain 0 would convert to it.
+  template <std::same_as<std::nullptr_t> Nil>
+  constexpr Text(Nil) noexcept {}
 
-  /// A literal: no allocation, the same object wherever the same constant is used.
+  /// A literal: no allocation, the same object wherever the same bytes are written as one.
   template <std::size_t N>
   consteval Text(const char (&literal)[N]) : data_(literal), size_(N - 1) {
     if (!detail::isWellFormedUtf8({literal, N - 1})) throw "a literal must be well-formed UTF-8";
@@ -74,9 +78,13 @@ class Text {
   constexpr const char* c_str() const noexcept { return data_ ? data_ : ""; }
   std::string string() const { return std::string(view()); }
 
-  /// True when both are one object: a copy and its original, two uses of one constant, or two nils.
+  /// True when both are one object: a copy and its original, two equal literals, or two nils.
   constexpr bool isSameObject(const Text& other) const noexcept {
-    return data_ == other.data_ && size_ == other.size_;
+    if (size_ != other.size_) return false;
+    // Each translation unit and each shared library may keep the bytes of a literal at an address of its own,
+    // or share them with another: only the bytes of a literal say which it is.
+    if ((size_ & kOwned) || !data_ || !other.data_) return data_ == other.data_;
+    return view() == other.view();
   }
   /// True when neither is nil and both hold the same bytes. Nil equals nothing, itself included.
   constexpr bool isEqualTo(const Text& other) const noexcept {

@@ -4,6 +4,8 @@
 // are shared between copies.
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -34,7 +36,9 @@ class Value {
 
   /// Nil.
   Value() = default;
-  Value(std::nullptr_t) {}
+  /// Nil; a template, because a plain 0 would convert to it.
+  template <std::same_as<std::nullptr_t> Nil>
+  Value(Nil) {}
 
   /// A nil text makes a nil value.
   Value(Text text) {

@@ -1,0 +1,31 @@
+#include "tests/foundation/Allocations.h"
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+thread_local std::size_t count = 0;
+thread_local std::size_t limit = std::numeric_limits<std::size_t>::max();
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  if (count >= limit) throw std::bad_alloc();
+  ++count;
+  if (void* block = std::malloc(size ? size : 1)) return block;
+  throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+namespace testing_support {
+
+std::size_t allocations() { return count; }
+
+AllocationsFailAfter::AllocationsFailAfter(std::size_t more) { limit = count + more; }
+AllocationsFailAfter::~AllocationsFailAfter() { limit = std::numeric_limits<std::size_t>::max(); }
+
+}  // namespace testing_support
