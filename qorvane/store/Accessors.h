@@ -45,11 +45,11 @@ typename Form::Type answerOf(T&& fallback) {
 }
 
 template <class Form, class T>
-Value entryOf(const T& fallback) {
+typename Form::Type defaultOf(T&& fallback) {
   if constexpr (requires { fallback.stored; })
-    return Form::encode(fallback.stored);
+    return std::forward<T>(fallback).stored;
   else
-    return Form::encode(fallback);
+    return std::forward<T>(fallback);
 }
 
 // ---- read kinds -------------------------------------------------------------------------------------
@@ -64,7 +64,7 @@ struct Reading {
     if (const Value* entry = options ? options->find(key) : nullptr; !Missing(entry))
       return Form::decode(*entry);
     auto value = fallback();
-    if (Stores && options) options->set(key, entryOf<Form>(value));
+    if (Stores && options) options->set(key, Form::encode(defaultOf<Form>(value)));
     return answerOf<Form>(std::move(value));
   }
 };

@@ -70,7 +70,7 @@ Value noFallback() { return nullptr; }
     static constexpr auto key = entryKey entry; \
     return keyNow(key).text();                  \
   }
-#define FALLBACK_OF(Form, fallback) [] { return boxed(answerOf<Form>(fallback)); }
+#define FALLBACK_OF(Form, fallback) [] { return boxed(defaultOf<Form>(fallback)); }
 #define OPTION(getter, setter, entry, Form, fallback, Read, Write) \
   OptionRow{#getter,                                               \
             #setter,                                               \

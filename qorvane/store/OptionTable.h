@@ -31,7 +31,8 @@ struct OptionRow {
   bool secret;
   /// The stored key in the running product; nil for an answer without an entry.
   Text (*key)();
-  /// What a getter answers without an entry (a flag or an integer as a number). Nil for a derived answer.
+  /// What the option reads as when nobody has set it (a flag or an integer as a number); the one read that
+  /// finds no entry may answer otherwise. Nil for a derived answer.
   Value (*fallback)();
   /// Runs the getter.
   Value (*read)(Options& store);

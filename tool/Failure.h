@@ -1,0 +1,34 @@
+// How the tool fails: an exit code that scripts can tell apart, and one line that says what, where, why and
+// what to do now.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace optionsmgr {
+
+/// The exit codes, those of sysexits.h where it has one.
+enum class Exit : int {
+  Done = 0,
+  NotFound = 1,  ///< Not found, or different.
+  Usage = 2,
+  BadData = 65,
+  CannotCreate = 73,
+  InputOutput = 74,
+  Locked = 75,
+  NoPermission = 77
+};
+
+class Failure : public std::runtime_error {
+ public:
+  Failure(Exit code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  Exit code() const noexcept { return code_; }
+
+ private:
+  Exit code_;
+};
+
+/// The exit code for a system error (errno) met at the store.
+Exit exitFor(int systemError);
+
+}  // namespace optionsmgr

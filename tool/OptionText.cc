@@ -1,0 +1,97 @@
+#include "tool/OptionText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+
+#include "qorvane/foundation/Text.h"
+#include "tool/Failure.h"
+
+namespace optionsmgr {
+
+using qorvane::Number;
+using qorvane::OptionRow;
+using qorvane::OptionType;
+using qorvane::Text;
+using qorvane::Value;
+
+namespace {
+
+std::optional<bool> flagMeant(std::string_view words) {
+  constexpr std::array<std::string_view, 4> kTrue = {"true", "yes", "on", "1"};
+  constexpr std::array<std::string_view, 4> kFalse = {"false", "no", "off", "0"};
+  std::string low(words);
+  std::ranges::transform(low, low.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  if (std::ranges::find(kTrue, low) != kTrue.end()) return true;
+  if (std::ranges::find(kFalse, low) != kFalse.end()) return false;
+  return std::nullopt;
+}
+
+// The number that the words are, wholly.
+template <class T>
+std::optional<T> numberMeant(std::string_view words) {
+  T number{};
+  const char* end = words.data() + words.size();
+  const auto [stop, error] = std::from_chars(words.data(), end, number);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return number;
+}
+
+[[noreturn]] void refuse(const OptionRow& row, std::string_view words, const char* wanted) {
+  throw Failure(Exit::BadData, "\"" + std::string(words) + "\" does not fit " + std::string(row.name) +
+                                   ": it takes " + wanted);
+}
+
+}  // namespace
+
+Value parsedFor(const OptionRow& row, std::string_view words) {
+  if (!qorvane::detail::isWellFormedUtf8(words))
+    throw Failure(Exit::BadData, "the value for " + std::string(row.name) + " is not well-formed UTF-8");
+  switch (row.type) {
+    case OptionType::Flag:
+      if (const auto flag = flagMeant(words)) return Number(*flag);
+      refuse(row, words, "true or false (or yes/no, on/off, 1/0)");
+    case OptionType::Integer:
+      if (const auto number = numberMeant<std::int32_t>(words)) return Number(*number);
+      refuse(row, words, "a whole number between -2147483648 and 2147483647");
+    case OptionType::Date:
+      if (words.empty()) return Text("");
+      if (const auto number = numberMeant<double>(words)) return Number(*number);
+      refuse(row, words, "a date as the number that is stored, or an empty text for none");
+    case OptionType::Text:
+      break;
+  }
+  return Text(words);
+}
+
+std::string shown(const OptionRow& row, const Value& value) {
+  if (row.type == OptionType::Flag) return value.boolValue() ? "true" : "false";
+  return value.textValue().string();
+}
+
+nlohmann::json shownAsJson(const OptionRow& row, const Value& value) {
+  if (value.isNil()) return nullptr;
+  if (row.type == OptionType::Flag) return value.boolValue();
+  if (row.type == OptionType::Integer) return value.intValue();
+  if (const Number* number = value.asNumber(); number && row.type == OptionType::Date)
+    return number->doubleValue();
+  return value.textValue().string();
+}
+
+const char* typeName(OptionType type) {
+  switch (type) {
+    case OptionType::Flag:
+      return "flag";
+    case OptionType::Integer:
+      return "integer";
+    case OptionType::Date:
+      return "date";
+    case OptionType::Text:
+      break;
+  }
+  return "text";
+}
+
+}  // namespace optionsmgr

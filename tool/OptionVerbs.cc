@@ -1,0 +1,142 @@
+#include "tool/OptionVerbs.h"
+
+#include <fnmatch.h>
+
+#include <iomanip>
+#include <nlohmann/json.hpp>
+
+#include "tool/Failure.h"
+#include "tool/OptionText.h"
+
+namespace optionsmgr {
+
+using qorvane::FileUserDefaults;
+using qorvane::OptionRow;
+using qorvane::Options;
+using qorvane::Text;
+using qorvane::Value;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+constexpr const char* kMask = "********";
+
+// A secret that is set is masked; one that is not set hides nothing.
+std::string masked(const OptionRow& row, const Value& value, bool showSecrets) {
+  const std::string text = shown(row, value);
+  return row.secret && !showSecrets && !text.empty() ? kMask : text;
+}
+
+Json maskedJson(const OptionRow& row, const Value& value, bool showSecrets) {
+  return row.secret && !showSecrets && !shown(row, value).empty() ? Json(kMask)
+                                                                  : Json(shownAsJson(row, value));
+}
+
+const OptionRow& settable(const std::string& name) {
+  const OptionRow& row = Session::option(name);
+  if (!row.write)
+    throw Failure(Exit::BadData, std::string(row.name) + " cannot be set: the library answers it itself");
+  return row;
+}
+
+std::string quoted(const OptionRow& row, const Value& value) {
+  return row.secret ? "another value" : "\"" + shown(row, value) + "\"";
+}
+
+}  // namespace
+
+void list(Session& session, const ListRequest& request, std::ostream& out) {
+  const auto store = session.load();
+  std::vector<std::pair<const OptionRow*, Value>> found;
+  std::size_t widest = 0;
+  for (const OptionRow& row : qorvane::optionTable()) {
+    if (fnmatch(request.glob.c_str(), std::string(row.name).c_str(), 0) != 0) continue;
+    Value value = row.read(*store);
+    if (request.changedOnly && (!row.write || value == row.fallback())) continue;
+    found.emplace_back(&row, std::move(value));
+    widest = std::max(widest, row.name.size());
+  }
+  if (found.empty() && !request.changedOnly)
+    throw Failure(Exit::NotFound, "no option's name matches \"" + request.glob + "\"");
+  if (session.json()) {
+    Json all = Json::object();
+    for (const auto& [row, value] : found)
+      all[std::string(row->name)] = maskedJson(*row, value, request.showSecrets);
+    out << all.dump(2) << '\n';
+    return;
+  }
+  for (const auto& [row, value] : found)
+    out << std::left << std::setw(static_cast<int>(widest)) << row->name << "  "
+        << masked(*row, value, request.showSecrets) << '\n';
+}
+
+void get(Session& session, const std::string& option, std::ostream& out) {
+  const OptionRow& row = Session::option(option);
+  const Value value = row.read(*session.load());
+  if (value.isNil()) throw Failure(Exit::NotFound, std::string(row.name) + " is not set and has no default");
+  if (session.json())
+    out << shownAsJson(row, value).dump() << '\n';
+  else
+    out << shown(row, value) << '\n';
+}
+
+void set(Session& session, const std::string& option, const std::string& words) {
+  const OptionRow& row = settable(option);
+  const Value wanted = parsedFor(row, words);
+  const auto now = session.change([&](Options& store) { row.write(store, wanted); });
+  if (const Value kept = row.read(*now); shown(row, kept) != shown(row, wanted))
+    throw Failure(Exit::NotFound, std::string(row.name) + " was saved but reads " + quoted(row, kept) +
+                                      ", not " + quoted(row, wanted));
+}
+
+void reset(Session& session, const std::string& option) {
+  const OptionRow& row = settable(option);
+  const auto now = session.change([&](Options& store) { store.options()->remove(row.key()); });
+
+  if (const Value kept = row.read(*now); shown(row, kept) != shown(row, row.fallback()))
+    throw Failure(Exit::NotFound, std::string(row.name) + " was reset but reads " + quoted(row, kept));
+}
+
+void describe(Session& session, const std::string& option, bool showSecrets, std::ostream& out) {
+  const OptionRow& row = Session::option(option);
+  const Value value = row.read(*session.load());
+  const Text key = row.key();
+  Json fields = Json::object();
+  fields["name"] = std::string(row.name);
+  fields["type"] = typeName(row.type);
+  fields["value"] = maskedJson(row, value, showSecrets);
+  if (row.write) fields["default"] = Json(shownAsJson(row, row.fallback()));
+  if (!key.isNil()) fields["key"] = key.string();
+  if (!row.form.empty()) fields["form"] = std::string(row.form);
+  if (!row.readKind.empty()) fields["read"] = std::string(row.readKind);
+  if (!row.writeKind.empty()) fields["write"] = std::string(row.writeKind);
+  fields["setter"] = row.setter.empty() ? Json(nullptr) : Json(std::string(row.setter));
+  if (session.json()) {
+    out << fields.dump(2) << '\n';
+    return;
+  }
+  for (const auto& [name, field] : fields.items())
+    out << std::left << std::setw(9) << name
+        << (field.is_null()     ? "(none)"
+            : field.is_string() ? field.get<std::string>()
+                                : field.dump())
+        << '\n';
+}
+
+void restore(Session& session, std::ostream& out) {
+  FileUserDefaults& files = session.files();
+  const Text key = Options().settingsDomainKey();
+  const auto before = files.inspect(key);
+  if (before.state != FileUserDefaults::Inspection::State::Damaged) {
+    out << files.pathForKey(key)
+        << (before.state == FileUserDefaults::Inspection::State::Good ? " is in order\n"
+                                                                      : " does not exist\n");
+    return;
+  }
+  // Reading a damaged file sets it aside, puts the last good copy in its place and logs what it did.
+  files.objectForKey(key);
+  if (files.inspect(key).state == FileUserDefaults::Inspection::State::Damaged)
+    throw Failure(Exit::NoPermission, files.pathForKey(key) + " is still damaged: nothing could be moved");
+}
+
+}  // namespace optionsmgr

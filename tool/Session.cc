@@ -1,0 +1,69 @@
+#include "tool/Session.h"
+
+#include <utility>
+#include <vector>
+
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/siblings/QVSettings.h"
+#include "tool/Failure.h"
+#include "tool/Suggest.h"
+
+namespace optionsmgr {
+
+using qorvane::FileException;
+using qorvane::FileUserDefaults;
+using qorvane::Options;
+using qorvane::QVSettings;
+using qorvane::Text;
+using qorvane::UserDefaults;
+
+Session::Session(Settings settings)
+    : settings_(std::move(settings)),
+      files_(settings_.folder.empty() ? FileUserDefaults::defaultFolder() : settings_.folder) {
+  QVSettings::setProduct({.corporate = settings_.corporate,
+                          .professional = !settings_.singleFiler,
+                          .taxYear = settings_.year != 0 ? settings_.year : QVSettings::YOR(),
+                          .release = Text(settings_.release)});
+  UserDefaults::setStandardUserDefaults(&files_);
+}
+
+Session::~Session() { UserDefaults::setStandardUserDefaults(nullptr); }
+
+std::unique_ptr<Options> Session::load() try {
+  using State = FileUserDefaults::Inspection::State;
+  auto store = std::make_unique<Options>();
+  const Text key = store->settingsDomainKey();
+  if (const auto found = files_.inspect(key); found.state == State::Damaged) {
+    const bool copy = files_.inspectBackup(key).state == State::Good;
+    throw Failure(Exit::BadData, files_.pathForKey(key) + " is damaged (" + found.damage.string() +
+                                     "); nothing was changed. `optionsmgr restore` sets it aside and " +
+                                     (copy ? "puts the last good copy in its place" : "starts afresh"));
+  }
+  store->loadOptions();
+  return store;
+} catch (const FileException& error) {
+  throw Failure(exitFor(error.systemError()), error.what());
+}
+
+std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& change) try {
+  {
+    const FileUserDefaults::Lock lock(files_);
+    const auto store = load();
+    change(*store);
+    store->saveOptions();
+    if (const auto failure = files_.lastFailure())
+      throw Failure(exitFor(failure->systemError), failure->reason.string() + "; nothing was changed");
+  }
+  return load();
+} catch (const FileException& error) {
+  throw Failure(exitFor(error.systemError()), std::string(error.what()) + "; nothing was changed");
+}
+
+const qorvane::OptionRow& Session::option(const std::string& nameOrKey) {
+  if (const qorvane::OptionRow* row = qorvane::findOption(nameOrKey)) return *row;
+  std::vector<std::string_view> names;
+  for (const qorvane::OptionRow& row : qorvane::optionTable()) names.push_back(row.name);
+  throw Failure(Exit::NotFound, "there is no option \"" + nameOrKey + "\"" + didYouMean(nameOrKey, names));
+}
+
+}  // namespace optionsmgr

@@ -1,0 +1,121 @@
+// optionsmgr: the suite's settings from a shell.
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <iostream>
+#include <vector>
+
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/FileUserDefaults.h"
+#include "qorvane/platform/Log.h"
+#include "tool/Failure.h"
+#include "tool/OptionVerbs.h"
+#include "tool/Session.h"
+#include "tool/Suggest.h"
+
+namespace optionsmgr {
+
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  optionsmgr list                          every option with its value
+  optionsmgr list 'preparer*' --changed    those that differ from their default
+  optionsmgr get language                  the bare value
+  optionsmgr set autoSaveAfter 5           changed, saved, and read back
+  optionsmgr --product T2 --year 2021 describe zsupress
+)";
+
+constexpr const char* kExitCodes = R"(
+Exit codes: 0 done, 1 not found or different, 2 usage, 65 bad data, 73 cannot create,
+74 input/output error, 75 locked by another program, 77 no permission.
+)";
+
+int run(int argc, char** argv) {
+  CLI::App app("optionsmgr shows and changes the settings of the tax suite.", "optionsmgr");
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.footer(kExitCodes);
+  app.set_version_flag("--version", OPTIONSMGR_VERSION);
+
+  Settings settings;
+  std::string product = "T1";
+  app.add_option("--product", product, "T1 (personal, the default) or T2 (corporate)")
+      ->check(CLI::IsMember({"T1", "T2"}, CLI::ignore_case));
+  app.add_option("--year", settings.year, "the tax year; by default the current filing season's")
+      ->check(CLI::Range(1, 9999));
+  app.add_option("--release", settings.release, "the T2 release, such as VER2021_2");
+  app.add_flag("--single-filer", settings.singleFiler, "the single-filer edition, not the professional one");
+  app.add_option("--store", settings.folder, "the folder of the preference files");
+  app.add_flag("--json", settings.json, "print JSON");
+
+  std::string option;
+  std::string value;
+  bool showSecrets = false;
+  ListRequest request;
+
+  CLI::App* listVerb = app.add_subcommand("list", "show options with their values");
+  listVerb->add_option("GLOB", request.glob, "only names like this");
+  listVerb->add_flag("--changed", request.changedOnly, "only those that differ from their default");
+  listVerb->add_flag("--show-secrets", request.showSecrets, "show passwords");
+
+  CLI::App* getVerb = app.add_subcommand("get", "print one option's value");
+  CLI::App* setVerb = app.add_subcommand("set", "change one option and save it");
+  CLI::App* resetVerb = app.add_subcommand("reset", "put one option back to its default");
+  CLI::App* describeVerb = app.add_subcommand("describe", "tell all about one option");
+  CLI::App* restoreVerb = app.add_subcommand("restore", "replace a damaged file by its last good copy");
+  for (CLI::App* verb : {getVerb, setVerb, resetVerb, describeVerb})
+    verb->add_option("OPTION", option, "its name (zsupress) or stored key (ZSuppress)")->required();
+  setVerb->add_option("VALUE", value, "a text; for a flag true or false; for an integer its digits")
+      ->required();
+  describeVerb->add_flag("--show-secrets", showSecrets, "show passwords");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp& help) {
+    std::cout << kExamples << '\n' << app.help();
+    return static_cast<int>(Exit::Done);
+  } catch (const CLI::CallForVersion& version) {
+    std::cout << version.what() << '\n';
+    return static_cast<int>(Exit::Done);
+  } catch (const CLI::ParseError& error) {
+    std::vector<std::string_view> names;
+    std::vector<std::string> owned;
+    for (const CLI::App* verb : app.get_subcommands({})) owned.push_back(verb->get_name());
+    names.assign(owned.begin(), owned.end());
+    // A word in the verb's place that is none: say which ones are near.
+    std::string hint;
+    if (app.get_subcommands().empty())
+      for (int i = 1; i < argc && hint.empty(); ++i)
+        if (argv[i][0] != '-') hint = didYouMean(argv[i], names);
+    throw Failure(Exit::Usage, std::string(error.what()) + hint + " (see optionsmgr --help)");
+  }
+
+  settings.corporate = product == "T2" || product == "t2";
+  Session session(std::move(settings));
+  if (*listVerb) list(session, request, std::cout);
+  if (*getVerb) get(session, option, std::cout);
+  if (*setVerb) set(session, option, value);
+  if (*resetVerb) reset(session, option);
+  if (*describeVerb) describe(session, option, showSecrets, std::cout);
+  if (*restoreVerb) restore(session, std::cout);
+  std::cout.flush();
+  if (!std::cout) throw Failure(Exit::InputOutput, "the answer could not be written");
+  return static_cast<int>(Exit::Done);
+}
+
+}  // namespace
+
+}  // namespace optionsmgr
+
+int main(int argc, char** argv) {
+  std::setlocale(LC_ALL, "");
+  qorvane::setLogSink([](const qorvane::Text& line) { std::cerr << "optionsmgr: " << line << '\n'; });
+  try {
+    return optionsmgr::run(argc, argv);
+  } catch (const optionsmgr::Failure& failure) {
+    std::cerr << "optionsmgr: " << failure.what() << '\n';
+    return static_cast<int>(failure.code());
+  } catch (const std::exception& error) {
+    std::cerr << "optionsmgr: " << error.what() << '\n';
+    return static_cast<int>(optionsmgr::Exit::InputOutput);
+  }
+}
