@@ -24,6 +24,7 @@ Session::Session(Settings settings)
                           .professional = !settings_.singleFiler,
                           .taxYear = settings_.year != 0 ? settings_.year : QVSettings::YOR(),
                           .release = Text(settings_.release)});
+  files_.setLockWait(static_cast<int>(settings_.lockWait * 1000));
   UserDefaults::setStandardUserDefaults(&files_);
 }
 

@@ -17,7 +17,8 @@ struct Settings {
   int year = 0;  // 0: the current filing season.
   std::string release;
   bool singleFiler = false;
-  std::string folder;  // Empty: the user's own.
+  std::string folder;    // Empty: the user's own.
+  double lockWait = 10;  // Seconds.
   bool json = false;
 };
 

@@ -45,6 +45,9 @@ int run(int argc, char** argv) {
   app.add_option("--release", settings.release, "the T2 release, such as VER2021_2");
   app.add_flag("--single-filer", settings.singleFiler, "the single-filer edition, not the professional one");
   app.add_option("--store", settings.folder, "the folder of the preference files");
+  app.add_option("--lock-wait", settings.lockWait,
+                 "seconds to wait while another program saves; 10 by default")
+      ->check(CLI::Range(0.0, 86400.0));
   app.add_flag("--json", settings.json, "print JSON");
 
   std::string option;

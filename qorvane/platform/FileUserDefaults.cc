@@ -422,13 +422,16 @@ void FileUserDefaults::takeLock() {
       file.emplace(calls_, path, kFlags, kPrivateFile);
     }
     if (!*file) fail("cannot open " + path, errno);
-    for (int waited = 0; calls_.tryLock(file->descriptor()) != 0; waited += kLockPollMilliseconds) {
-      if (errno != EAGAIN && errno != EACCES && errno != EINTR) fail("cannot lock " + path, errno);
+    int waited = 0;
+    while (calls_.tryLock(file->descriptor()) != 0) {
+      if (errno == EINTR) continue;
+      if (errno != EAGAIN) fail("cannot lock " + path, errno);
       if (waited >= lockWait_)
         throw FileException("another program is saving settings: " + path + " was still locked after " +
                                 std::to_string(lockWait_) + " ms",
                             EAGAIN);
       calls_.sleepMilliseconds(kLockPollMilliseconds);
+      waited += kLockPollMilliseconds;
     }
     lockFile_ = file->release();
   }

@@ -32,7 +32,7 @@ class SystemCalls {
   virtual int unlink(const char* path);
   virtual int mkdir(const char* path, mode_t mode);
   virtual ssize_t readlink(const char* path, char* target, std::size_t size);
-  /// Locks the whole open file for writing if nobody else holds it; fails with EAGAIN or EACCES otherwise.
+  /// Locks the whole open file for writing if nobody else holds it; fails with EAGAIN otherwise.
   virtual int tryLock(int file);
   virtual void sleepMilliseconds(int count);
 

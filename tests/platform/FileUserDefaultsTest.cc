@@ -1,0 +1,556 @@
+// The preference files: what stands on the disk, and what is promised when something goes wrong.
+#include "qorvane/platform/FileUserDefaults.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/LogCapture.h"
+#include "qorvane/platform/PropertyList.h"
+#include "qorvane/platform/Seal.h"
+#include "tests/TestHome.h"
+
+namespace qorvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing_support::readFile;
+using testing_support::writeFile;
+using State = FileUserDefaults::Inspection::State;
+
+constexpr Text kKey = "QorvaneT1Settings2020";
+const Value kOld = Dictionary{{"PCity", Text("Québec")}, {"Number", Number(1)}};
+const Value kNew = Dictionary{{"PCity", Text("Gaspé")}, {"Bytes", Data("x")}};
+
+class FileUserDefaultsTest : public testing::Test {
+ protected:
+  fs::path file() const { return home.store() / "QorvaneT1Settings2020.plist"; }
+  fs::path backup() const { return file().string() + ".bak"; }
+
+  void save(const Value& value) {
+    FileUserDefaults store;
+    store.setObject(value, kKey);
+    ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason;
+  }
+  static Value load() { return FileUserDefaults().objectForKey(kKey); }
+
+  /// The names in the store's folder, sorted, without the lock's.
+  std::vector<std::string> names() const {
+    std::vector<std::string> found;
+    if (fs::exists(home.store()))
+      for (const auto& entry : fs::directory_iterator(home.store()))
+        if (entry.path().filename() != ".lock") found.push_back(entry.path().filename().string());
+    std::ranges::sort(found);
+    return found;
+  }
+  static mode_t modeOf(const fs::path& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+  }
+
+  testing_support::TestHome home;
+  LogCapture logged;
+};
+
+TEST_F(FileUserDefaultsTest, KeepsOneFileForEachKey) {
+  save(kOld);
+  EXPECT_EQ(names(), std::vector<std::string>{"QorvaneT1Settings2020.plist"});
+  EXPECT_TRUE(isIdentical(load(), kOld));
+  const Value top = readPropertyList(readFile(file()));
+  ASSERT_NE(top.asDictionary(), nullptr);
+  EXPECT_EQ(top.asDictionary()->size(), 1u);
+  EXPECT_TRUE(isIdentical(*top.asDictionary()->find(kKey), kOld));
+}
+
+TEST_F(FileUserDefaultsTest, ReadsNothingFromAnEmptyHomeAndMakesNothing) {
+  EXPECT_TRUE(load().isNil());
+  EXPECT_FALSE(fs::exists(home.store()));
+}
+
+TEST_F(FileUserDefaultsTest, AnObjectSetIsAnsweredAtOnceAndWrittenBySynchronize) {
+  FileUserDefaults store;
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld));
+  EXPECT_FALSE(fs::exists(file()));
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_FALSE(store.lastFailure());
+  EXPECT_TRUE(fs::exists(file()));
+}
+
+TEST_F(FileUserDefaultsTest, TheFileBeforeIsTheLastGoodCopy) {
+  save(kOld);
+  const std::string old = readFile(file());
+  save(kNew);
+  EXPECT_EQ(readFile(backup()), old);
+  EXPECT_TRUE(isIdentical(load(), kNew));
+}
+
+TEST_F(FileUserDefaultsTest, ARemovedEntryGoesToTheLastGoodCopy) {
+  save(kOld);
+  const std::string old = readFile(file());
+  save(nullptr);
+  EXPECT_FALSE(fs::exists(file()));
+  EXPECT_EQ(readFile(backup()), old);
+  EXPECT_TRUE(load().isNil());
+  save(nullptr);
+  EXPECT_EQ(readFile(backup()), old) << "removing nothing leaves the copy";
+}
+
+TEST_F(FileUserDefaultsTest, EachSaveRaisesTheGeneration) {
+  for (std::uint64_t generation = 1; generation <= 3; ++generation) {
+    save(kOld);
+    const SealCheck seal = checkSeal(readFile(file()));
+    EXPECT_EQ(seal.state, SealState::Intact);
+    EXPECT_EQ(seal.generation, generation);
+  }
+}
+
+TEST_F(FileUserDefaultsTest, FoldersFromTheEnvironment) {
+  EXPECT_EQ(FileUserDefaults::defaultFolder(), home.path() / ".config/Qorvane");
+  setenv("XDG_CONFIG_HOME", "/somewhere/else", 1);
+  EXPECT_EQ(FileUserDefaults::defaultFolder(), "/somewhere/else/Qorvane");
+  setenv("XDG_CONFIG_HOME", "relative", 1);
+  EXPECT_EQ(FileUserDefaults::defaultFolder(), home.path() / ".config/Qorvane");
+  setenv("XDG_CONFIG_HOME", "", 1);
+  EXPECT_EQ(FileUserDefaults::defaultFolder(), home.path() / ".config/Qorvane");
+  unsetenv("HOME");
+  EXPECT_EQ(FileUserDefaults::defaultFolder(), "");
+}
+
+TEST_F(FileUserDefaultsTest, WithoutAHomeEveryOperationSaysSo) {
+  FileUserDefaults store{std::string()};
+  EXPECT_THROW(store.objectForKey(kKey), FileException);
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_NE(store.lastFailure()->reason.view().find("HOME"), std::string_view::npos);
+}
+
+TEST_F(FileUserDefaultsTest, KeysThatCannotNameAFileAreRefused) {
+  FileUserDefaults store;
+  for (const Text& key :
+       {Text(""), Text("a/b"), Text("../up"), Text(".lock"), Text(std::string_view("a\0b", 3))}) {
+    EXPECT_THROW(store.objectForKey(key), Exception) << key;
+    store.setObject(kOld, key);
+    EXPECT_FALSE(store.synchronize());
+  }
+  EXPECT_EQ(names(), std::vector<std::string>());
+}
+
+TEST_F(FileUserDefaultsTest, WhatIsNoPropertyListIsRefused) {
+  FileUserDefaults store;
+  EXPECT_THROW(store.setObject(Array{Value()}, kKey), Exception);
+  EXPECT_THROW(store.setObject(kOld, nullptr), Exception);
+  Value deep = Text("x");
+  for (int i = 0; i < 600; ++i) deep = Array{deep};
+  EXPECT_THROW(store.setObject(deep, kKey), Exception);
+  EXPECT_TRUE(store.objectForKey(kKey).isNil());
+}
+
+// ---- private ---------------------------------------------------------------------------------------------
+
+TEST_F(FileUserDefaultsTest, FilesAndFoldersArePrivateUnderAnyUmask) {
+  for (const mode_t mask : {0000u, 0022u, 0077u, 0277u}) {
+    fs::remove_all(home.path() / ".config");
+    const mode_t before = umask(mask);
+    save(kOld);
+    save(kNew);
+    umask(before);
+    EXPECT_EQ(modeOf(file()), 0600u) << mask;
+    EXPECT_EQ(modeOf(backup()), 0600u) << mask;
+    if ((mask & 0700) == 0) {
+      EXPECT_EQ(modeOf(home.store()), 0700u) << mask;
+    }
+  }
+}
+
+TEST_F(FileUserDefaultsTest, ASymbolicLinkIsFollowedAndStays) {
+  const fs::path elsewhere = home.path() / "dotfiles" / "settings.plist";
+  fs::create_directories(elsewhere.parent_path());
+  fs::create_directories(home.store());
+  fs::create_symlink("../../dotfiles/settings.plist", file());
+  save(kOld);  // The link dangles: its target is made.
+  EXPECT_TRUE(fs::is_symlink(file()));
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(elsewhere)));
+  save(kNew);
+  EXPECT_TRUE(fs::is_symlink(file()));
+  EXPECT_TRUE(isIdentical(load(), kNew));
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(backup())));
+  save(nullptr);
+  EXPECT_TRUE(fs::is_symlink(file())) << "what the link points to is removed, not the link";
+  EXPECT_FALSE(fs::exists(elsewhere));
+}
+
+TEST_F(FileUserDefaultsTest, ALoopOfLinksIsAFailureThatChangesNothing) {
+  fs::create_directories(home.store());
+  fs::create_symlink(file(), file());
+  EXPECT_THROW(load(), FileException);
+  FileUserDefaults store;
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, ELOOP);
+  EXPECT_TRUE(fs::is_symlink(file()));
+}
+
+TEST_F(FileUserDefaultsTest, WhatIsNoFileIsNotWaitedFor) {
+  fs::create_directories(home.store());
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  EXPECT_THROW(load(), FileException);
+}
+
+// ---- files of other programs
+// ---------------------------------------------------------------------------------
+
+TEST_F(FileUserDefaultsTest, ReadsFilesOfOtherWritersAndKeepsWhatStandsBeside) {
+  for (const PropertyListFormat format : {PropertyListFormat::Binary, PropertyListFormat::Xml}) {
+    const Dictionary top{{"Other settings", Array{Text("a"), Number(2.5), Number(true)}}, {kKey, kOld}};
+    writeFile(file(), writePropertyList(top, format));
+    EXPECT_TRUE(isIdentical(load(), kOld));
+    save(kNew);
+    const Value after = readPropertyList(readFile(file()));
+    EXPECT_TRUE(isIdentical(*after.asDictionary()->find(kKey), kNew));
+    EXPECT_TRUE(isIdentical(*after.asDictionary()->find("Other settings"), *top.find("Other settings")));
+    EXPECT_TRUE(isIdentical(readPropertyList(readFile(backup())), top));
+  }
+}
+
+TEST_F(FileUserDefaultsTest, ASealedFileRewrittenByAnotherProgramIsNotDamaged) {
+  save(kOld);
+  const Value top = readPropertyList(readFile(file()));
+  writeFile(file(), writePropertyList(top, PropertyListFormat::Binary));
+  EXPECT_TRUE(isIdentical(load(), kOld));
+  EXPECT_EQ(FileUserDefaults().inspect(kKey).sealed, false);
+  EXPECT_TRUE(logged.lines().empty());
+}
+
+// ---- damage
+// --------------------------------------------------------------------------------------------------
+
+class DamageTest : public FileUserDefaultsTest {
+ protected:
+  DamageTest() {
+    save(kOld);
+    save(kNew);
+    good = readFile(file());
+    copy = readFile(backup());
+  }
+
+  // Puts the bytes in the file's place, loads, and checks that they were noticed, kept, and made good.
+  void expectRecovered(const std::string& bytes, const std::string& what) {
+    for (const std::string& name : names())
+      if (name.find(".damaged-") != name.npos) fs::remove(home.store() / name);
+    writeFile(file(), bytes);
+    writeFile(backup(), copy);
+    logged.clear();
+    ASSERT_EQ(FileUserDefaults().inspect(kKey).state, State::Damaged) << what;
+    ASSERT_EQ(readFile(file()), bytes) << "inspecting changes nothing";
+    ASSERT_TRUE(isIdentical(load(), kOld)) << what;
+    ASSERT_EQ(logged.lines().size(), 1u) << what;
+    const std::vector<std::string> all = names();
+    ASSERT_EQ(all.size(), 3u) << what;
+    ASSERT_TRUE(all[2].starts_with("QorvaneT1Settings2020.plist.damaged-")) << all[2];
+    ASSERT_EQ(readFile(home.store() / all[2]), bytes) << what;
+    const std::string_view line = logged.lines()[0].view();
+    ASSERT_NE(line.find(all[2]), line.npos) << line;
+    ASSERT_NE(line.find(backup().string()), line.npos) << line;
+    // The next load finds a good file.
+    ASSERT_TRUE(isIdentical(load(), kOld)) << what;
+    ASSERT_EQ(logged.lines().size(), 1u) << what;
+  }
+
+  std::string good;
+  std::string copy;
+};
+
+TEST_F(DamageTest, EveryTruncationIsNoticed) {
+  for (std::size_t length = 0; length < good.size(); ++length)
+    expectRecovered(good.substr(0, length), "cut to " + std::to_string(length) + " bytes");
+}
+
+TEST_F(DamageTest, EveryFlippedBitIsNoticed) {
+  for (std::size_t at = 0; at < good.size(); ++at)
+    for (int bit = 0; bit < 8; ++bit) {
+      std::string bytes = good;
+      bytes[at] = static_cast<char>(bytes[at] ^ (1 << bit));
+      expectRecovered(bytes, "bit " + std::to_string(bit) + " of byte " + std::to_string(at));
+    }
+}
+
+TEST_F(DamageTest, FilesOfAnotherKindAreNoticed) {
+  expectRecovered(std::string(good.size(), '\0'), "all zero");
+  expectRecovered("", "empty");
+  expectRecovered("\x89PNG\r\n\x1a\n", "a picture");
+  expectRecovered(good + "x", "one byte more");
+  expectRecovered(writePropertyList(Dictionary{{"SomebodyElse", kOld}}, PropertyListFormat::Binary),
+                  "other keys");
+  expectRecovered(writePropertyList(Text("text"), PropertyListFormat::Xml), "no dictionary");
+}
+
+TEST_F(DamageTest, WithoutAGoodCopyTheSettingsStartAfreshAndTheBytesAreKept) {
+  fs::remove(backup());
+  writeFile(file(), "junk");
+  EXPECT_TRUE(load().isNil());
+  const auto all = names();
+  ASSERT_EQ(all.size(), 1u);
+  EXPECT_EQ(readFile(home.store() / all[0]), "junk");
+  EXPECT_EQ(logged.lines().size(), 1u);
+}
+
+TEST_F(DamageTest, ADamagedCopyIsNotLoadedAndStays) {
+  writeFile(file(), "junk");
+  writeFile(backup(), "more junk");
+  EXPECT_TRUE(load().isNil());
+  EXPECT_EQ(readFile(backup()), "more junk");
+}
+
+TEST_F(DamageTest, ASaveOverADamagedFileKeepsItAndTheGoodCopy) {
+  writeFile(file(), "junk");
+  save(kNew);
+  EXPECT_EQ(readFile(backup()), copy);
+  EXPECT_EQ(readFile(home.store() / names()[2]), "junk");
+  EXPECT_TRUE(isIdentical(load(), kNew));
+}
+
+TEST_F(DamageTest, TwoDamagedFilesOfOneSecondAreBothKept) {
+  for (const char* junk : {"one", "two", "three"}) {
+    writeFile(file(), junk);
+    load();
+  }
+  std::vector<std::string> kept;
+  for (const std::string& name : names())
+    if (name.find(".damaged-") != name.npos) kept.push_back(readFile(home.store() / name));
+  std::ranges::sort(kept);
+  EXPECT_EQ(kept, (std::vector<std::string>{"one", "three", "two"}));
+}
+
+TEST_F(DamageTest, AnUnreadableFileIsNeverOverwritten) {
+  // Reading fails below this caller, as for a file of somebody else or a bad disk.
+  FaultInjectingSystemCalls calls;
+  int reads = 0;
+  calls.setFault([&](const std::string& name, int) { return name == "read" && reads++ == 0 ? EIO : 0; });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  EXPECT_THROW(store.objectForKey(kKey), FileException);
+  EXPECT_EQ(readFile(file()), good);
+  reads = 0;
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize());
+  const auto all = names();
+  ASSERT_EQ(all.size(), 3u);
+  EXPECT_TRUE(all[2].starts_with("QorvaneT1Settings2020.plist.unreadable-")) << all[2];
+  EXPECT_EQ(readFile(home.store() / all[2]), good);
+  EXPECT_EQ(readFile(backup()), copy);
+}
+
+TEST_F(DamageTest, InAFolderThatCannotBeChangedTheGoodCopyIsLoadedAndTheFileStays) {
+  writeFile(file(), "junk");
+  FaultInjectingSystemCalls calls;
+  calls.setFault([&](const std::string& name, int) {
+    return name == "tryLock" || name == "link" || name == "rename" || name == "unlink" ? EROFS : 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld));
+  EXPECT_EQ(readFile(file()), "junk");
+  EXPECT_EQ(logged.lines().size(), 1u);
+}
+
+// ---- failures
+// ----------------------------------------------------------------------------------------------------
+
+// A save whose every call fails in turn, with each of these causes.
+class FailureTest : public FileUserDefaultsTest, public testing::WithParamInterface<int> {};
+
+TEST_P(FailureTest, EveryCallOfASaveThatFailsLeavesTheOldFileOrSucceeds) {
+  for (const Value& value : {kNew, Value()}) {
+    for (int failing = 1;; ++failing) {
+      fs::remove_all(home.store());
+      save(kOld);
+      const std::string old = readFile(file());
+      FaultInjectingSystemCalls calls;
+      std::string failed;
+      calls.setFault([&](const std::string& name, int call) {
+        if (call != failing) return 0;
+        failed = name;
+        return GetParam();
+      });
+      FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+      store.setLockWait(0);
+      store.setObject(value, kKey);
+      const bool answered = store.synchronize();
+      if (failed.empty()) {
+        EXPECT_TRUE(answered);
+        EXPECT_GT(failing, 10) << "a save makes more calls than that";
+        break;
+      }
+      const std::string what = failed + ", call " + std::to_string(failing);
+      if (answered) {
+        // A call whose failure does not matter, or was made good.
+        EXPECT_TRUE(isIdentical(load(), value)) << what;
+        EXPECT_FALSE(store.lastFailure());
+      } else {
+        EXPECT_EQ(readFile(file()), old) << what;
+        ASSERT_TRUE(store.lastFailure()) << what;
+        EXPECT_EQ(store.lastFailure()->systemError, GetParam()) << what;
+        EXPECT_NE(store.lastFailure()->reason.view().find(home.path().string()), std::string_view::npos)
+            << what;
+      }
+      for (const std::string& name : names())
+        EXPECT_FALSE(name.ends_with(".new")) << name << " after " << what;
+
+      // With the fault gone, the same store succeeds.
+      calls.setFault(nullptr);
+      EXPECT_TRUE(store.synchronize()) << what;
+      EXPECT_TRUE(isIdentical(load(), value)) << what;
+      for (const std::string& name : names())
+        EXPECT_FALSE(name.ends_with(".new")) << name << " after " << what;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Causes, FailureTest,
+                         testing::Values(ENOSPC, EIO, EACCES, EROFS, EDQUOT, EMFILE, EINTR, EPERM));
+
+TEST_F(FileUserDefaultsTest, ShortWritesAreCompleted) {
+  FaultInjectingSystemCalls calls;
+  calls.setLongestWrite(1);
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_TRUE(isIdentical(load(), kOld));
+}
+
+TEST_F(FileUserDefaultsTest, ANewFileIsSyncedBeforeItIsPublishedAndTheFolderAfter) {
+  save(kOld);
+  FaultInjectingSystemCalls calls;
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kNew, kKey);
+  ASSERT_TRUE(store.synchronize());
+  std::vector<std::string> order;
+  for (const std::string& name : calls.calls())
+    if (name == "write" || name == "fsync" || name == "rename" || name == "link") order.push_back(name);
+  EXPECT_EQ(order, (std::vector<std::string>{"write", "fsync", "link", "rename", "rename", "fsync"}));
+}
+
+// ---- several writers
+// -----------------------------------------------------------------------------------------------
+
+TEST_F(FileUserDefaultsTest, ALockHeldElsewhereFailsTheSaveAfterTheWait) {
+  FileUserDefaults holder;
+  const FileUserDefaults::Lock lock(holder);
+  FaultInjectingSystemCalls calls;
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setLockWait(50);
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, EAGAIN);
+  EXPECT_EQ(std::ranges::count(calls.calls(), "sleep"), 5);
+  EXPECT_FALSE(fs::exists(file()));
+}
+
+TEST_F(FileUserDefaultsTest, TheHolderOfTheLockSavesAndTheNextOneFollows) {
+  FileUserDefaults holder;
+  {
+    const FileUserDefaults::Lock lock(holder);
+    const FileUserDefaults::Lock again(holder);
+    holder.setObject(kOld, kKey);
+    EXPECT_TRUE(holder.synchronize());
+  }
+  save(kNew);
+}
+
+TEST_F(FileUserDefaultsTest, ALockOfAKilledProcessDoesNotBlock) {
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    FileUserDefaults holder;
+    const FileUserDefaults::Lock lock(holder);
+    char byte = 1;
+    if (write(ready[1], &byte, 1) == 1) pause();
+    _exit(0);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  FileUserDefaults store;
+  store.setLockWait(0);
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize()) << "the holder lives";
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_TRUE(store.synchronize());
+}
+
+TEST_F(FileUserDefaultsTest, ReadChangeSaveUnderTheLockLosesNothing) {
+  constexpr int kProcesses = 4;
+  constexpr int kChanges = 25;
+  for (int process = 0; process < kProcesses; ++process) {
+    if (fork() == 0) {
+      bool all = true;
+      for (int change = 0; change < kChanges; ++change) {
+        FileUserDefaults store;
+        const FileUserDefaults::Lock lock(store);
+        const Value now = store.objectForKey(kKey);
+        Dictionary next = now.asDictionary() ? *now.asDictionary() : Dictionary();
+        next.set(Text(std::to_string(process) + "/" + std::to_string(change)), Number(change));
+        store.setObject(next, kKey);
+        all = store.synchronize() && all;
+      }
+      _exit(all ? 0 : 1);
+    }
+  }
+  for (int process = 0; process < kProcesses; ++process) {
+    int status = -1;
+    wait(&status);
+    EXPECT_EQ(status, 0);
+  }
+  EXPECT_EQ(load().asDictionary()->size(), static_cast<std::size_t>(kProcesses * kChanges));
+}
+
+// Dies by SIGKILL before the call of that number.
+class KilledCalls : public FaultInjectingSystemCalls {
+ public:
+  explicit KilledCalls(int before) {
+    setFault([before](const std::string&, int call) {
+      if (call == before) kill(getpid(), SIGKILL);
+      return 0;
+    });
+  }
+};
+
+TEST_F(FileUserDefaultsTest, KilledAtAnyCallOfASaveTheFileIsWhollyOldOrWhollyNew) {
+  for (int before = 1;; ++before) {
+    fs::remove_all(home.store());
+    save(kOld);
+    const pid_t child = fork();
+    if (child == 0) {
+      KilledCalls calls(before);
+      FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+      store.setObject(kNew, kKey);
+      _exit(store.synchronize() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    const Value found = load();
+    EXPECT_TRUE(isIdentical(found, kOld) || isIdentical(found, kNew)) << "killed before call " << before;
+    EXPECT_TRUE(logged.lines().empty()) << logged.lines()[0];
+    // Whatever it left, the next save works and tidies up.
+    save(kNew);
+    EXPECT_EQ(names(),
+              (std::vector<std::string>{"QorvaneT1Settings2020.plist", "QorvaneT1Settings2020.plist.bak"}))
+        << "killed before call " << before;
+    if (WIFEXITED(status)) {
+      EXPECT_EQ(WEXITSTATUS(status), 0);
+      break;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qorvane
