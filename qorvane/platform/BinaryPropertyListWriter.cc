@@ -20,32 +20,17 @@ std::size_t widthOf(std::uint64_t number) {
   return number <= 0xFF ? 1 : number <= 0xFFFF ? 2 : number <= 0xFFFFFFFF ? 4 : 8;
 }
 
-std::size_t integerWidth(const Number& number) {
-  if (number.kind() == Number::Kind::Unsigned) return 16;
-  // Only eight bytes hold a sign; a negative number's bits need all of them.
-  return widthOf(number.bits());
-}
-
 /// One object of the file to be.
 struct Item {
-  enum class Kind : std::uint8_t {
-    Boolean,
-    Integer,
-    Real,
-    Date,
-    Data,
-    AsciiText,
-    Utf16Text,
-    Array,
-    Dictionary
-  };
+  enum class Kind : std::uint8_t { Boolean, Integer, Unsigned, Real, Date, Data, Text, Array, Dictionary };
 
   Kind kind;
   /// Text, data: the bytes. They live in the value that is written.
   std::string_view bytes{};
   /// Boolean, integer, real, date: the bits. Containers: where their references begin.
   std::uint64_t bits = 0;
-  /// Data: bytes; texts: units; containers: elements; integers: their width in bytes.
+  /// Texts: UTF-16 units, as many as bytes when all are ASCII; containers: elements; integers: width in
+  /// bytes.
   std::size_t size = 0;
 };
 
@@ -57,7 +42,7 @@ class Uniques {
 
   /// The number of an earlier item equal to this one, or `next`, which it then is.
   std::uint32_t find(const Item& item, const std::vector<Item>& items, std::uint32_t next) {
-    constexpr std::size_t kProbes = 16;
+    constexpr std::size_t kProbes = 32;
     const std::size_t hash = hashOf(item);
     const std::size_t mask = slots_.size() - 1;
     for (std::size_t at = hash, probe = 0; probe < kProbes; ++at, ++probe) {
@@ -88,13 +73,15 @@ class Uniques {
       const std::uint64_t mixed = (item.bits ^ kind) * 0x9E3779B97F4A7C15;
       return mixed ^ mixed >> 32;
     }
+    // Of long ones the ends: the place in memory would make the bytes differ from run to run.
     if (item.bytes.size() <= kCompared) return std::hash<std::string_view>()(item.bytes) ^ kind;
-    return (std::bit_cast<std::uintptr_t>(item.bytes.data()) >> 4 ^ kind) * 0x9E3779B97F4A7C15 >> 16;
+    const std::hash<std::string_view> hash;
+    return hash(item.bytes.substr(0, kCompared / 2)) ^
+           hash(item.bytes.substr(item.bytes.size() - kCompared / 2)) ^ kind ^ item.bytes.size();
   }
 
   static bool same(const Item& a, const Item& b) {
-    if (a.kind != b.kind || a.bits != b.bits || a.bytes.size() != b.bytes.size() || a.size != b.size)
-      return false;
+    if (a.kind != b.kind || a.bits != b.bits || a.bytes.size() != b.bytes.size()) return false;
     return a.bytes.data() == b.bytes.data() || (a.bytes.size() <= kCompared && a.bytes == b.bytes);
   }
 
@@ -164,15 +151,10 @@ class BinaryWriter {
         return addText(*value.asText(), path);
       case Value::Kind::Number:
         return addNumber(*value.asNumber(), path);
-      case Value::Kind::Data: {
-        const std::string_view bytes = value.asData()->view();
-        return addUnique({.kind = Item::Kind::Data, .bytes = bytes, .size = bytes.size()},
-                         headSize(bytes.size()) + bytes.size(), path);
-      }
+      case Value::Kind::Data:
+        return addUnique({.kind = Item::Kind::Data, .bytes = value.asData()->view()}, path);
       case Value::Kind::Date:
-        return addUnique({.kind = Item::Kind::Date,
-                          .bits = std::bit_cast<std::uint64_t>(value.asDate()->secondsSince2001)},
-                         9, path);
+        return addUnique({.kind = Item::Kind::Date, .bits = bitsOf(value.asDate()->secondsSince2001)}, path);
       case Value::Kind::Array: {
         const Array& array = *value.asArray();
         const auto [number, first] = addContainer(Item::Kind::Array, array.size(), array.size(), depth, path);
@@ -202,41 +184,61 @@ class BinaryWriter {
     return number;
   }
 
+  static std::uint64_t bitsOf(double real) { return std::bit_cast<std::uint64_t>(real); }
+
   std::uint32_t addText(const Text& text, const KeyPath* path) {
-    const std::string_view bytes = text.view();
-    if (detail::isAscii(bytes))
-      return addUnique({.kind = Item::Kind::AsciiText, .bytes = bytes, .size = bytes.size()},
-                       headSize(bytes.size()) + bytes.size(), path);
-    const std::size_t units = detail::utf16Length(bytes);
-    return addUnique({.kind = Item::Kind::Utf16Text, .bytes = bytes, .size = units},
-                     headSize(units) + 2 * units, path);
+    return addUnique({.kind = Item::Kind::Text, .bytes = text.view()}, path);
   }
 
   std::uint32_t addNumber(const Number& number, const KeyPath* path) {
     switch (number.kind()) {
       case Number::Kind::Boolean:
-        return addUnique({.kind = Item::Kind::Boolean, .bits = number.bits()}, 1, path);
-      case Number::Kind::Real:
-        return addUnique(
-            {.kind = Item::Kind::Real, .bits = std::bit_cast<std::uint64_t>(number.doubleValue())}, 9, path);
+        return addUnique({.kind = Item::Kind::Boolean, .bits = number.bits()}, path);
       case Number::Kind::Integer:
+        return addUnique({.kind = Item::Kind::Integer, .bits = number.bits()}, path);
       case Number::Kind::Unsigned:
+        return addUnique({.kind = Item::Kind::Unsigned, .bits = number.bits()}, path);
+      case Number::Kind::Real:
         break;
     }
-    const std::size_t width = integerWidth(number);
-    return addUnique({.kind = Item::Kind::Integer, .bits = number.bits(), .size = width}, 1 + width, path);
+    return addUnique({.kind = Item::Kind::Real, .bits = bitsOf(number.doubleValue())}, path);
   }
 
-  std::uint32_t addUnique(const Item& item, std::size_t size, const KeyPath* path) {
+  std::uint32_t addUnique(const Item& item, const KeyPath* path) {
     budget_.countObject(path);
     const auto next = static_cast<std::uint32_t>(items_.size());
     const std::uint32_t number = uniques_.find(item, items_, next);
     if (number == next) {
       items_.push_back(item);
-      objectBytes_ += size;
+      objectBytes_ += measure(items_.back());
       budget_.checkSize(objectBytes_);
     }
     return number;
+  }
+
+  /// Finds out the item's size; returns the bytes that it takes in the file. Not before the item is known to
+  /// be new: a long text may appear very often.
+  static std::size_t measure(Item& item) {
+    const std::size_t bytes = item.bytes.size();
+    switch (item.kind) {
+      case Item::Kind::Boolean:
+        return 1;
+      case Item::Kind::Integer:
+        // Only eight bytes hold a sign; a negative number's bits need all of them.
+        item.size = widthOf(item.bits);
+        return 1 + item.size;
+      case Item::Kind::Unsigned:
+        item.size = 16;
+        return 1 + item.size;
+      case Item::Kind::Data:
+        item.size = bytes;
+        return headSize(bytes) + bytes;
+      case Item::Kind::Text:
+        item.size = detail::isAscii(item.bytes) ? bytes : detail::utf16Length(item.bytes);
+        return headSize(item.size) + (item.size == bytes ? bytes : 2 * item.size);
+      default:
+        return 9;
+    }
   }
 
   struct Container {
@@ -303,6 +305,7 @@ class BinaryWriter {
       case Item::Kind::Boolean:
         return putByte(item.bits ? 0x09 : 0x08);
       case Item::Kind::Integer:
+      case Item::Kind::Unsigned:
         return putInteger(item.bits, item.size);
       case Item::Kind::Real:
         putByte(0x23);
@@ -313,10 +316,11 @@ class BinaryWriter {
       case Item::Kind::Data:
         putHead(0x40, item.size);
         return putBytes(item.bytes);
-      case Item::Kind::AsciiText:
-        putHead(0x50, item.size);
-        return putBytes(item.bytes);
-      case Item::Kind::Utf16Text:
+      case Item::Kind::Text:
+        if (item.size == item.bytes.size()) {
+          putHead(0x50, item.size);
+          return putBytes(item.bytes);
+        }
         putHead(0x60, item.size);
         return putUtf16(item.bytes);
       case Item::Kind::Array:

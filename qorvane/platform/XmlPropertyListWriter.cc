@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -97,11 +96,11 @@ class XmlWriter {
   }
 
   void putText(std::string_view text, const KeyPath* path) {
-    for (std::size_t at = 0;;) {
-      const auto special = std::ranges::find_if(text.substr(at), isSpecial);
-      const auto plain = static_cast<std::size_t>(special - (text.begin() + static_cast<std::ptrdiff_t>(at)));
-      out_ += text.substr(at, plain);
-      at += plain;
+    budget_.checkSize(out_.size() + text.size());
+    for (std::size_t at = 0;; ++at) {
+      const std::size_t plain = at;
+      while (at < text.size() && !kSpecial[static_cast<unsigned char>(text[at])]) ++at;
+      out_ += text.substr(plain, at - plain);
       if (at == text.size()) return;
       switch (text[at]) {
         case '&':
@@ -125,14 +124,17 @@ class XmlWriter {
         default:
           budget_.fail(path, "XML cannot hold the control character " + std::to_string(text[at]));
       }
-      ++at;
     }
   }
 
-  static bool isSpecial(char c) {
-    return c == '&' || c == '<' || c == '>' || c == '\xEF' ||
-           (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n');
-  }
+  /// The bytes that do not simply stand for themselves.
+  static constexpr std::array<bool, 256> kSpecial = [] {
+    std::array<bool, 256> table{};
+    for (std::size_t control = 0; control < 0x20; ++control)
+      table[control] = control != '\t' && control != '\n';
+    for (const char byte : {'&', '<', '>', '\xEF'}) table[static_cast<unsigned char>(byte)] = true;
+    return table;
+  }();
 
   void putNumber(const Number& number) {
     switch (number.kind()) {
@@ -165,6 +167,7 @@ class XmlWriter {
   void putData(std::string_view bytes, std::size_t depth) {
     // Lines of 57 bytes are lines of 76 characters.
     constexpr std::size_t kLine = 57;
+    budget_.checkSize(out_.size() + bytes.size());
     out_ += "<data>\n";
     for (std::size_t at = 0; at < bytes.size(); at += kLine) {
       budget_.checkSize(out_.size());
