@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "qorvane/store/Accessors.h"
+#include "qorvane/store/Folders.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/StoredForms.h"
 #include "qorvane/vocabulary/OptionStrings.h"
@@ -95,17 +96,17 @@ Value noFallback() { return nullptr; }
             FALLBACK_OF(Form, fallback),               \
             readBy<&Options::getter>,                  \
             writeBy<Form, &Options::setter>},
-#define READ_ONLY(getter, entry, Form, fallback) \
-  OptionRow{#getter,                             \
-            "",                                  \
-            typeOf<Form::Type>(),                \
-            #Form,                               \
-            "",                                  \
-            "",                                  \
-            isSecret<Form>,                      \
-            KEY_OF(entry),                       \
-            FALLBACK_OF(Form, fallback),         \
-            readBy<&Options::getter>,            \
+#define READ_ONLY(getter, entry, Form, fallback, Read) \
+  OptionRow{#getter,                                   \
+            "",                                        \
+            typeOf<Form::Type>(),                      \
+            #Form,                                     \
+            #Read,                                     \
+            "",                                        \
+            isSecret<Form>,                            \
+            KEY_OF(entry),                             \
+            FALLBACK_OF(Form, fallback),               \
+            readBy<&Options::getter>,                  \
             nullptr},
 #define DERIVED(getter)                           \
   OptionRow{#getter,                              \

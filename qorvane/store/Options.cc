@@ -9,6 +9,7 @@
 #include "qorvane/platform/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Accessors.h"
+#include "qorvane/store/Folders.h"
 #include "qorvane/store/LoadLists.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/StoredForms.h"
@@ -89,7 +90,11 @@ Value Options::valueForKey(std::string_view propertyName) {
         opts_.get(), key, [] { return fallback; }, value);                    \
   }
 #define SPECIAL(...)
-#define READ_ONLY(...)
+#define READ_ONLY(getter, entry, Form, fallback, Read)                        \
+  Form::Type Options::getter() {                                              \
+    static constexpr auto key = entryKey entry;                               \
+    return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
+  }
 #define DERIVED(...)
 #include "qorvane/store/options.def"
 

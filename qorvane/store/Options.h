@@ -149,6 +149,58 @@ class Options {
   bool isStepsMode();
   void setIsStepsMode(bool on);
 
+  // ---- Folders ------------------------------------------------------------------------------------
+
+  // With D the user's documents folder (PathUtils), Y the tax year and P the year before. Nothing is cached,
+  // and what could not be made is answered all the same: the caller finds out when it uses the folder.
+
+  /// The user's application-support folder, nil without a home; not made.
+  Text applicationUserFolder();
+  /// D/Qorvane/Y, the root of this year's data, made when missing; "" without a documents folder.
+  Text rootPath();
+  /// D/Qorvane/P, the root of last year's data, likewise.
+  Text lastYearRootPath();
+  /// As `rootPath`.
+  Text userDataPath();
+  /// Where the help file stands: the application's folder, "/../Help/" and the file's name, with the ".." as
+  /// it is;
+  /// "" when the application's folder cannot be found. Nothing is tested on disk.
+  Text helpFile();
+
+  // Each of the following answers the stored path, or its default while there is none or an empty one, and
+  // first makes the folder when nothing is at the path; a plain file there is answered as it is. If the file
+  // manager throws, the log says which folder could not be made and the answer is "". Setting nil stores "",
+  // so that the default holds again. Direct.
+
+  /// Last year's returns: D/Qorvane/P/TP, in the corporate product T2_P.
+  Text lastYrFileFolder();
+  void setLastYrFileFolder(const Text& path);
+
+  /// Clients' returns: D/Qorvane/Y/TY, in the corporate product T2_Y.
+  Text clientFileFolder();
+  void setClientFileFolder(const Text& path);
+
+  /// Tax-data exchange files: D/Qorvane/Y/DotTax.
+  Text dotTaxFilesFolder();
+  void setDotTaxFilesFolder(const Text& path);
+
+  /// PDF files: D/Qorvane/Y/PDf, in the corporate product T2_PDf.
+  Text pdfFileFolder();
+  void setPdfFileFolder(const Text& path);
+
+  /// The database of electronic filing: D/Qorvane/Y/EFile. Only its entry moves it elsewhere.
+  Text efileDataBaseFolder();
+  /// The database of filing with the Quebec agency: D/Qorvane/Y/MRQFile. Only its entry moves it elsewhere.
+  Text mrqDataBaseFolder();
+
+  /// Corporate clients' returns, in both products: D/Qorvane/Y/T2_Y.
+  Text t2ClientFileFolder();
+  void setT2ClientFileFolder(const Text& path);
+
+  /// Corporate information files: D/Qorvane/Y/CIF.
+  Text cifFileFolder();
+  void setCifFileFolder(const Text& path);
+
  private:
   std::unique_ptr<Dictionary> opts_;
 };
