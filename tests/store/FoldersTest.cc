@@ -3,9 +3,8 @@
 
 #include <filesystem>
 
-#include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/Bundle.h"
-#include "qorvane/platform/FileManager.h"
+#include "qorvane/platform/MemoryFileManager.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/StoreTest.h"
 
@@ -42,31 +41,11 @@ const FolderCase kFolders[] = {
      "Could n't create directory for cifFileFolder"},
 };
 
-class ThrowingFileManager : public FileManager {
- public:
-  bool fileExistsAtPath(const Text&, bool*) override { return false; }
-  bool createDirectoryAtPath(const Text&, bool) override { throw Exception("no folder today"); }
-};
-
-// Answers that nothing exists and makes nothing, but remembers what it was asked to make.
-class RefusingFileManager : public FileManager {
- public:
-  bool fileExistsAtPath(const Text&, bool*) override { return false; }
-  bool createDirectoryAtPath(const Text& path, bool intermediate) override {
-    EXPECT_TRUE(intermediate);
-    asked.push_back(path);
-    return false;
-  }
-  std::vector<Text> asked;
-};
-
 class FoldersTest : public testing_support::StoreTest {
  protected:
   FoldersTest() { store.loadOptions(); }
-  ~FoldersTest() override { FileManager::setDefaultManager(nullptr); }
 
   fs::path suite() const { return home.path() / "Documents" / "Qorvane"; }
-  static void use(FileManager& manager) { FileManager::setDefaultManager(&manager); }
 
   Options store;
 };
@@ -133,8 +112,8 @@ TEST_F(FoldersTest, InBulkModeSettersStoreToo) {
 }
 
 TEST_F(FoldersTest, AThrowingFileManagerIsLoggedAndTheAnswerIsEmpty) {
-  ThrowingFileManager throwing;
-  use(throwing);
+  MemoryFileManager files;
+  files.setCreation(MemoryFileManager::Creation::Throws);
   for (const FolderCase& folder : kFolders) {
     for (const bool stored : {false, true}) {
       if (stored) store.options()->set(Text(std::string(folder.key)), Text("/chosen"));
@@ -146,11 +125,11 @@ TEST_F(FoldersTest, AThrowingFileManagerIsLoggedAndTheAnswerIsEmpty) {
 }
 
 TEST_F(FoldersTest, AFileManagerThatRefusesIsNotNoticed) {
-  RefusingFileManager refusing;
-  use(refusing);
+  MemoryFileManager files;
+  files.setCreation(MemoryFileManager::Creation::Fails);
   EXPECT_EQ(store.cifFileFolder(), Text((suite() / "2020/CIF").string()));
-  EXPECT_EQ(refusing.asked, (std::vector<Text>{Text(suite().string()), Text((suite() / "2020").string()),
-                                               Text((suite() / "2020/CIF").string())}));
+  EXPECT_EQ(files.asked(), (std::vector<Text>{Text(suite().string()), Text((suite() / "2020").string()),
+                                              Text((suite() / "2020/CIF").string())}));
   EXPECT_TRUE(logged.lines().empty());
 }
 
@@ -193,14 +172,14 @@ TEST_F(FoldersTest, AReadOnlyParentIsNotNoticed) {
 
 TEST_F(FoldersTest, WithoutADocumentsFolderPathsStartAtTheRoot) {
   unsetenv("HOME");
-  RefusingFileManager refusing;
-  use(refusing);
+  MemoryFileManager files;
+  files.setCreation(MemoryFileManager::Creation::Fails);
   EXPECT_EQ(store.rootPath(), Text(""));
   EXPECT_EQ(store.lastYearRootPath(), Text(""));
   EXPECT_EQ(store.userDataPath(), Text(""));
-  EXPECT_EQ(refusing.asked, std::vector<Text>()) << "nothing is made";
+  EXPECT_EQ(files.asked(), std::vector<Text>()) << "nothing is made";
   EXPECT_EQ(store.clientFileFolder(), Text("/T2020"));
-  EXPECT_EQ(refusing.asked, std::vector<Text>{"/T2020"});
+  EXPECT_EQ(files.asked(), std::vector<Text>{"/T2020"});
   EXPECT_TRUE(store.applicationUserFolder().isNil());
 }
 
