@@ -130,8 +130,8 @@ Value randomValue(std::mt19937_64& random, const RandomValueOptions& options, in
     case 2:
       return random() % 2 ? pick(random, integers) : Number(static_cast<std::int64_t>(random()));
     case 3: {
-      if (random() % 2) return Number(pick(random, reals));
-      const auto real = std::bit_cast<double>(random());
+      const double real = random() % 2 ? pick(random, reals) : std::bit_cast<double>(random());
+      if (real == 0 && !options.negativeZeros) return Number(0.0);
       return Number(real == real || options.nanBits ? real : 1.0);
     }
     case 4: {

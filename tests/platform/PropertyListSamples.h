@@ -23,6 +23,7 @@ struct RandomValueOptions {
   bool controlCharacters = true;
   bool fractionalDates = true;
   bool nanBits = true;
+  bool negativeZeros = true;
 };
 
 /// A value drawn from the generator: all kinds, the awkward ones often.
