@@ -24,6 +24,9 @@
 
 namespace qorvane {
 
+class DateFormatter;
+class NumberFormatter;
+
 /// A comparing setter really changed a value since the last load or save: the next save announces it.
 extern bool notifyAll;
 
@@ -42,6 +45,15 @@ class [[nodiscard]] BulkSetting {
  private:
   bool before_;
 };
+
+/// The shared formatters, null until the operation of Options that makes them is first called; the library's,
+/// for the life of the process.
+extern NumberFormatter* numberForm;                 ///< English, of `numberFormatter`
+extern NumberFormatter* numberFormFr;               ///< French, of `numberFormatter`
+extern NumberFormatter* numberFormWithoutDollar;    ///< English, of `numberFormatterWithoutDollar`
+extern NumberFormatter* numberFormWithoutDollarFr;  ///< French, of `numberFormatterWithoutDollar`
+extern NumberFormatter* numberFormForEdt;           ///< of `numberFormatterForEditing`
+extern DateFormatter* yearMonthDateForm;            ///< of `yearMonthDateFormatter`
 
 class Options {
  public:
@@ -200,6 +212,21 @@ class Options {
   /// Corporate information files: D/Qorvane/Y/CIF.
   Text cifFileFolder();
   void setCifFileFolder(const Text& path);
+
+  // ---- Formatters ---------------------------------------------------------------------------------
+
+  // Each answers the identical object on every call, never null.
+
+  /// Amounts, in the display language's separators: "1,234.57" and "-1234.57" (only what is above zero is
+  /// grouped) in the personal product, whole dollars in the corporate one. The product counts when a
+  /// language's formatter is first made, not afterwards.
+  NumberFormatter* numberFormatter();
+  /// Amounts without grouping, those below zero in parentheses: "1234.57", "(1234.57)".
+  NumberFormatter* numberFormatterWithoutDollar();
+  /// Amounts as they are edited, in the process's locale: "1234.57".
+  NumberFormatter* numberFormatterForEditing();
+  /// Years and months: "2020/03".
+  DateFormatter* yearMonthDateFormatter();
 
  private:
   std::unique_ptr<Dictionary> opts_;
