@@ -61,6 +61,7 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
       if (const auto number = numberMeant<double>(words)) return Number(*number);
       refuse(row, words, "a date as the number that is stored, or an empty text for none");
     case OptionType::Text:
+    case OptionType::Folder:
       break;
   }
   return Text(words);
@@ -88,6 +89,8 @@ const char* typeName(OptionType type) {
       return "integer";
     case OptionType::Date:
       return "date";
+    case OptionType::Folder:
+      return "folder";
     case OptionType::Text:
       break;
   }

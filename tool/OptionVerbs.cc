@@ -1,4 +1,4 @@
-#include "tool/OptionVerbs.h"
+// The verbs that read and change options.
 
 #include <fnmatch.h>
 
@@ -7,6 +7,7 @@
 
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
+#include "tool/Verbs.h"
 
 namespace optionsmgr {
 
@@ -18,6 +19,18 @@ using qorvane::Value;
 using Json = nlohmann::ordered_json;
 
 namespace {
+
+struct ListRequest {
+  std::string glob = "*";
+  bool changedOnly = false;
+  bool showSecrets = false;
+};
+
+struct OptionRequest {
+  std::string option;
+  std::string value;
+  bool showSecrets = false;
+};
 
 constexpr const char* kMask = "********";
 
@@ -42,8 +55,6 @@ const OptionRow& settable(const std::string& name) {
 std::string quoted(const OptionRow& row, const Value& value) {
   return row.secret ? "another value" : "\"" + shown(row, value) + "\"";
 }
-
-}  // namespace
 
 void list(Session& session, const ListRequest& request, std::ostream& out) {
   const auto store = session.load();
@@ -70,8 +81,8 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
         << masked(*row, value, request.showSecrets) << '\n';
 }
 
-void get(Session& session, const std::string& option, std::ostream& out) {
-  const OptionRow& row = Session::option(option);
+void get(Session& session, const OptionRequest& request, std::ostream& out) {
+  const OptionRow& row = Session::option(request.option);
   const Value value = row.read(*session.load());
   if (value.isNil()) throw Failure(Exit::NotFound, std::string(row.name) + " is not set and has no default");
   if (session.json())
@@ -80,31 +91,31 @@ void get(Session& session, const std::string& option, std::ostream& out) {
     out << shown(row, value) << '\n';
 }
 
-void set(Session& session, const std::string& option, const std::string& words) {
-  const OptionRow& row = settable(option);
-  const Value wanted = parsedFor(row, words);
+void set(Session& session, const OptionRequest& request, std::ostream&) {
+  const OptionRow& row = settable(request.option);
+  const Value wanted = parsedFor(row, request.value);
   const auto now = session.change([&](Options& store) { row.write(store, wanted); });
   if (const Value kept = row.read(*now); shown(row, kept) != shown(row, wanted))
     throw Failure(Exit::NotFound, std::string(row.name) + " was saved but reads " + quoted(row, kept) +
                                       ", not " + quoted(row, wanted));
 }
 
-void reset(Session& session, const std::string& option) {
-  const OptionRow& row = settable(option);
+void reset(Session& session, const OptionRequest& request, std::ostream&) {
+  const OptionRow& row = settable(request.option);
   const auto now = session.change([&](Options& store) { store.options()->remove(row.key()); });
 
   if (const Value kept = row.read(*now); shown(row, kept) != shown(row, row.fallback()))
     throw Failure(Exit::NotFound, std::string(row.name) + " was reset but reads " + quoted(row, kept));
 }
 
-void describe(Session& session, const std::string& option, bool showSecrets, std::ostream& out) {
-  const OptionRow& row = Session::option(option);
+void describe(Session& session, const OptionRequest& request, std::ostream& out) {
+  const OptionRow& row = Session::option(request.option);
   const Value value = row.read(*session.load());
   const Text key = row.key();
   Json fields = Json::object();
   fields["name"] = std::string(row.name);
   fields["type"] = typeName(row.type);
-  fields["value"] = maskedJson(row, value, showSecrets);
+  fields["value"] = maskedJson(row, value, request.showSecrets);
   if (row.write) fields["default"] = Json(shownAsJson(row, row.fallback()));
   if (!key.isNil()) fields["key"] = key.string();
   if (!row.form.empty()) fields["form"] = std::string(row.form);
@@ -123,7 +134,9 @@ void describe(Session& session, const std::string& option, bool showSecrets, std
         << '\n';
 }
 
-void restore(Session& session, std::ostream& out) {
+struct Nothing {};
+
+void restore(Session& session, const Nothing&, std::ostream& out) {
   FileUserDefaults& files = session.files();
   const Text key = Options().settingsDomainKey();
   const auto before = files.inspect(key);
@@ -137,6 +150,42 @@ void restore(Session& session, std::ostream& out) {
   files.objectForKey(key);
   if (files.inspect(key).state == FileUserDefaults::Inspection::State::Damaged)
     throw Failure(Exit::NoPermission, files.pathForKey(key) + " is still damaged: nothing could be moved");
+}
+
+void declareOption(CLI::App& verb, OptionRequest& request) {
+  verb.add_option("OPTION", request.option, "its name (zsupress) or stored key (ZSuppress)")->required();
+}
+
+}  // namespace
+
+void addOptionVerbs(Verbs& verbs) {
+  verbs.add<ListRequest>(
+      "list", "show options with their values",
+      [](CLI::App& verb, ListRequest& request) {
+        verb.add_option("GLOB", request.glob, "only names like this");
+        verb.add_flag("--changed", request.changedOnly, "only those that differ from their default");
+        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+      },
+      list);
+  verbs.add<OptionRequest>("get", "print one option's value", declareOption, get);
+  verbs.add<OptionRequest>(
+      "set", "change one option and save it",
+      [](CLI::App& verb, OptionRequest& request) {
+        declareOption(verb, request);
+        verb.add_option("VALUE", request.value, "a text; for a flag true or false; for an integer its digits")
+            ->required();
+      },
+      set);
+  verbs.add<OptionRequest>("reset", "put one option back to its default", declareOption, reset);
+  verbs.add<OptionRequest>(
+      "describe", "tell all about one option",
+      [](CLI::App& verb, OptionRequest& request) {
+        declareOption(verb, request);
+        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+      },
+      describe);
+  verbs.add<Nothing>(
+      "restore", "replace a damaged file by its last good copy", [](CLI::App&, Nothing&) {}, restore);
 }
 
 }  // namespace optionsmgr

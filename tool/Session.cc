@@ -17,6 +17,27 @@ using qorvane::QVSettings;
 using qorvane::Text;
 using qorvane::UserDefaults;
 
+namespace {
+
+// Looks at the disk and makes nothing.
+class LookingFileManager : public qorvane::FileManager {
+ public:
+  bool fileExistsAtPath(const Text& path, bool* isDirectory) override {
+    // The file system's own manager, for as long as the question takes.
+    const FileManagerChoice real(true);
+    return defaultManager().fileExistsAtPath(path, isDirectory);
+  }
+  bool createDirectoryAtPath(const Text&, bool) override { return false; }
+};
+
+}  // namespace
+
+FileManagerChoice::FileManagerChoice(bool make) {
+  static LookingFileManager looking;
+  before_ = qorvane::FileManager::setDefaultManager(make ? nullptr : &looking);
+}
+FileManagerChoice::~FileManagerChoice() { qorvane::FileManager::setDefaultManager(before_); }
+
 Session::Session(Settings settings)
     : settings_(std::move(settings)),
       files_(settings_.folder.empty() ? FileUserDefaults::defaultFolder() : settings_.folder) {

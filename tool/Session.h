@@ -5,11 +5,25 @@
 #include <memory>
 #include <string>
 
+#include "qorvane/platform/FileManager.h"
 #include "qorvane/platform/FileUserDefaults.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 
 namespace optionsmgr {
+
+/// Folder getters make their folders; a tool that only shows them must not. While one of these lives, folders
+/// are made only when `make` is set.
+class FileManagerChoice {
+ public:
+  explicit FileManagerChoice(bool make);
+  ~FileManagerChoice();
+  FileManagerChoice(const FileManagerChoice&) = delete;
+  FileManagerChoice& operator=(const FileManagerChoice&) = delete;
+
+ private:
+  qorvane::FileManager* before_;
+};
 
 /// What the common options say.
 struct Settings {
@@ -47,6 +61,7 @@ class Session {
 
  private:
   Settings settings_;
+  FileManagerChoice noFolders_{false};
   qorvane::FileUserDefaults files_;
 };
 

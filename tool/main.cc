@@ -8,9 +8,9 @@
 #include "qorvane/platform/FileUserDefaults.h"
 #include "qorvane/platform/Log.h"
 #include "tool/Failure.h"
-#include "tool/OptionVerbs.h"
 #include "tool/Session.h"
 #include "tool/Suggest.h"
+#include "tool/Verbs.h"
 
 namespace optionsmgr {
 
@@ -50,26 +50,9 @@ int run(int argc, char** argv) {
       ->check(CLI::Range(0.0, 86400.0));
   app.add_flag("--json", settings.json, "print JSON");
 
-  std::string option;
-  std::string value;
-  bool showSecrets = false;
-  ListRequest request;
-
-  CLI::App* listVerb = app.add_subcommand("list", "show options with their values");
-  listVerb->add_option("GLOB", request.glob, "only names like this");
-  listVerb->add_flag("--changed", request.changedOnly, "only those that differ from their default");
-  listVerb->add_flag("--show-secrets", request.showSecrets, "show passwords");
-
-  CLI::App* getVerb = app.add_subcommand("get", "print one option's value");
-  CLI::App* setVerb = app.add_subcommand("set", "change one option and save it");
-  CLI::App* resetVerb = app.add_subcommand("reset", "put one option back to its default");
-  CLI::App* describeVerb = app.add_subcommand("describe", "tell all about one option");
-  CLI::App* restoreVerb = app.add_subcommand("restore", "replace a damaged file by its last good copy");
-  for (CLI::App* verb : {getVerb, setVerb, resetVerb, describeVerb})
-    verb->add_option("OPTION", option, "its name (zsupress) or stored key (ZSuppress)")->required();
-  setVerb->add_option("VALUE", value, "a text; for a flag true or false; for an integer its digits")
-      ->required();
-  describeVerb->add_flag("--show-secrets", showSecrets, "show passwords");
+  Verbs verbs(app);
+  addOptionVerbs(verbs);
+  addAnswerVerbs(verbs);
 
   try {
     app.parse(argc, argv);
@@ -80,10 +63,8 @@ int run(int argc, char** argv) {
     std::cout << version.what() << '\n';
     return static_cast<int>(Exit::Done);
   } catch (const CLI::ParseError& error) {
-    std::vector<std::string_view> names;
-    std::vector<std::string> owned;
-    for (const CLI::App* verb : app.get_subcommands({})) owned.push_back(verb->get_name());
-    names.assign(owned.begin(), owned.end());
+    const std::vector<std::string> owned = verbs.names();
+    const std::vector<std::string_view> names(owned.begin(), owned.end());
     // A word in the verb's place that is none: say which ones are near.
     std::string hint;
     if (app.get_subcommands().empty())
@@ -94,12 +75,7 @@ int run(int argc, char** argv) {
 
   settings.corporate = product == "T2" || product == "t2";
   Session session(std::move(settings));
-  if (*listVerb) list(session, request, std::cout);
-  if (*getVerb) get(session, option, std::cout);
-  if (*setVerb) set(session, option, value);
-  if (*resetVerb) reset(session, option);
-  if (*describeVerb) describe(session, option, showSecrets, std::cout);
-  if (*restoreVerb) restore(session, std::cout);
+  verbs.run(session, std::cout);
   std::cout.flush();
   if (!std::cout) throw Failure(Exit::InputOutput, "the answer could not be written");
   return static_cast<int>(Exit::Done);

@@ -48,6 +48,11 @@ consteval OptionType typeOf() {
 }
 
 template <class Form>
+consteval OptionType typeOfForm() {
+  return std::is_same_v<Form, FolderForm> ? OptionType::Folder : typeOf<typename Form::Type>();
+}
+
+template <class Form>
 constexpr bool isSecret = std::is_base_of_v<SecretForm, Form>;
 
 template <auto Getter>
@@ -75,7 +80,7 @@ Value noFallback() { return nullptr; }
 #define OPTION(getter, setter, entry, Form, fallback, Read, Write) \
   OptionRow{#getter,                                               \
             #setter,                                               \
-            typeOf<Form::Type>(),                                  \
+            typeOfForm<Form>(),                                    \
             #Form,                                                 \
             #Read,                                                 \
             #Write,                                                \
@@ -87,7 +92,7 @@ Value noFallback() { return nullptr; }
 #define SPECIAL(getter, setter, entry, Form, fallback) \
   OptionRow{#getter,                                   \
             #setter,                                   \
-            typeOf<Form::Type>(),                      \
+            typeOfForm<Form>(),                        \
             #Form,                                     \
             "",                                        \
             "",                                        \
@@ -99,7 +104,7 @@ Value noFallback() { return nullptr; }
 #define READ_ONLY(getter, entry, Form, fallback, Read) \
   OptionRow{#getter,                                   \
             "",                                        \
-            typeOf<Form::Type>(),                      \
+            typeOfForm<Form>(),                        \
             #Form,                                     \
             #Read,                                     \
             "",                                        \

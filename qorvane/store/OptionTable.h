@@ -14,7 +14,7 @@ namespace qorvane {
 class Options;
 
 /// What an option is to the program.
-enum class OptionType : std::uint8_t { Text, Flag, Integer, Date };
+enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder };
 
 struct OptionRow {
   /// The property name, which is the getter's: "preparerCity".
