@@ -18,6 +18,7 @@ std::uint64_t processMultiplier() {
   static const std::uint64_t multiplier = [] {
     std::uint64_t random = 0x9e3779b97f4a7c15;
     // Sixteen random bytes that the kernel hands to every process.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): getauxval hands addresses out as numbers
     if (const auto* bytes = reinterpret_cast<const char*>(getauxval(AT_RANDOM)))
       std::memcpy(&random, bytes, sizeof random);
     return random | 1;

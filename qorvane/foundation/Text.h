@@ -48,6 +48,7 @@ class Text {
 
   constexpr Text(const Text& other) noexcept : data_(other.data_), size_(other.size_) { retain(); }
   constexpr Text(Text&& other) noexcept : data_(other.data_), size_(other.size_) { other.forget(); }
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): retained before released, it may be itself
   constexpr Text& operator=(const Text& other) noexcept {
     other.retain();
     release();

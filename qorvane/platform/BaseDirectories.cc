@@ -9,7 +9,7 @@ namespace qorvane {
 namespace {
 
 Text variableOrBelowHome(const char* variable, std::string_view belowHome) {
-  if (const Text path = absolutePathInEnvironment(variable); !path.isNil()) return path;
+  if (Text path = absolutePathInEnvironment(variable); !path.isNil()) return path;
   const Text home = homeDirectory();
   return home.isNil() ? Text() : pathBelow(home, belowHome);
 }

@@ -29,9 +29,9 @@ class NumberFormatter {
   NumberFormatter(const NumberFormatter&) = delete;
   NumberFormatter& operator=(const NumberFormatter&) = delete;
 
-  /// The locale's identifier, such as "fr_CA"; an unknown one has the characters of no language in
-  /// particular. Nil: the process's current locale, the first of LC_ALL, LC_NUMERIC and LANG that is not
-  /// empty when the formatter is first used.
+  /// The locale's identifier, such as "fr_CA"; for an unknown one ICU's default serves. Nil: the process's
+  /// current locale, the first of LC_ALL, LC_NUMERIC and LANG that is not empty when the formatter is first
+  /// used.
   void setLocale(Text identifier);
   /// The pattern; nil: "#,##0.###".
   void setFormat(Text pattern);

@@ -59,8 +59,8 @@ Text folderOfUserDirectories(const Text& home) {
 Text PathUtils::userDocumentsPath() {
   const Text home = homeDirectory();
   if (home.isNil()) return nullptr;
-  if (const Text folder = absolutePathInEnvironment(kVariable); !folder.isNil()) return folder;
-  if (const Text folder = folderOfUserDirectories(home); !folder.isNil()) return folder;
+  if (Text folder = absolutePathInEnvironment(kVariable); !folder.isNil()) return folder;
+  if (Text folder = folderOfUserDirectories(home); !folder.isNil()) return folder;
   return pathBelow(home, "Documents");
 }
 
