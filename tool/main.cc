@@ -1,5 +1,6 @@
 // optionsmgr: the suite's settings from a shell.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
 #include <iostream>
 #include <vector>
@@ -29,6 +30,39 @@ Exit codes: 0 done, 1 not found or different, 2 usage, 65 bad data, 73 cannot cr
 74 input/output error, 75 locked by another program, 77 no permission.
 )";
 
+bool isNegativeNumber(std::string_view word) {
+  return word.size() > 1 && word[0] == '-' && (word[1] == '.' || (word[1] >= '0' && word[1] <= '9'));
+}
+
+// The arguments in the parser's order, last first. A negative number would be taken for an option: where
+// there is one, the values behind the verb go to the end, behind a "--".
+std::vector<std::string> parsable(const CLI::App& app, const std::vector<std::string>& words) {
+  std::vector<std::string> options;
+  std::vector<std::string> values;
+  const CLI::App* verb = nullptr;
+  const bool plain =
+      std::ranges::find(words, "--") != words.end() || std::ranges::none_of(words, isNegativeNumber);
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (plain || (words[i].starts_with('-') && !isNegativeNumber(words[i]))) {
+      options.push_back(words[i]);
+      const CLI::Option* option = app.get_option_no_throw(words[i]);
+      if (!option && verb) option = verb->get_option_no_throw(words[i]);
+      if (!plain && option && option->get_items_expected_max() > 0 && i + 1 < words.size())
+        options.push_back(words[++i]);
+    } else if (!verb) {
+      const auto named =
+          app.get_subcommands([&](const CLI::App* known) { return known->get_name() == words[i]; });
+      if (!named.empty()) verb = named.front();
+      options.push_back(words[i]);
+    } else {
+      values.push_back(words[i]);
+    }
+  }
+  if (!values.empty()) options.emplace_back("--");
+  options.insert(options.end(), values.begin(), values.end());
+  return {options.rbegin(), options.rend()};
+}
+
 int run(int argc, char** argv) {
   CLI::App app("optionsmgr shows and changes the settings of the tax suite.", "optionsmgr");
   app.require_subcommand(1);
@@ -55,7 +89,7 @@ int run(int argc, char** argv) {
   addAnswerVerbs(verbs);
 
   try {
-    app.parse(argc, argv);
+    app.parse(parsable(app, {argv + 1, argv + argc}));
   } catch (const CLI::CallForHelp& help) {
     std::cout << kExamples << '\n' << app.help();
     return static_cast<int>(Exit::Done);

@@ -4,12 +4,12 @@
 #include <limits.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <new>
 #include <utility>
 
+#include "qorvane/platform/BaseDirectories.h"
 #include "qorvane/platform/Log.h"
 #include "qorvane/platform/PropertyList.h"
 #include "qorvane/platform/Seal.h"
@@ -136,10 +136,8 @@ FileUserDefaults::FileUserDefaults(std::string folder, SystemCalls& calls)
     : folder_(std::move(folder)), calls_(calls) {}
 
 std::string FileUserDefaults::defaultFolder() {
-  const char* config = std::getenv("XDG_CONFIG_HOME");
-  if (config && config[0] == '/') return std::string(config) + "/Qorvane";
-  const char* home = std::getenv("HOME");
-  return home && home[0] == '/' ? std::string(home) + "/.config/Qorvane" : std::string();
+  const Text config = configDirectory();
+  return config.isNil() ? std::string() : pathBelow(config, "Qorvane").string();
 }
 
 std::string FileUserDefaults::pathForKey(const Text& key) const {
