@@ -6,6 +6,9 @@
 
 namespace qorvane::fuzzing {
 
+/// Bytes as a colour archive: what reads must be written and read back identically.
+void fuzzColorArchive(std::string_view bytes);
+
 /// Bytes as a property list: what reads must be written and read back identically.
 void fuzzPropertyList(std::string_view bytes);
 

@@ -33,18 +33,19 @@ struct KeyPath {
 class WriterBudget {
  public:
   void countObject(const KeyPath* path) {
-    if (++objects_ > limits_.objects) fail(path, "the value holds too many objects");
+    if (++objects_ > kLimits.objects) fail(path, "the value holds too many objects");
   }
   void checkDepth(std::size_t depth, const KeyPath* path) const {
-    if (depth > limits_.depth) fail(path, "the value is nested too deep");
+    if (depth > kLimits.depth) fail(path, "the value is nested too deep");
   }
   void checkSize(std::size_t size) const {
-    if (size > limits_.size) fail(nullptr, "the value is too large");
+    if (size > kLimits.size) fail(nullptr, "the value is too large");
   }
   [[noreturn]] static void fail(const KeyPath* path, std::string_view why);
 
  private:
-  const PropertyListLimits limits_;
+  static constexpr PropertyListLimits kLimits{};
+
   std::size_t objects_ = 0;
 };
 

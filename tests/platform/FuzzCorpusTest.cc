@@ -19,6 +19,7 @@ void replay(const char* folder, void (*target)(std::string_view)) {
   EXPECT_GT(files, 0);
 }
 
+TEST(FuzzCorpus, ColorArchives) { replay("color", fuzzing::fuzzColorArchive); }
 TEST(FuzzCorpus, PropertyLists) { replay("plist", fuzzing::fuzzPropertyList); }
 
 }  // namespace
