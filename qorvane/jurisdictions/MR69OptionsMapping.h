@@ -1,0 +1,24 @@
+// MR69OptionsMapping: the tax years that an MR69 authorization covers. Neutral values "1" to "3".
+//
+// Labels are compared exactly. The language is asked on every call.
+#pragma once
+
+#include <vector>
+
+#include "qorvane/foundation/Text.h"
+
+namespace qorvane {
+
+class MR69OptionsMapping {
+ public:
+  /// The labels in the display language, a new list on each call.
+  static std::vector<Text> mr69Options();
+  /// The label of all tax years.
+  static Text defaultValue();
+  /// The neutral value of a label in either language; "1" for any other text and for nil.
+  static Text assessmentOptionNeutralValue(const Text& label);
+  /// The label of a neutral value in the display language; the default for any other text and for nil.
+  static Text languageSpecificValue(const Text& neutralValue);
+};
+
+}  // namespace qorvane
