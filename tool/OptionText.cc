@@ -10,6 +10,8 @@
 
 namespace optionsmgr {
 
+using qorvane::Choice;
+using qorvane::ChoiceList;
 using qorvane::Number;
 using qorvane::OptionRow;
 using qorvane::OptionType;
@@ -39,9 +41,23 @@ std::optional<T> numberMeant(std::string_view words) {
   return number;
 }
 
-[[noreturn]] void refuse(const OptionRow& row, std::string_view words, const char* wanted) {
+[[noreturn]] void refuse(const OptionRow& row, std::string_view words, const std::string& wanted) {
   throw Failure(Exit::BadData, "\"" + std::string(words) + "\" does not fit " + std::string(row.name) +
                                    ": it takes " + wanted);
+}
+
+// The option's value for the choice that the words are: its neutral value, or its label in either language.
+Text choiceMeant(const OptionRow& row, const ChoiceList& list, const Text& words) {
+  std::string wanted;
+  for (const Choice& choice : list.choices) {
+    if (words == choice.neutral || words == choice.english || words == choice.french)
+      return row.isLabel ? list.languageSpecificValue(choice.neutral) : choice.neutral;
+    wanted += (wanted.empty() ? "\"" : ", \"") + choice.neutral.string() + '"';
+    if (choice.english != choice.neutral) wanted += " (" + choice.english.string() + ')';
+  }
+  // Where nothing is chosen at first, it can be so again.
+  if (words.isNilOrEmpty() && row.fallback() == Value(words)) return words;
+  refuse(row, words, wanted);
 }
 
 }  // namespace
@@ -60,10 +76,14 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
       if (words.empty()) return Text("");
       if (const auto number = numberMeant<double>(words)) return Number(*number);
       refuse(row, words, "a date as the number that is stored, or an empty text for none");
+    case OptionType::Font:
+      if (const auto font = qorvane::fontFromText(words)) return qorvane::fontText(font);
+      refuse(row, words, "a font's PostScript name and its size in points, such as \"Helvetica, 12\"");
     case OptionType::Text:
     case OptionType::Folder:
       break;
   }
+  if (const ChoiceList* list = row.choices()) return choiceMeant(row, *list, Text(words));
   return Text(words);
 }
 
@@ -81,8 +101,8 @@ nlohmann::json shownAsJson(const OptionRow& row, const Value& value) {
   return value.textValue().string();
 }
 
-const char* typeName(OptionType type) {
-  switch (type) {
+const char* typeName(const OptionRow& row) {
+  switch (row.type) {
     case OptionType::Flag:
       return "flag";
     case OptionType::Integer:
@@ -91,10 +111,12 @@ const char* typeName(OptionType type) {
       return "date";
     case OptionType::Folder:
       return "folder";
+    case OptionType::Font:
+      return "font";
     case OptionType::Text:
       break;
   }
-  return "text";
+  return row.choices() ? "choice" : "text";
 }
 
 }  // namespace optionsmgr

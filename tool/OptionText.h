@@ -15,13 +15,14 @@ namespace optionsmgr {
 /// forms when they mean none, or are no well-formed UTF-8.
 qorvane::Value parsedFor(const qorvane::OptionRow& row, std::string_view words);
 
-/// The value on one line: flags as true or false, numbers in digits, texts as they are.
+/// The value on one line: flags as true or false, numbers in digits, fonts as "name, size", texts as they
+/// are.
 std::string shown(const qorvane::OptionRow& row, const qorvane::Value& value);
 
 /// The same for JSON: flags and integers as such, nil as null.
 nlohmann::json shownAsJson(const qorvane::OptionRow& row, const qorvane::Value& value);
 
-/// The option's type as a word: "text", "flag", "integer", "date".
-const char* typeName(qorvane::OptionType type);
+/// The option's type as a word: "text", "choice", "flag", "integer", "date", "font".
+const char* typeName(const qorvane::OptionRow& row);
 
 }  // namespace optionsmgr

@@ -4,6 +4,7 @@
 
 #include <iomanip>
 #include <nlohmann/json.hpp>
+#include <span>
 
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
@@ -11,6 +12,7 @@
 
 namespace optionsmgr {
 
+using qorvane::Choice;
 using qorvane::FileUserDefaults;
 using qorvane::OptionRow;
 using qorvane::Options;
@@ -114,7 +116,7 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
   const Text key = row.key();
   Json fields = Json::object();
   fields["name"] = std::string(row.name);
-  fields["type"] = typeName(row.type);
+  fields["type"] = typeName(row);
   fields["value"] = maskedJson(row, value, request.showSecrets);
   if (row.write) fields["default"] = Json(shownAsJson(row, row.fallback()));
   if (!key.isNil()) fields["key"] = key.string();
@@ -122,7 +124,12 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
   if (!row.readKind.empty()) fields["read"] = std::string(row.readKind);
   if (!row.writeKind.empty()) fields["write"] = std::string(row.writeKind);
   fields["setter"] = row.setter.empty() ? Json(nullptr) : Json(std::string(row.setter));
+  const auto* list = row.choices();
   if (session.json()) {
+    for (const Choice& choice : list ? list->choices : std::span<const Choice>())
+      fields["choices"].push_back({{"neutral", choice.neutral.string()},
+                                   {"english", choice.english.string()},
+                                   {"french", choice.french.string()}});
     out << fields.dump(2) << '\n';
     return;
   }
@@ -132,6 +139,9 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
             : field.is_string() ? field.get<std::string>()
                                 : field.dump())
         << '\n';
+  for (const Choice& choice : list ? list->choices : std::span<const Choice>())
+    out << std::setw(9) << "choice" << '"' << choice.neutral << "\": " << choice.english << " / "
+        << choice.french << '\n';
 }
 
 struct Nothing {};
@@ -172,7 +182,10 @@ void addOptionVerbs(Verbs& verbs) {
       "set", "change one option and save it",
       [](CLI::App& verb, OptionRequest& request) {
         declareOption(verb, request);
-        verb.add_option("VALUE", request.value, "a text; for a flag true or false; for an integer its digits")
+        verb.add_option("VALUE", request.value,
+                        "a text; for a flag true or false; for an integer its digits; for a choice its "
+                        "neutral value or "
+                        "its label in either language; for a font \"Helvetica, 12\"")
             ->required();
       },
       set);

@@ -17,7 +17,7 @@ namespace qorvane {
 extern bool notifyAll;
 extern bool bSettingVals;
 
-/// The key of an entry that the two products keep apart; which product is running is asked on each use.
+/// The key of an entry that the two products keep apart; which product is running is asked on each call.
 struct ProductKey {
   Key personal;
   Key corporate;
@@ -79,14 +79,14 @@ using NonStoring = Reading<isMissing, false>;
 // ---- write kinds ------------------------------------------------------------------------------------
 
 // What a write kind needs of its option: the two steps, the default, and the entry's form.
-template <class Form, class Key, class Read, class Fallback>
+template <class Form, class Read, class Fallback>
 struct Accessor {
   Dictionary* options;
   const Key& key;
   Fallback fallback;
 
-  typename Form::Type current() const { return Read::template read<Form>(options, keyNow(key), fallback); }
-  void store(typename Form::Argument value) const { options->set(keyNow(key), Form::encode(value)); }
+  typename Form::Type current() const { return Read::template read<Form>(options, key, fallback); }
+  void store(typename Form::Argument value) const { options->set(key, Form::encode(value)); }
 };
 
 // The change that the comparing kinds have in common: in bulk mode the value is stored as it comes; otherwise
@@ -102,16 +102,18 @@ void storeIfChanged(Differs differs, Store store) {
   }
 }
 
+inline Text emptyIfNil(const Text& value) { return value.isNil() ? Text("") : value; }
+inline Value emptyIfNil(const Value& value) { return value.isNil() ? Value(Text("")) : value; }
+
 /// What a text setter stores for nil.
 enum class NilAs { Empty, Default };
 
 template <NilAs Nil, class Accessor>
 Text insteadOfNil(const Accessor& accessor, const Text& value) {
-  if (!value.isNil()) return value;
   if constexpr (Nil == NilAs::Empty)
-    return "";
+    return emptyIfNil(value);
   else
-    return accessor.fallback();
+    return value.isNil() ? accessor.fallback() : value;
 }
 
 /// Comparing, for flags.
@@ -138,7 +140,7 @@ using ComparingNilAsDefault = ComparingText<NilAs::Default>;
 struct ComparingAsEmpty {
   template <class A>
   static void write(const A& option, const Text& value) {
-    ComparingNilAsEmpty::write(option, insteadOfNil<NilAs::Empty>(option, value));
+    ComparingNilAsEmpty::write(option, emptyIfNil(value));
   }
 };
 
@@ -151,15 +153,17 @@ struct ComparingIdentity {
   }
 };
 
+/// True when both are numbers of the same value; the empty text of a cleared date is the same as nothing.
+inline bool isSameNumber(const Value& a, const Value& b) {
+  return a.asNumber() && b.asNumber() && *a.asNumber() == *b.asNumber();
+}
+
 /// Comparing, for dates: by numeric value. Nil counts as a change always and is stored as the empty text.
 struct ComparingNumber {
   template <class A>
   static void write(const A& option, const Value& value) {
     storeIfChanged([&] { return !isSameNumber(option.current(), value); },
-                   [&] { option.store(value.isNil() ? Value(Text("")) : value); });
-  }
-  static bool isSameNumber(const Value& current, const Value& value) {
-    return current.asNumber() && value.asNumber() && *current.asNumber() == *value.asNumber();
+                   [&] { option.store(emptyIfNil(value)); });
   }
 };
 
@@ -167,12 +171,10 @@ struct ComparingNumber {
 struct Direct {
   template <class A, class T>
   static void write(const A& option, const T& value) {
-    if constexpr (std::is_same_v<T, Text>)
-      option.store(insteadOfNil<NilAs::Empty>(option, value));
-    else if constexpr (std::is_same_v<T, Value>)
-      option.store(value.isNil() ? Value(Text("")) : value);
-    else
+    if constexpr (std::is_same_v<T, bool> || std::is_same_v<T, int>)
       option.store(value);
+    else
+      option.store(emptyIfNil(value));
   }
 };
 
@@ -209,7 +211,7 @@ typename Form::Type readOption(Dictionary* options, const EntryKey& key, Fallbac
 
 template <class Form, class Read, class Write, class EntryKey, class Fallback>
 void writeOption(Dictionary* options, const EntryKey& key, Fallback fallback, typename Form::Argument value) {
-  if (options) Write::write(Accessor<Form, EntryKey, Read, Fallback>{options, key, fallback}, value);
+  if (options) Write::write(Accessor<Form, Read, Fallback>{options, keyNow(key), fallback}, value);
 }
 
 }  // namespace qorvane

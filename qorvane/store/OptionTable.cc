@@ -2,8 +2,18 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
+#include <string>
 #include <type_traits>
 
+#include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
+#include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
+#include "qorvane/jurisdictions/MR69OptionsMapping.h"
+#include "qorvane/jurisdictions/ModeOfDelivery.h"
+#include "qorvane/jurisdictions/NoticeOfAssAndRefundMapping.h"
+#include "qorvane/jurisdictions/RC59OptionsMapping.h"
+#include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/Folders.h"
 #include "qorvane/store/Options.h"
@@ -19,6 +29,8 @@ template <class T>
 Value boxed(const T& value) {
   if constexpr (std::is_arithmetic_v<T>)
     return Number(value);
+  else if constexpr (std::is_same_v<T, std::optional<FontDescriptor>>)
+    return fontText(value);
   else
     return value;
 }
@@ -31,6 +43,8 @@ T unboxed(const Value& value) {
     return value.boolValue();
   else if constexpr (std::is_same_v<T, int>)
     return value.intValue();
+  else if constexpr (std::is_same_v<T, std::optional<FontDescriptor>>)
+    return fontFromText(value.textValue());
   else
     return value;
 }
@@ -43,6 +57,8 @@ consteval OptionType typeOf() {
     return OptionType::Flag;
   else if constexpr (std::is_same_v<T, int>)
     return OptionType::Integer;
+  else if constexpr (std::is_same_v<T, std::optional<FontDescriptor>>)
+    return OptionType::Font;
   else
     return OptionType::Date;
 }
@@ -54,6 +70,22 @@ consteval OptionType typeOfForm() {
 
 template <class Form>
 constexpr bool isSecret = std::is_base_of_v<SecretForm, Form>;
+
+template <class Form>
+const ChoiceList* choices() {
+  if constexpr (requires { typename Form::Choices; })
+    return &choicesOf<typename Form::Choices>();
+  else
+    return nullptr;
+}
+
+template <class Form>
+consteval bool isLabel() {
+  if constexpr (requires { Form::kIsLabel; })
+    return Form::kIsLabel;
+  else
+    return false;
+}
 
 template <auto Getter>
 Value readBy(Options& store) {
@@ -71,60 +103,35 @@ using AnswerOf = std::remove_cvref_t<decltype((std::declval<Options&>().*Getter)
 Text noKey() { return nullptr; }
 Value noFallback() { return nullptr; }
 
+// A derived answer has its type, and nothing of an entry.
+template <class T>
+struct NoForm {
+  using Type = T;
+};
+
 #define KEY_OF(entry)                           \
   [] {                                          \
     static constexpr auto key = entryKey entry; \
     return keyNow(key).text();                  \
   }
 #define FALLBACK_OF(Form, fallback) [] { return boxed(defaultOf<Form>(fallback)); }
-#define OPTION(getter, setter, entry, Form, fallback, Read, Write) \
-  OptionRow{#getter,                                               \
-            #setter,                                               \
-            typeOfForm<Form>(),                                    \
-            #Form,                                                 \
-            #Read,                                                 \
-            #Write,                                                \
-            isSecret<Form>,                                        \
-            KEY_OF(entry),                                         \
-            FALLBACK_OF(Form, fallback),                           \
-            readBy<&Options::getter>,                              \
-            writeBy<Form, &Options::setter>},
-#define SPECIAL(getter, setter, entry, Form, fallback) \
-  OptionRow{#getter,                                   \
-            #setter,                                   \
-            typeOfForm<Form>(),                        \
-            #Form,                                     \
-            "",                                        \
-            "",                                        \
-            isSecret<Form>,                            \
-            KEY_OF(entry),                             \
-            FALLBACK_OF(Form, fallback),               \
-            readBy<&Options::getter>,                  \
-            writeBy<Form, &Options::setter>},
+#define ROW(getter, setterName, Form, formName, readKind, writeKind, key, fallback, write)                   \
+  OptionRow{#getter,        setterName,    typeOfForm<Form>(), formName, readKind, writeKind,                \
+            isSecret<Form>, choices<Form>, isLabel<Form>(),    key,      fallback, readBy<&Options::getter>, \
+            write},
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write)                             \
+  ROW(getter, #setter, Form, #Form, #Read, #Write, KEY_OF(entry), FALLBACK_OF(Form, fallback), \
+      (writeBy<Form, &Options::setter>))
+#define GETTER(getter, setter, entry, Form, fallback, Read)                                \
+  ROW(getter, #setter, Form, #Form, #Read, "", KEY_OF(entry), FALLBACK_OF(Form, fallback), \
+      (writeBy<Form, &Options::setter>))
+#define SPECIAL(getter, setter, entry, Form, fallback)                                  \
+  ROW(getter, #setter, Form, #Form, "", "", KEY_OF(entry), FALLBACK_OF(Form, fallback), \
+      (writeBy<Form, &Options::setter>))
 #define READ_ONLY(getter, entry, Form, fallback, Read) \
-  OptionRow{#getter,                                   \
-            "",                                        \
-            typeOfForm<Form>(),                        \
-            #Form,                                     \
-            #Read,                                     \
-            "",                                        \
-            isSecret<Form>,                            \
-            KEY_OF(entry),                             \
-            FALLBACK_OF(Form, fallback),               \
-            readBy<&Options::getter>,                  \
-            nullptr},
-#define DERIVED(getter)                           \
-  OptionRow{#getter,                              \
-            "",                                   \
-            typeOf<AnswerOf<&Options::getter>>(), \
-            "",                                   \
-            "",                                   \
-            "",                                   \
-            false,                                \
-            noKey,                                \
-            noFallback,                           \
-            readBy<&Options::getter>,             \
-            nullptr},
+  ROW(getter, "", Form, #Form, #Read, "", KEY_OF(entry), FALLBACK_OF(Form, fallback), nullptr)
+#define DERIVED(getter) \
+  ROW(getter, "", NoForm<AnswerOf<&Options::getter>>, "", "", "", noKey, noFallback, nullptr)
 
 constexpr OptionRow kRows[] = {
 #include "qorvane/store/options.def"
@@ -132,6 +139,7 @@ constexpr OptionRow kRows[] = {
 
 #undef KEY_OF
 #undef FALLBACK_OF
+#undef ROW
 
 // The rows by name, for look-ups.
 constexpr auto kByName = [] {
@@ -145,6 +153,26 @@ static_assert(std::ranges::adjacent_find(kByName, {}, [](std::uint16_t i) { retu
               "two options of one name");
 
 }  // namespace
+
+Text fontText(const std::optional<FontDescriptor>& font) {
+  if (!font) return nullptr;
+  // As many digits as the size had when it was set: it is kept in single precision.
+  char size[32];
+  char* const end = std::to_chars(size, size + sizeof size, static_cast<float>(font->pointSize())).ptr;
+  return Text(font->postscriptName().string() + ", " + std::string(size, end));
+}
+
+std::optional<FontDescriptor> fontFromText(std::string_view text) {
+  const std::size_t comma = text.rfind(',');
+  if (comma == 0 || comma == text.npos) return std::nullopt;
+  std::string_view digits = text.substr(comma + 1);
+  digits.remove_prefix(std::min(digits.find_first_not_of(' '), digits.size()));
+  double size = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), size);
+  if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
+  if (!std::isfinite(size) || size < 0) return std::nullopt;
+  return FontDescriptor(Text(text.substr(0, comma)), size);
+}
 
 std::span<const OptionRow> optionTable() { return kRows; }
 

@@ -3,18 +3,21 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
+#include "qorvane/jurisdictions/ChoiceLists.h"
+#include "qorvane/platform/FontDescriptor.h"
 
 namespace qorvane {
 
 class Options;
 
 /// What an option is to the program.
-enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder };
+enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder, Font };
 
 struct OptionRow {
   /// The property name, which is the getter's: "preparerCity".
@@ -29,16 +32,26 @@ struct OptionRow {
   std::string_view writeKind;
   /// Not to be shown unasked.
   bool secret;
+  /// The list that a text option takes its values from; null for any other option. The store itself takes
+  /// every text.
+  const ChoiceList* (*choices)();
+  /// The option's value is a label of that list in the display language; otherwise it is the neutral value.
+  bool isLabel;
   /// The stored key in the running product; nil for an answer without an entry.
   Text (*key)();
-  /// What the option reads as when nobody has set it (a flag or an integer as a number); the one read that
-  /// finds no entry may answer otherwise. Nil for a derived answer.
+  /// What the option reads as when nobody has set it (a flag or an integer as a number, a font as its text);
+  /// the one read that finds no entry may answer otherwise. Nil for a derived answer.
   Value (*fallback)();
   /// Runs the getter.
   Value (*read)(Options& store);
   /// Runs the setter with the value converted to the option's type. Null for an answer that cannot be set.
   void (*write)(Options& store, const Value& value);
 };
+
+/// A font as a text: "Helvetica-Bold, 12". Nil for none.
+Text fontText(const std::optional<FontDescriptor>& font);
+/// The font of such a text, none for any other: the name must not be empty, nor the size below zero.
+std::optional<FontDescriptor> fontFromText(std::string_view text);
 
 /// All rows, in the order of options.def.
 std::span<const OptionRow> optionTable();

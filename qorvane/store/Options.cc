@@ -4,6 +4,13 @@
 #include <mutex>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
+#include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
+#include "qorvane/jurisdictions/MR69OptionsMapping.h"
+#include "qorvane/jurisdictions/ModeOfDelivery.h"
+#include "qorvane/jurisdictions/NoticeOfAssAndRefundMapping.h"
+#include "qorvane/jurisdictions/RC59OptionsMapping.h"
+#include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
 #include "qorvane/platform/Log.h"
 #include "qorvane/platform/NotificationCenter.h"
 #include "qorvane/platform/UserDefaults.h"
@@ -77,29 +84,26 @@ Value Options::valueForKey(std::string_view propertyName) {
   return row->read(*this);
 }
 
-// ---- the accessors that follow the pattern ----------------------------------------------------------------
+// ---- the accessors that follow the pattern ------------------------------------------------------------
 
-#define OPTION(getter, setter, entry, Form, fallback, Read, Write)            \
+#define GETTER(getter, setter, entry, Form, fallback, Read)                   \
   Form::Type Options::getter() {                                              \
     static constexpr auto key = entryKey entry;                               \
     return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
-  }                                                                           \
-  void Options::setter(Form::Argument value) {                                \
-    static constexpr auto key = entryKey entry;                               \
-    writeOption<Form, Read, Write>(                                           \
-        opts_.get(), key, [] { return fallback; }, value);                    \
+  }
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write) \
+  GETTER(getter, setter, entry, Form, fallback, Read)              \
+  void Options::setter(Form::Argument value) {                     \
+    static constexpr auto key = entryKey entry;                    \
+    writeOption<Form, Read, Write>(                                \
+        opts_.get(), key, [] { return fallback; }, value);         \
   }
 #define SPECIAL(...)
-#define READ_ONLY(getter, entry, Form, fallback, Read)                        \
-  Form::Type Options::getter() {                                              \
-    static constexpr auto key = entryKey entry;                               \
-    return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
-  }
+#define READ_ONLY(getter, entry, Form, fallback, Read) GETTER(getter, , entry, Form, fallback, Read)
 #define DERIVED(...)
 #include "qorvane/store/options.def"
 
-// ---- and those that do not
-// ----------------------------------------------------------------------------------
+// ---- and those of the general options that do not -------------------------------------------------------
 
 int Options::yor() { return QVSettings::YOR(); }
 Text Options::currentYear() { return Text(std::to_string(yor())); }

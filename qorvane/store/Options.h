@@ -16,11 +16,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
+#include "qorvane/platform/FontDescriptor.h"
 
 namespace qorvane {
 
@@ -90,7 +92,8 @@ class Options {
   Text getFileNameWithPath();
 
   /// The answer of the getter of that name (runs it, with its effects): flags and integers as numbers,
-  /// colours as their archives, nil as nil. A name that no getter has throws Exception.
+  /// colours as their archives, fonts as "name, size", nil as nil. A name that no getter has throws
+  /// Exception.
   Value valueForKey(std::string_view propertyName);
 
   // ---- General ------------------------------------------------------------------------------------
@@ -161,6 +164,497 @@ class Options {
   bool isStepsMode();
   void setIsStepsMode(bool on);
 
+  // ---- Preparer and firm -------------------------------------------------------------------------
+  // Texts are kept exactly as given, whatever they hold. Unless a line says otherwise they are "" at first,
+  // and setting is comparing, with nil stored as "" and always a change.
+
+  /// The number under which the preparer files electronically.
+  Text preparerEfileNumber();
+  void setPreparerEfileNumber(const Text& number);
+
+  /// The preparer's password, kept in clear: what it guards is the application's affair. Tools mask it.
+  Text preparerPassword();
+  void setPreparerPassword(const Text& password);
+
+  /// The name of the representative; one entry with pName and, in the corporate product, with repFirstName.
+  Text preparerNameOfRepresentative();
+  void setPreparerNameOfRepresentative(const Text& name);
+
+  /// The firm's name.
+  Text preparerFirmName();
+  void setPreparerFirmName(const Text& name);
+
+  /// The first line of the address; one entry with paddr1.
+  Text preparerAddressLine1();
+  void setPreparerAddressLine1(const Text& line);
+
+  /// The second line of the address.
+  Text preparerAddressLine2();
+  void setPreparerAddressLine2(const Text& line);
+
+  /// The third line of the address.
+  Text preparerAddressLine3();
+  void setPreparerAddressLine3(const Text& line);
+
+  /// The number of the suite.
+  Text preparerSuitNo();
+  void setPreparerSuitNo(const Text& number);
+
+  /// The number in the street.
+  Text preparerStreetNo();
+  void setPreparerStreetNo(const Text& number);
+
+  /// The street.
+  Text preparerStreetName();
+  void setPreparerStreetName(const Text& name);
+
+  /// The firm is registered for the harmonized sales tax; false at first. Comparing.
+  bool preparerHSTRegistrant();
+  void setPreparerHSTRegistrant(bool on);
+
+  /// The firm's registration number for that tax. Nil is "", and no change where that is there already.
+  Text preparerHSTRegistrationNumber();
+  void setPreparerHSTRegistrationNumber(const Text& number);
+
+  /// The rate of that tax, a text. Nil is "", and no change where that is there already.
+  Text preparerHSTRate();
+  void setPreparerHSTRate(const Text& rate);
+
+  /// The postal code. Nil is stored as "" and writes "PProvandPCode" anew as the province, a blank and
+  /// "(null)"; any other value leaves that entry as it was. Comparing.
+  Text preparerPostalCode();
+  void setPreparerPostalCode(const Text& postalCode);
+
+  /// The city.
+  Text preparerCity();
+  void setPreparerCity(const Text& city);
+
+  /// The province, a name or a code; nil at first. A value also stores its code under "PProvCode", and under
+  /// "PProvandPCode" itself, a blank and the postal code. Nil is stored as "" and leaves those two entries as
+  /// they were. Comparing.
+  Text preparerProvince();
+  void setPreparerProvince(const Text& province);
+
+  /// The country; nil at first.
+  Text preparerCountry();
+  void setPreparerCountry(const Text& country);
+
+  /// The country's code; nil at first.
+  Text preparerCountryCode();
+  void setPreparerCountryCode(const Text& code);
+
+  /// The telephone number.
+  Text preparerPhone();
+  void setPreparerPhone(const Text& number);
+
+  /// The extension behind the telephone number. Outside bulk mode setting it is always announced, even when
+  /// it is the same.
+  Text preparerPhoneExt();
+  void setPreparerPhoneExt(const Text& extension);
+
+  /// The number of the post office box.
+  Text preparerPostBoxNo();
+  void setPreparerPostBoxNo(const Text& number);
+
+  /// The fax number.
+  Text preparerFax();
+  void setPreparerFax(const Text& number);
+
+  /// The e-mail address.
+  Text preparerEmail();
+  void setPreparerEmail(const Text& address);
+
+  /// How returns are delivered, a label of ModeOfDelivery in the language in which it was set; the default
+  /// one in the display language at first, not stored.
+  Text preparerModeOfDelivery();
+  void setPreparerModeOfDelivery(const Text& label);
+
+  /// Where the notice of assessment and the refund go, a neutral value of NoticeOfAssAndRefundMapping; "0" at
+  /// first, and what nil is stored as.
+  Text preparerNoticeOfAssAndTaxRefundOption();
+  void setPreparerNoticeOfAssAndTaxRefundOption(const Text& neutralValue);
+
+  /// The code of the review before the assessment; "2" at first, and what nil is stored as.
+  Text preparerPreAssessmentReview();
+  void setPreparerPreAssessmentReview(const Text& code);
+
+  /// The code of the review after the assessment; "2" at first, and what nil is stored as.
+  Text preparerPostAssessmentReview();
+  void setPreparerPostAssessmentReview(const Text& code);
+
+  /// The taxpayers' names are those of last year, "YES" or "NO"; "NO" at first. Nil is never stored, but
+  /// outside bulk mode it is announced. Comparing.
+  Text preparerTaxpyersNameAsLastYr();
+  void setPreparerTaxpyersNameAsLastYr(const Text& answer);
+
+  /// The entry of preparerNameOfRepresentative.
+  Text pName();
+  void setPName(const Text& name);
+
+  /// The entry of preparerAddressLine1.
+  Text paddr1();
+  void setPaddr1(const Text& line);
+
+  /// The first name of the representative; in the corporate product the entry of
+  /// preparerNameOfRepresentative.
+  Text repFirstName();
+  void setRepFirstName(const Text& name);
+
+  /// The last name of the representative.
+  Text repLastName();
+  void setRepLastName(const Text& name);
+
+  // ---- Alberta -----------------------------------------------------------------------------------
+  // "" at first; nil is stored as "". Direct.
+
+  /// The first name of the Alberta preparer.
+  Text alberta_FirstName();
+  void setAlberta_FirstName(const Text& name);
+
+  /// The last name of the Alberta preparer.
+  Text alberta_LastName();
+  void setAlberta_LastName(const Text& name);
+
+  /// The position of the Alberta preparer in the firm.
+  Text alberta_Position();
+  void setAlberta_Position(const Text& position);
+
+  /// The kind of firm, a value of TypeOfOrganizationMapping.
+  Text alberta_OrganizationType();
+  void setAlberta_OrganizationType(const Text& type);
+
+  // ---- Discounter --------------------------------------------------------------------------------
+  // Whoever buys a refund before it is paid out. Texts are "" at first, not stored; nil is stored as "".
+  // Direct.
+
+  /// The firm's name.
+  Text disc_FirmName();
+  void setDisc_FirmName(const Text& name);
+
+  /// The number of the suite.
+  Text disc_SuiteNumber();
+  void setDisc_SuiteNumber(const Text& number);
+
+  /// The street.
+  Text disc_Street();
+  void setDisc_Street(const Text& street);
+
+  /// The number of the post office box.
+  Text disc_PostBoxNo();
+  void setDisc_PostBoxNo(const Text& number);
+
+  /// The city.
+  Text disc_City();
+  void setDisc_City(const Text& city);
+
+  /// The province.
+  Text disc_Province();
+  void setDisc_Province(const Text& province);
+
+  /// The postal code.
+  Text disc_PostalCode();
+  void setDisc_PostalCode(const Text& postalCode);
+
+  /// The telephone number.
+  Text disc_Telephone();
+  void setDisc_Telephone(const Text& number);
+
+  /// The fax number.
+  Text disc_FaxNumber();
+  void setDisc_FaxNumber(const Text& number);
+
+  /// The e-mail address.
+  Text disc_Email();
+  void setDisc_Email(const Text& address);
+
+  /// The discounter's registration number.
+  Text disc_DiscounterNumber();
+  void setDisc_DiscounterNumber(const Text& number);
+
+  /// The name of the discounter's representative.
+  Text disc_NameOfRep();
+  void setDisc_NameOfRep(const Text& name);
+
+  /// All returns are selected for discounting; an integer flag, false at first, not stored. Direct.
+  bool disc_SelAllForDisc();
+  void setDisc_SelAllForDisc(bool on);
+
+  // ---- Quebec numbers ----------------------------------------------------------------------------
+  // "" at first, not stored; nil is stored as "". Direct.
+
+  /// The preparer's Quebec enterprise number.
+  Text que_EntpNumber();
+  void setQue_EntpNumber(const Text& number);
+
+  /// The preparer's number with the Quebec agency.
+  Text que_PreparerNumber();
+  void setQue_PreparerNumber(const Text& number);
+
+  /// The Quebec code of the review before the assessment; "3" at first, stored, and what nil and "" are
+  /// stored as.
+  Text que_PreAssessmentCode();
+  void setQue_PreAssessmentCode(const Text& code);
+
+  /// The access code to the Quebec agency's services.
+  Text que_AccessNumber();
+  void setQue_AccessNumber(const Text& number);
+
+  // ---- Contact -----------------------------------------------------------------------------------
+  // The person to ask. "" at first, not stored; nil is stored as "". Direct.
+
+  /// The first name.
+  Text act_FirstName();
+  void setAct_FirstName(const Text& name);
+
+  /// The last name.
+  Text act_LastName();
+  void setAct_LastName(const Text& name);
+
+  /// The telephone number.
+  Text act_Phone();
+  void setAct_Phone(const Text& number);
+
+  /// The e-mail address.
+  Text act_Email();
+  void setAct_Email(const Text& address);
+
+  // ---- T1013 and T183 ----------------------------------------------------------------------------
+  // Federal authorizations. Unless a line says otherwise texts are "" and flags false at first, and setting
+  // is comparing, with a nil text stored as "" and always a change.
+  //
+  // Expiry dates, here and below, are numbers whose quantity the callers choose, 0.0 at first for none. A
+  // cleared date is the empty text from then on, which the getter answers as it stands.
+
+  /// The representative's identifier; in the corporate product one entry with rc59_RepID.
+  Text t1013RepID();
+  void setT1013RepID(const Text& id);
+
+  /// The representative's business number; in the corporate product one entry with rc59_BusinessNo.
+  Text t1013BussinessNo();
+  void setT1013BussinessNo(const Text& number);
+
+  /// The level, a neutral value of LevelOfAuthorizationMapping; "1" at first, and what nil is stored as.
+  Text t1013LevelOfAuth();
+  void setT1013LevelOfAuth(const Text& neutralValue);
+
+  /// The expiry date, compared as a number. Nil keeps it, empties the entry "T1013BussinessNo" instead and is
+  /// always a change.
+  Value t1013ExpiryDate();
+  void setT1013ExpiryDate(const Value& date);
+
+  /// For all tax years.
+  bool t1013AuthForAllYrs();
+  void setT1013AuthForAllYrs(bool on);
+
+  /// For some tax years.
+  bool t1013AuthForSelectiveYrs();
+  void setT1013AuthForSelectiveYrs(bool on);
+
+  /// With access through the agency's online services.
+  bool t1013OnlineAuthorization();
+  void setT1013OnlineAuthorization(bool on);
+
+  /// The identifier of the representative's group.
+  Text t1013GroupID();
+  void setT1013GroupID(const Text& id);
+
+  /// The expiry date of the T183 consent, compared as a number. Nil is stored as "" and always a change.
+  Value t183AuthorizationExpiryDate();
+  void setT183AuthorizationExpiryDate(const Value& date);
+
+  /// The T183 consent is given for all clients.
+  bool t183AuthorizationforAll();
+  void setT183AuthorizationforAll(bool on);
+
+  /// The T183 consent is given for the current client.
+  bool t183AuthorizationForCurrClient();
+  void setT183AuthorizationForCurrClient(bool on);
+
+  /// The express notice of assessment is consented to.
+  bool expressNOAAuth();
+  void setExpressNOAAuth(bool on);
+
+  // ---- MR-69 and TP-1000 -------------------------------------------------------------------------
+  // Quebec authorizations. Flags are integer flags, false at first, not stored. Direct.
+
+  /// The tax years, a label of MR69OptionsMapping in the display language, kept as its neutral value; the
+  /// default one at first, not stored. Setting takes a label of either language; nil and "" are stored as "".
+  Text mr69_Authorization();
+  void setMr69_Authorization(const Text& label);
+
+  /// For all files at the agency.
+  bool mr69_AuthForAllFiles();
+  void setMr69_AuthForAllFiles(bool on);
+
+  /// Authorization or power of attorney, a label of MR69AuthoriztionOrPowerOfAttorneyMapping, in all else
+  /// like mr69_Authorization.
+  Text mr69_AuthType();
+  void setMr69_AuthType(const Text& label);
+
+  /// The expiry date. Nil is stored as "".
+  Value mr69_AuthExpiryDate();
+  void setMr69_AuthExpiryDate(const Value& date);
+
+  /// For all clients.
+  bool tp1000_AuthForAllClients();
+  void setTp1000_AuthForAllClients(bool on);
+
+  /// For the electronic filer.
+  bool tp1000_AuthForElecFiler();
+  void setTp1000_AuthForElecFiler(bool on);
+
+  // ---- Quebec authorizations ---------------------------------------------------------------------
+  // What a Quebec authorization covers. Integer flags, false at first, not stored. Direct.
+
+  /// The solidarity tax credit.
+  bool qSolidarityTaxCredit();
+  void setQSolidarityTaxCredit(bool on);
+
+  /// The registration for GST, QST and the like.
+  bool qRegForGSTAndQSTetc();
+  void setQRegForGSTAndQSTetc(bool on);
+
+  /// The sales recording module.
+  bool qSalesRecModule();
+  void setQSalesRecModule(bool on);
+
+  /// Personal returns.
+  bool mrqAuthOfPersonalTaxReturns();
+  void setMrqAuthOfPersonalTaxReturns(bool on);
+
+  /// Corporate returns.
+  bool mrqAuthOfCorpTaxReturns();
+  void setMrqAuthOfCorpTaxReturns(bool on);
+
+  /// Returns of trusts.
+  bool mrqAuthOfTrustTaxReturns();
+  void setMrqAuthOfTrustTaxReturns(bool on);
+
+  /// Advance payments of credits.
+  bool mrqAuthOfAdvPymtOfCredit();
+  void setMrqAuthOfAdvPymtOfCredit(bool on);
+
+  /// The shelter allowance.
+  bool mrqAuthOfShelterAllwnc();
+  void setMrqAuthOfShelterAllwnc(bool on);
+
+  /// Returns that go with a licence.
+  bool mrqAuthOfLicRelatedTaxRetuns();
+  void setMrqAuthOfLicRelatedTaxRetuns(bool on);
+
+  /// QST and GST returns.
+  bool mrqAuthOfQSTAndGSTTaxRetuns();
+  void setMrqAuthOfQSTAndGSTTaxRetuns(bool on);
+
+  /// Fuel tax returns.
+  bool mrqAuthOfFuelTaxRetuns();
+  void setMrqAuthOfFuelTaxRetuns(bool on);
+
+  /// Tobacco tax returns.
+  bool mrqAuthOfTobaccoTaxRetuns();
+  void setMrqAuthOfTobaccoTaxRetuns(bool on);
+
+  /// Source deductions and employer contributions.
+  bool mrqAuthOfSrcDedAndEmpCont();
+  void setMrqAuthOfSrcDedAndEmpCont(bool on);
+
+  /// Support payments.
+  bool mrqAuthOfSupportPymnts();
+  void setMrqAuthOfSupportPymnts(bool on);
+
+  /// The information and documents that follow.
+  bool mrqFollowingInfoOrDocs();
+  void setMrqFollowingInfoOrDocs(bool on);
+
+  /// Information for applying or enforcing the excise act.
+  bool mrqInfoApplOrEnforceExcsAct();
+  void setMrqInfoApplOrEnforceExcsAct(bool on);
+
+  // ---- RC59 --------------------------------------------------------------------------------------
+  // The authorization of a business. Unless a line says otherwise texts are "" and flags false at first, and
+  // nil is stored as "". Direct.
+
+  /// The level, a neutral value of LevelOfAuthorizationMapping; "1" at first, and what nil is stored as.
+  Text rc59_LevelOfAuth();
+  void setRc59_LevelOfAuth(const Text& neutralValue);
+
+  /// The expiry date. Nil is stored as "".
+  Value rc59_AuthExpiryDate();
+  void setRc59_AuthExpiryDate(const Value& date);
+
+  /// For all tax years.
+  bool rc59_AuthForAllYears();
+  void setRc59_AuthForAllYears(bool on);
+
+  /// With access through the agency's online services; never the entry of t1013OnlineAuthorization.
+  bool rc59_AuthOnlineAccess();
+  void setRc59_AuthOnlineAccess(bool on);
+
+  /// The entry of t1013RepID, in either product. Setting does nothing in the personal product.
+  Text rc59_RepID();
+  void setRc59_RepID(const Text& id);
+
+  /// The representative's business number, in the corporate product one entry with t1013BussinessNo.
+  Text rc59_BusinessNo();
+  void setRc59_BusinessNo(const Text& number);
+
+  /// How far the representative may go, a neutral value of RC59OptionsMapping.
+  Text rc59AllowUpdateAccess();
+  void setRc59AllowUpdateAccess(const Text& neutralValue);
+
+  /// For all program accounts of the business.
+  bool rc59AllowAccessToAllProgAccount();
+  void setRc59AllowAccessToAllProgAccount(bool on);
+
+  /// The identifier of the representative's group; never the entry of t1013GroupID.
+  Text rc59_GroupID();
+  void setRc59_GroupID(const Text& id);
+
+  // ---- Printing ----------------------------------------------------------------------------------
+  // Direct: printing settings are never announced.
+
+  /// Returns are printed with a bar code; true at first.
+  bool printBarCode();
+  void setPrintBarCode(bool on);
+
+  /// The page on the validity of a PDF file is left out; false at first.
+  bool donotShowPDFValidityPage();
+  void setDonotShowPDFValidityPage(bool on);
+
+  /// The printer chosen last; "" at first. Nil is stored as "".
+  Text printerNameChosen();
+  void setPrinterNameChosen(const Text& name);
+
+  /// A header is printed; false at first.
+  bool printHeaderOption();
+  void setPrintHeaderOption(bool on);
+
+  /// The header's font, none at first: there is no default. The size, kept with six decimals and read in
+  /// single precision, is one entry with the footer's; one that is no number reads as 0 points. None, and a
+  /// font without a name, is ignored.
+  std::optional<FontDescriptor> printFontForHeader();
+  void setPrintFontForHeader(const std::optional<FontDescriptor>& font);
+
+  /// The footer's font; like the header's in all, with a name of its own and its size.
+  std::optional<FontDescriptor> printFontForFooter();
+  void setPrintFontForFooter(const std::optional<FontDescriptor>& font);
+
+  /// A footer is printed; false at first, not stored.
+  bool printFooterOption();
+  void setPrintFooterOption(bool on);
+
+  /// A watermark is printed; false at first, not stored. The entry is "PrintWaterMarkText".
+  bool printWaterMark();
+  void setPrintWaterMark(bool on);
+
+  /// The user's own header; nil at first. Nil is stored as "".
+  Text printHeaderUserHeader();
+  void setPrintHeaderUserHeader(const Text& header);
+
+  /// The print formats selected, in the print dialog's own form; "" at first, not stored. Nil is stored as
+  /// "".
+  Text printFormatsSelected();
+  void setPrintFormatsSelected(const Text& formats);
   // ---- Folders ------------------------------------------------------------------------------------
 
   // With D the user's documents folder (PathUtils), Y the tax year and P the year before. Nothing is cached,

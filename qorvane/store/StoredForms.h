@@ -6,7 +6,12 @@
 // classes convert, and never fails) and `encode`.
 #pragma once
 
+#include <algorithm>
+#include <optional>
+
 #include "qorvane/foundation/Value.h"
+#include "qorvane/jurisdictions/ChoiceLists.h"
+#include "qorvane/platform/FontDescriptor.h"
 
 namespace qorvane {
 
@@ -20,6 +25,46 @@ struct TextForm {
 
 /// A text that must not be shown unasked: a password.
 struct SecretForm : TextForm {};
+
+/// The rows and operations of a choice-list class.
+template <class List>
+const ChoiceList& choicesOf() {
+  static const ChoiceList& list =
+      *std::ranges::find(choiceLists(), &List::defaultValue, &ChoiceList::defaultValue);
+  return list;
+}
+
+/// A choice of a list, as its neutral value in the program and in the entry. Any other text is kept, too.
+template <class List>
+struct ChoiceForm : TextForm {
+  using Choices = List;
+  static constexpr bool kIsLabel = false;
+};
+
+/// A choice of a list, as its label in the program and in the entry: it stays in the language in which it was
+/// set. Any other text is kept, too.
+template <class List>
+struct LabelForm : TextForm {
+  using Choices = List;
+  static constexpr bool kIsLabel = true;
+};
+
+/// A choice of a list, as its label in the display language in the program and as its neutral value in the
+/// entry. An empty label is kept as the empty text, any other unknown one as the list's neutral value for it.
+template <class List>
+struct TranslatedForm {
+  using Choices = List;
+  static constexpr bool kIsLabel = true;
+
+  using Type = Text;
+  using Argument = const Text&;
+  static Text decode(const Value& entry) {
+    return choicesOf<List>().languageSpecificValue(entry.textValue());
+  }
+  static Value encode(const Text& label) {
+    return label.isNilOrEmpty() ? Text("") : choicesOf<List>().neutralValue(label);
+  }
+};
 
 /// A flag kept as one of two texts, true on exactly the first.
 template <const Text& True, const Text& False>
@@ -72,6 +117,13 @@ struct DateForm {
   using Argument = const Value&;
   static Value decode(const Value& entry) { return entry; }
   static Value encode(const Value& value) { return value; }
+};
+
+/// A font, kept as two entries, which its own accessors read and write: its PostScript name, and its size in
+/// points with six decimals.
+struct FontForm {
+  using Type = std::optional<FontDescriptor>;
+  using Argument = const Type&;
 };
 
 }  // namespace qorvane
