@@ -1,0 +1,85 @@
+// What the first load of a year leaves in the dictionary, entry by entry and in order.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "tests/store/StoreWorld.h"
+
+namespace qorvane {
+namespace {
+
+using testing_support::Edition;
+using testing_support::kEditions;
+using testing_support::StoreWorld;
+
+// One entry a line: the key, the kind (a number's is that of its bits) and the value.
+std::string written(const Dictionary& entries) {
+  std::ostringstream out;
+  for (const Dictionary::Entry& entry : entries) {
+    const Number* number = entry.value.asNumber();
+    const bool real = number && number->kind() == Number::Kind::Real;
+    out << entry.key << ": " << (real ? "real" : kindName(entry.value.kind())) << ' ' << entry.value << '\n';
+  }
+  return out.str();
+}
+
+std::string golden(Edition edition, const char* language) {
+  return testing_support::readFile(std::filesystem::path(TEST_DATA_DIR) / "store" /
+                                   (std::string("first-load-") + nameOf(edition) + "-" + language + ".txt"));
+}
+
+TEST(FirstLoadTest, LeavesTheDefaultsOfTheProduct) {
+  for (const Edition edition : kEditions) {
+    SCOPED_TRACE(nameOf(edition));
+    StoreWorld world(edition);
+    EXPECT_EQ(written(world.entries()), golden(edition, "English"));
+    EXPECT_FALSE(notifyAll);
+    EXPECT_FALSE(bSettingVals);
+    world.store.saveOptions();
+    const Value saved = world.defaults.objectForKey(world.store.settingsDomainKey());
+    ASSERT_TRUE(saved.asDictionary());
+    EXPECT_EQ(written(*saved.asDictionary()), golden(edition, "English"));
+  }
+}
+
+TEST(FirstLoadTest, OfAFrenchStoreLeavesTheSameButTheLanguage) {
+  for (const Edition edition : kEditions) {
+    SCOPED_TRACE(nameOf(edition));
+    StoreWorld world(edition, "French");
+    world.defaults.setObject(Dictionary{{"Language", Text("French")}}, world.store.settingsDomainKey());
+    world.store.loadOptions();
+    EXPECT_EQ(written(world.entries()), golden(edition, "French"));
+  }
+}
+
+TEST(FirstLoadTest, ASecondLoadChangesNothing) {
+  for (const Edition edition : kEditions) {
+    StoreWorld world(edition);
+    world.store.saveOptions();
+    Options later;
+    later.loadOptions();
+    EXPECT_TRUE(isIdentical(*later.options(), world.entries()));
+  }
+}
+
+TEST(FirstLoadTest, OfThePersonalProductLogsNothing) {
+  StoreWorld world;
+  world.store.loadOptions();
+  EXPECT_TRUE(world.log.lines().empty());
+}
+
+TEST(FirstLoadTest, KeepsWhatIsStoredAndWhatTheLibraryDoesNotKnow) {
+  StoreWorld world;
+  const Dictionary stored{{"PName", Text("Zoë")},
+                          {"TaxpayersSameName", Text("YES")},
+                          {"T1013ConsentED", Text("")},
+                          {"SomethingElse", Array{Number(1), Text("x")}}};
+  world.defaults.setObject(stored, world.store.settingsDomainKey());
+  world.store.loadOptions();
+  for (const Dictionary::Entry& entry : stored)
+    EXPECT_TRUE(isIdentical(world.entry(entry.key), entry.value)) << entry.key;
+}
+
+}  // namespace
+}  // namespace qorvane
