@@ -6,6 +6,9 @@
 #include <optional>
 
 #include "qorvane/foundation/Text.h"
+#include "qorvane/platform/ColorArchive.h"
+#include "qorvane/store/NSColorHexadecimalValue.h"
+#include "tool/ColorText.h"
 #include "tool/Failure.h"
 
 namespace optionsmgr {
@@ -79,6 +82,9 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
     case OptionType::Font:
       if (const auto font = qorvane::fontFromText(words)) return qorvane::fontText(font);
       refuse(row, words, "a font's PostScript name and its size in points, such as \"Helvetica, 12\"");
+    case OptionType::Color:
+      if (const auto color = colorMeant(words)) return qorvane::archiveColor(*color);
+      refuse(row, words, "a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\" (alpha last)");
     case OptionType::Text:
     case OptionType::Folder:
       break;
@@ -89,6 +95,8 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
 
 std::string shown(const OptionRow& row, const Value& value) {
   if (row.type == OptionType::Flag) return value.boolValue() ? "true" : "false";
+  if (row.type == OptionType::Color && value.asData())
+    return colorText(qorvane::unarchiveColor(*value.asData()));
   return value.textValue().string();
 }
 
@@ -96,6 +104,15 @@ nlohmann::json shownAsJson(const OptionRow& row, const Value& value) {
   if (value.isNil()) return nullptr;
   if (row.type == OptionType::Flag) return value.boolValue();
   if (row.type == OptionType::Integer) return value.intValue();
+  if (row.type == OptionType::Color && value.asData()) {
+    const qorvane::Color color = qorvane::unarchiveColor(*value.asData());
+    const Text code = qorvane::NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(color);
+    nlohmann::json told{{"space", std::string(spaceName(color.colorSpace()))}};
+    if (!code.isNil()) told["code"] = code.string();
+    if (color.hasComponents())
+      told["components"] = std::vector<double>(color.components().begin(), color.components().end());
+    return told;
+  }
   if (const Number* number = value.asNumber(); number && row.type == OptionType::Date)
     return number->doubleValue();
   return value.textValue().string();
@@ -113,6 +130,8 @@ const char* typeName(const OptionRow& row) {
       return "folder";
     case OptionType::Font:
       return "font";
+    case OptionType::Color:
+      return "colour";
     case OptionType::Text:
       break;
   }

@@ -3,9 +3,13 @@
 #include <fnmatch.h>
 
 #include <iomanip>
+#include <iostream>
 #include <nlohmann/json.hpp>
 #include <span>
 
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/ColorArchive.h"
+#include "tool/ColorText.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/Verbs.h"
@@ -47,6 +51,26 @@ Json maskedJson(const OptionRow& row, const Value& value, bool showSecrets) {
                                                                   : Json(shownAsJson(row, value));
 }
 
+// What to tell of an entry that its own accessors refuse: only a colour's can be so.
+Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
+  return Failure(Exit::BadData, "the entry " + row.key().string() + " cannot be read (" + error.what() +
+                                    "); `optionsmgr reset " + std::string(row.name) + "` mends it");
+}
+
+// The option's value. The read that finds no entry may answer otherwise than all later ones, which count.
+Value readIn(Options& store, const OptionRow& row) try {
+  row.read(store);
+  return row.read(store);
+} catch (const qorvane::Exception& error) {
+  throw unreadable(row, error);
+}
+
+void writeIn(Options& store, const OptionRow& row, const Value& value) try {
+  row.write(store, value);
+} catch (const qorvane::Exception& error) {
+  throw unreadable(row, error);
+}
+
 const OptionRow& settable(const std::string& name) {
   const OptionRow& row = Session::option(name);
   if (!row.write)
@@ -60,44 +84,53 @@ std::string quoted(const OptionRow& row, const Value& value) {
 
 void list(Session& session, const ListRequest& request, std::ostream& out) {
   const auto store = session.load();
-  std::vector<std::pair<const OptionRow*, Value>> found;
+  Json found = Json::object();
   std::size_t widest = 0;
   for (const OptionRow& row : qorvane::optionTable()) {
-    if (fnmatch(request.glob.c_str(), std::string(row.name).c_str(), 0) != 0) continue;
-    Value value = row.read(*store);
-    if (request.changedOnly && (!row.write || value == row.fallback())) continue;
-    found.emplace_back(&row, std::move(value));
-    widest = std::max(widest, row.name.size());
+    const std::string name(row.name);
+    if (fnmatch(request.glob.c_str(), name.c_str(), 0) != 0) continue;
+    try {
+      const Value value = readIn(*store, row);
+      if (request.changedOnly && (!row.write || value == row.fallback())) continue;
+      found[name] = session.json() ? maskedJson(row, value, request.showSecrets)
+                                   : Json(masked(row, value, request.showSecrets));
+    } catch (const Failure& failure) {
+      // One bad entry must not hide the others.
+      found[name] = session.json() ? Json(nullptr) : Json("(unreadable)");
+      std::cerr << "optionsmgr: " << failure.what() << '\n';
+    }
+    widest = std::max(widest, name.size());
   }
   if (found.empty() && !request.changedOnly)
     throw Failure(Exit::NotFound, "no option's name matches \"" + request.glob + "\"");
   if (session.json()) {
-    Json all = Json::object();
-    for (const auto& [row, value] : found)
-      all[std::string(row->name)] = maskedJson(*row, value, request.showSecrets);
-    out << all.dump(2) << '\n';
+    out << found.dump(2) << '\n';
     return;
   }
-  for (const auto& [row, value] : found)
-    out << std::left << std::setw(static_cast<int>(widest)) << row->name << "  "
-        << masked(*row, value, request.showSecrets) << '\n';
+  for (const auto& [name, value] : found.items())
+    out << std::left << std::setw(static_cast<int>(widest)) << name << "  " << value.get<std::string>()
+        << '\n';
 }
 
 void get(Session& session, const OptionRequest& request, std::ostream& out) {
   const OptionRow& row = Session::option(request.option);
-  const Value value = row.read(*session.load());
+  const Value value = readIn(*session.load(), row);
   if (value.isNil()) throw Failure(Exit::NotFound, std::string(row.name) + " is not set and has no default");
-  if (session.json())
+  if (session.json()) {
     out << shownAsJson(row, value).dump() << '\n';
-  else
-    out << shown(row, value) << '\n';
+    return;
+  }
+  out << shown(row, value);
+  if (row.type == qorvane::OptionType::Color && session.colorTerminal())
+    out << ' ' << swatch(qorvane::unarchiveColor(*value.asData()));
+  out << '\n';
 }
 
 void set(Session& session, const OptionRequest& request, std::ostream&) {
   const OptionRow& row = settable(request.option);
   const Value wanted = parsedFor(row, request.value);
-  const auto now = session.change([&](Options& store) { row.write(store, wanted); });
-  if (const Value kept = row.read(*now); shown(row, kept) != shown(row, wanted))
+  const auto now = session.change([&](Options& store) { writeIn(store, row, wanted); });
+  if (const Value kept = readIn(*now, row); shown(row, kept) != shown(row, wanted))
     throw Failure(Exit::NotFound, std::string(row.name) + " was saved but reads " + quoted(row, kept) +
                                       ", not " + quoted(row, wanted));
 }
@@ -105,14 +138,13 @@ void set(Session& session, const OptionRequest& request, std::ostream&) {
 void reset(Session& session, const OptionRequest& request, std::ostream&) {
   const OptionRow& row = settable(request.option);
   const auto now = session.change([&](Options& store) { store.options()->remove(row.key()); });
-
-  if (const Value kept = row.read(*now); shown(row, kept) != shown(row, row.fallback()))
+  if (const Value kept = readIn(*now, row); shown(row, kept) != shown(row, row.fallback()))
     throw Failure(Exit::NotFound, std::string(row.name) + " was reset but reads " + quoted(row, kept));
 }
 
 void describe(Session& session, const OptionRequest& request, std::ostream& out) {
   const OptionRow& row = Session::option(request.option);
-  const Value value = row.read(*session.load());
+  const Value value = readIn(*session.load(), row);
   const Text key = row.key();
   Json fields = Json::object();
   fields["name"] = std::string(row.name);

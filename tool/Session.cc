@@ -1,5 +1,9 @@
 #include "tool/Session.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -50,6 +54,13 @@ Session::Session(Settings settings)
 }
 
 Session::~Session() { UserDefaults::setStandardUserDefaults(nullptr); }
+
+bool Session::colorTerminal() const {
+  const char* refused = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return !settings_.noColor && !(refused && *refused) && terminal && std::string_view(terminal) != "dumb" &&
+         isatty(STDOUT_FILENO);
+}
 
 std::unique_ptr<Options> Session::load() try {
   using State = FileUserDefaults::Inspection::State;

@@ -34,6 +34,7 @@ struct Settings {
   std::string folder;    // Empty: the user's own.
   double lockWait = 10;  // Seconds.
   bool json = false;
+  bool noColor = false;
 };
 
 class Session {
@@ -46,6 +47,8 @@ class Session {
 
   const Settings& settings() const { return settings_; }
   bool json() const { return settings_.json; }
+  /// Standard output is a terminal that takes colours, and nobody said not to use them.
+  bool colorTerminal() const;
   qorvane::FileUserDefaults& files() { return files_; }
 
   /// A store loaded from the disk as it is now. Throws Failure, with the file untouched, when the file is

@@ -83,6 +83,7 @@ int run(int argc, char** argv) {
                  "seconds to wait while another program saves; 10 by default")
       ->check(CLI::Range(0.0, 86400.0));
   app.add_flag("--json", settings.json, "print JSON");
+  app.add_flag("--no-color", settings.noColor, "no colours on the terminal");
 
   Verbs verbs(app);
   addOptionVerbs(verbs);

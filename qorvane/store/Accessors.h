@@ -5,12 +5,14 @@
 // columns of options.def; both do nothing to a store that was never loaded, whose dictionary is null.
 #pragma once
 
+#include <optional>
 #include <type_traits>
 #include <utility>
 
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/siblings/Utils.h"
+#include "qorvane/store/ColorComparison.h"
 
 namespace qorvane {
 
@@ -166,6 +168,23 @@ struct ComparingNumber {
                    [&] { option.store(emptyIfNil(value)); });
   }
 };
+
+/// Comparing, for colours: nil is ignored. The first colour decides how many components are compared.
+template <bool NewFirst>
+struct ComparingColor {
+  template <class A>
+  static void write(const A& option, const std::optional<Color>& value) {
+    if (!value) return;
+    storeIfChanged(
+        [&] {
+          const Color current = option.current();
+          return NewFirst ? areDifferentColors(*value, current) : areDifferentColors(current, *value);
+        },
+        [&] { option.store(value); });
+  }
+};
+using ComparingNewColor = ComparingColor<true>;
+using ComparingCurrentColor = ComparingColor<false>;
 
 /// Stores at once, whatever the mode, and is never announced; nil is stored as the empty text.
 struct Direct {

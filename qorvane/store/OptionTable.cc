@@ -31,12 +31,14 @@ Value boxed(const T& value) {
     return Number(value);
   else if constexpr (std::is_same_v<T, std::optional<FontDescriptor>>)
     return fontText(value);
+  else if constexpr (std::is_same_v<T, Color>)
+    return archiveColor(value);
   else
     return value;
 }
 
 template <class T>
-T unboxed(const Value& value) {
+auto unboxed(const Value& value) {
   if constexpr (std::is_same_v<T, Text>)
     return value.textValue();
   else if constexpr (std::is_same_v<T, bool>)
@@ -45,6 +47,8 @@ T unboxed(const Value& value) {
     return value.intValue();
   else if constexpr (std::is_same_v<T, std::optional<FontDescriptor>>)
     return fontFromText(value.textValue());
+  else if constexpr (std::is_same_v<T, Color>)
+    return value.asData() ? std::optional(unarchiveColor(*value.asData())) : std::nullopt;
   else
     return value;
 }
@@ -59,6 +63,8 @@ consteval OptionType typeOf() {
     return OptionType::Integer;
   else if constexpr (std::is_same_v<T, std::optional<FontDescriptor>>)
     return OptionType::Font;
+  else if constexpr (std::is_same_v<T, Color>)
+    return OptionType::Color;
   else
     return OptionType::Date;
 }

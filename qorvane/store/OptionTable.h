@@ -17,7 +17,7 @@ namespace qorvane {
 class Options;
 
 /// What an option is to the program.
-enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder, Font };
+enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder, Font, Color };
 
 struct OptionRow {
   /// The property name, which is the getter's: "preparerCity".

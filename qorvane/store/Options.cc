@@ -105,6 +105,10 @@ Value Options::valueForKey(std::string_view propertyName) {
 
 // ---- and those of the general options that do not -------------------------------------------------------
 
+bool Options::areDifferentColors(const Color& first, const Color& secColor) {
+  return qorvane::areDifferentColors(first, secColor);
+}
+
 int Options::yor() { return QVSettings::YOR(); }
 Text Options::currentYear() { return Text(std::to_string(yor())); }
 Text Options::lastYear() { return Text(std::to_string(yor() - 1)); }

@@ -22,6 +22,7 @@
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
+#include "qorvane/platform/Color.h"
 #include "qorvane/platform/FontDescriptor.h"
 
 namespace qorvane {
@@ -655,6 +656,40 @@ class Options {
   /// "".
   Text printFormatsSelected();
   void setPrintFormatsSelected(const Text& formats);
+  // ---- Colours -----------------------------------------------------------------------------------
+
+  /// True when the colours differ in any component, however little; colours of different numbers of
+  /// components differ. Colours that have no components, patterns and those of a catalogue, are compared by
+  /// what they look like in sRGB, without alpha, and differ when they look like nothing there.
+  bool areDifferentColors(const Color& first, const Color& secColor);
+
+  // Background colours. An entry that is no colour archive makes the getter, and the setter that compares,
+  // throw Exception. Nil is ignored. Comparing, with areDifferentColors.
+
+  /// The main taxpayer's pages; calibrated RGB 0.8, 1, 1 at first.
+  Color mainBackColor();
+  void setMainBackColor(const std::optional<Color>& color);
+
+  /// The spouse's pages; calibrated RGB 1, 182/255, 193/255 at first.
+  Color spouseBackColor();
+  void setSpouseBackColor(const std::optional<Color>& color);
+
+  /// Cells for data entry; white at first, but the read that finds no entry answers grey.
+  Color dataEntryCellBackColor();
+  void setDataEntryCellBackColor(const std::optional<Color>& color);
+
+  /// Calculated cells; yellow at first.
+  Color calculatedCellBackColor();
+  void setCalculatedCellBackColor(const std::optional<Color>& color);
+
+  /// Cells whose value the user has legitimately overridden; green at first.
+  Color legtimateOverridenBackColor();
+  void setLegtimateOverridenBackColor(const std::optional<Color>& color);
+
+  /// Cells whose value the user has overridden where it should not be; red at first.
+  Color illegtimateOverridenBackColor();
+  void setIllegtimateOverridenBackColor(const std::optional<Color>& color);
+
   // ---- Folders ------------------------------------------------------------------------------------
 
   // With D the user's documents folder (PathUtils), Y the tax year and P the year before. Nothing is cached,

@@ -11,6 +11,7 @@
 
 #include "qorvane/foundation/Value.h"
 #include "qorvane/jurisdictions/ChoiceLists.h"
+#include "qorvane/platform/ColorArchive.h"
 #include "qorvane/platform/FontDescriptor.h"
 
 namespace qorvane {
@@ -124,6 +125,18 @@ struct DateForm {
 struct FontForm {
   using Type = std::optional<FontDescriptor>;
   using Argument = const Type&;
+};
+
+/// A colour, kept as its archive. What is no archive is handed to the unarchiver as it is, which throws
+/// Exception.
+struct ColorForm {
+  using Type = Color;
+  using Argument = const std::optional<Color>&;
+  static Color decode(const Value& entry) {
+    const Data* archive = entry.asData();
+    return unarchiveColor(archive ? *archive : Data());
+  }
+  static Value encode(const std::optional<Color>& color) { return archiveColor(*color); }
 };
 
 }  // namespace qorvane

@@ -162,7 +162,8 @@ TEST(AuthorizationOptionsTest, EveryQuebecCheckboxIsClearAtFirstAndStoresNothing
   world.start();
   int checkboxes = 0;
   for (const OptionRow& row : optionTable())
-    if (row.name.starts_with("mrq") || row.name == "qSolidarityTaxCredit" ||
+    if (row.name.starts_with("mrqAuth") || row.name == "mrqFollowingInfoOrDocs" ||
+        row.name == "mrqInfoApplOrEnforceExcsAct" || row.name == "qSolidarityTaxCredit" ||
         row.name == "qRegForGSTAndQSTetc" || row.name == "qSalesRecModule") {
       ++checkboxes;
       EXPECT_EQ(row.read(world.store), Value(Number(false))) << row.name;

@@ -21,6 +21,9 @@ struct ExpectedOption {
   std::string nil;
 
   bool derived() const { return form == "derived"; }
+  bool readOnly() const { return derived() || form.ends_with("read only"); }
+  /// Colours and folders are tried by tests of their own.
+  bool triedElsewhere() const { return derived() || form == "colour" || form.starts_with("folder"); }
   bool isText() const { return form == "text" || form == "translated"; }
   bool stores() const { return reading.starts_with("stores"); }
   bool overEmpty() const { return reading == "stores over empty"; }
