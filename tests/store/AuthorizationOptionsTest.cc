@@ -109,8 +109,10 @@ TEST(AuthorizationOptionsTest, ComparedDatesAreComparedAsNumbers) {
     EXPECT_TRUE(StoreWorld::announced());
     EXPECT_EQ((world.store.*date.get)(), Value(Number(20201231.25)));
 
-    // The text of a cleared date is no number, and so differs from every one.
+    // The text of a cleared date is no number, and so differs from every one, and from itself.
     world.start({{key, Text("")}});
+    (world.store.*date.set)(Text(""));
+    EXPECT_TRUE(StoreWorld::announced());
     EXPECT_EQ((world.store.*date.get)(), Value(Text("")));
     (world.store.*date.set)(Number(0.0));
     EXPECT_TRUE(StoreWorld::announced());

@@ -115,10 +115,13 @@ TEST(EveryOptionTest, AFreshReadAnswersTheDefaultAndStoresItOrNot) {
 TEST(EveryOptionTest, AnEmptyEntryCountsAsMissingOnlyWhereSaid) {
   forEveryOption([](const Trial& trial) {
     if (!trial.expected.isText()) return;
-    trial.world.start({{trial.key, Text("")}});
+    const Text empty{std::string()};
+    trial.world.start({{trial.key, empty}});
     const bool label = trial.expected.form == "translated";
     EXPECT_TRUE(identical(trial.read(), trial.expected.overEmpty() || label ? trial.fallback() : Text("")));
     EXPECT_TRUE(identical(trial.entry(), trial.expected.overEmpty() ? trial.fallback() : Text("")));
+    // Where the default is empty, too, only the object tells that it was put there.
+    EXPECT_EQ(trial.entry().asText()->isSameObject(empty), !trial.expected.overEmpty());
   });
 }
 
