@@ -11,6 +11,7 @@
 #include "qorvane/platform/NumberFormatter.h"
 #include "qorvane/siblings/Utils.h"
 #include "qorvane/vocabulary/Vocabulary.h"
+#include "tool/Columns.h"
 #include "tool/Failure.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
@@ -33,17 +34,6 @@ std::string lowered(std::string_view text) {
   std::ranges::transform(low, low.begin(),
                          [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
   return low;
-}
-
-// The width of a text on a terminal, for texts of one column a character.
-std::size_t columns(std::string_view text) {
-  return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
-std::string padded(std::string_view text, std::size_t width) {
-  std::string cell(text);
-  cell.append(width - std::min(width, columns(text)), ' ');
-  return cell;
 }
 
 struct PathsRequest {
@@ -82,10 +72,12 @@ void paths(Session& session, const PathsRequest& request, std::ostream& out) {
     out << rows.dump(2) << '\n';
     return;
   }
+  std::vector<std::vector<std::string>> lines;
   for (const Json& row : rows)
-    out << padded(row["name"].get<std::string>(), 23) << padded(row["from"].get<std::string>(), 9)
-        << (row["exists"].get<bool>() ? "exists   " : "missing  ")
-        << (row["path"].is_null() ? "(none)" : row["path"].get<std::string>()) << '\n';
+    lines.push_back({row["name"].get<std::string>(), row["from"].get<std::string>(),
+                     row["exists"].get<bool>() ? "exists" : "missing",
+                     row["path"].is_null() ? "(none)" : row["path"].get<std::string>()});
+  printColumns(lines, out);
 }
 
 // Each amount in each of the suite's styles, in both languages.
@@ -121,17 +113,14 @@ void format(Session& session, const FormatRequest& request, std::ostream& out) {
     out << all.dump(2) << '\n';
     return;
   }
-  for (const Json& shown : all)
-    for (const auto& [style, texts] : shown.items()) {
-      if (texts.is_string()) {
-        if (all.size() > 1) out << texts.get<std::string>() << '\n';
-        continue;
-      }
-      const std::string english = texts["en"].get<std::string>();
-      const std::string french = texts["fr"].get<std::string>();
-      out << padded(style, 30) << padded(english, std::max<std::size_t>(20, columns(english) + 2)) << french
-          << '\n';
-    }
+  for (const Json& shown : all) {
+    if (all.size() > 1) out << shown["amount"].get<std::string>() << '\n';
+    std::vector<std::vector<std::string>> lines;
+    for (const Style& style : kStyles)
+      lines.push_back({style.name, shown[style.name]["en"].get<std::string>(),
+                       shown[style.name]["fr"].get<std::string>()});
+    printColumns(lines, out);
+  }
 }
 
 // The exported constants: all, those of a list or group, those that contain a text in name or string.

@@ -52,5 +52,7 @@ class Verbs {
 void addOptionVerbs(Verbs& verbs);
 /// paths, format, vocabulary.
 void addAnswerVerbs(Verbs& verbs);
+/// choices, province.
+void addJurisdictionVerbs(Verbs& verbs);
 
 }  // namespace optionsmgr

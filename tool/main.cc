@@ -88,6 +88,7 @@ int run(int argc, char** argv) {
   Verbs verbs(app);
   addOptionVerbs(verbs);
   addAnswerVerbs(verbs);
+  addJurisdictionVerbs(verbs);
 
   try {
     app.parse(parsable(app, {argv + 1, argv + argc}));

@@ -1,0 +1,20 @@
+// Text in columns on a terminal.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace optionsmgr {
+
+/// The width of a text on a terminal, for texts whose characters take one column each.
+std::size_t columns(std::string_view text);
+
+/// The text with blanks after it, at least that wide.
+std::string padded(std::string_view text, std::size_t width);
+
+/// Prints rows of cells, each column as wide as its widest cell and two blanks.
+void printColumns(const std::vector<std::vector<std::string>>& rows, std::ostream& out);
+
+}  // namespace optionsmgr
