@@ -361,7 +361,7 @@ class Unarchiver {
     expectGroup(kTextGroup);
     const std::string_view bytes = takeCounted();
     if (!detail::isWellFormedUtf8(bytes)) fail(start, "a text that is no UTF-8");
-    const Text text(bytes);
+    Text text(bytes);
     expectEnd();
     shared_[number] = text;
     return text;

@@ -39,7 +39,7 @@ class WriterBudget {
     if (depth > kLimits.depth) fail(path, "the value is nested too deep");
   }
   void checkSize(std::size_t size) const {
-    if (size > kLimits.size) fail(nullptr, "the value is too large");
+    if (size > kLimits.size) throw Exception("no property list can be written: it would be too large");
   }
   [[noreturn]] static void fail(const KeyPath* path, std::string_view why);
 

@@ -94,7 +94,12 @@ class XmlReader {
                     std::to_string(column) + ": " + std::string(why));
   }
 
-  static std::string inTag(std::string_view name) { return "<" + std::string(name.substr(0, 40)) + ">"; }
+  /// The tag as messages show it.
+  static std::string inTag(std::string_view name, std::string_view begin = "<") {
+    std::string tag(begin);
+    tag += name.substr(0, 40);
+    return tag += '>';
+  }
 
   void checkCharacters() const {
     for (std::size_t at = 0; at < text_.size();) {
@@ -260,8 +265,7 @@ class XmlReader {
 
   void close(const Tag& closing, const Tag& opening) const {
     if (closing.name != opening.name)
-      fail(closing.at,
-           "</" + std::string(closing.name.substr(0, 40)) + "> where " + inTag(opening.name) + " ends");
+      fail(closing.at, inTag(closing.name, "</") + " where " + inTag(opening.name) + " ends");
   }
 
   // ---- values --------------------------------------------------------------------------------------

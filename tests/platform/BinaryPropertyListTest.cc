@@ -295,7 +295,7 @@ TEST(BinaryPropertyList, ReadsOffsetsAndReferencesOfEveryWidth) {
     std::string bytes = "bplist00";
     bytes += "\xA1" + pad + '\1' + "Qa";
     const std::size_t table = bytes.size();
-    bytes += pad + '\x08' + pad + static_cast<char>(table - 2);
+    for (const std::size_t offset : {std::size_t{8}, table - 2}) bytes += pad + static_cast<char>(offset);
     bytes += std::string(6, '\0') + static_cast<char>(width) + static_cast<char>(width);
     bytes +=
         std::string(7, '\0') + '\2' + std::string(8, '\0') + std::string(7, '\0') + static_cast<char>(table);
@@ -456,6 +456,8 @@ TEST(BinaryPropertyList, RefusesToWriteWhatItWouldNotRead) {
   Value value = Array{};
   for (int i = 0; i < 40; ++i) value = Array{value, value};
   EXPECT_NE(writeRefusal(value).find("the value holds too many objects"), std::string::npos);
+  const Data large(std::string((std::size_t{1} << 28) + 1, 'x'));
+  EXPECT_EQ(writeRefusal(Array{large}), "no property list can be written: it would be too large");
   EXPECT_THROW(writeBinaryPropertyList(Array{}, {.reservedBytes = std::numeric_limits<std::size_t>::max()}),
                Exception);
 }
