@@ -15,8 +15,8 @@ class ModeOfDelivery {
   static std::vector<Text> modeOfDeliveryOptions();
   /// The Paper label.
   static Text defaultValue();
-  /// The neutral value of a label in either language; the default, a label of the display language and so in
-  /// French no neutral value for any other text and for nil.
+  /// The neutral value of a label in either language. For any other text and for nil the default, which is a
+  /// label of the display language and so in French no neutral value.
   static Text modeOfDeliveryNeutralValue(const Text& label);
   /// The label of a neutral value: in English the argument, whatever it is; in French the French label, the
   /// default for any other text and for nil.

@@ -1,0 +1,229 @@
+#include "qorvane/jurisdictions/ProvinceCodeMapping.h"
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/foundation/Allocations.h"
+#include "tests/jurisdictions/Tables.h"
+#include "tests/store/StoreWorld.h"
+
+namespace qorvane {
+namespace {
+
+using testing_support::asRow;
+using testing_support::Edition;
+using testing_support::kEditions;
+using testing_support::lookalikes;
+using testing_support::nameOf;
+using testing_support::readTable;
+using testing_support::Row;
+using testing_support::StoreWorld;
+using Map = ProvinceCodeMapping;
+
+// Columns that differ by product come in pairs, the personal product's first.
+std::size_t of(Edition edition, std::size_t column) {
+  return column + (edition == Edition::Corporate ? 1 : 0);
+}
+
+double number(const std::string& cell) { return Text(cell).doubleValue(); }
+
+// The columns of names.tsv.
+enum : std::size_t {
+  kForm,
+  kNumber,
+  kCode = 3,
+  kEnglishFull = 5,
+  kFrenchFull = 7,
+  kImage = 9,
+  kNeutral,
+  kFrench = 12
+};
+
+class BothProducts : public testing::TestWithParam<Edition> {
+ protected:
+  StoreWorld world{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(ProvinceCodeMapping, BothProducts, testing::ValuesIn(kEditions),
+                         [](const auto& test) { return nameOf(test.param); });
+
+TEST_P(BothProducts, convertEveryFormAsTheTableSays) {
+  for (const char* language : {"English", "French"}) {
+    world.speak(language);
+    const std::size_t full = language == std::string("English") ? kEnglishFull : kFrenchFull;
+    for (const Row& row : readTable("names.tsv")) {
+      SCOPED_TRACE(row[kForm] + " in " + language);
+      const Text form(row[kForm]);
+      EXPECT_EQ(Map::getOurProvCodeFromProvName(form), number(row[of(GetParam(), kNumber)]));
+      EXPECT_EQ(Map::getProvinceCode(form).view(), row[of(GetParam(), kCode)]);
+      EXPECT_EQ(Map::getProvinceFullName(form).view(), row[of(GetParam(), full)]);
+      EXPECT_EQ(Map::getImageIndexFromProvince(form), number(row[kImage]));
+      EXPECT_EQ(Map::getNeutralProvinceName(form).view(), row[of(GetParam(), kNeutral)]);
+      EXPECT_EQ(Map::getEngProvNameFromFrProvName(form).view(), row[of(GetParam(), kNeutral)]);
+      EXPECT_EQ(Map::getFrProvNameFromEngProvName(form).view(), row[of(GetParam(), kFrench)]);
+    }
+  }
+}
+
+TEST_P(BothProducts, convertEveryNumberAsTheTableSays) {
+  for (const Row& row : readTable("numbers.tsv")) {
+    SCOPED_TRACE(row[0]);
+    const double given = number(row[0]);
+    for (const char* language : {"English", "French"}) {
+      world.speak(language);
+      EXPECT_EQ(Map::getShortProvNameFromOurCode(given).view(), row[of(GetParam(), 1)]);
+      const std::size_t full = language == std::string("English") ? 3 : 5;
+      EXPECT_EQ(Map::getFullProvNameFromOurCode(given).view(), row[of(GetParam(), full)]) << language;
+    }
+  }
+}
+
+TEST_P(BothProducts, knowNoNumberBesideTheWholeOnes) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double strange : {-0.0, std::nextafter(5.0, 6.0), std::nextafter(5.0, 4.0), -5.0, 261.0,
+                               4294967301.0, kInfinity, -kInfinity, std::nan("")}) {
+    EXPECT_EQ(Map::getShortProvNameFromOurCode(strange), Text("")) << strange;
+    EXPECT_EQ(Map::getFullProvNameFromOurCode(strange), Text("")) << strange;
+  }
+}
+
+void expectUnknown(const Text& text) {
+  SCOPED_TRACE(text.isNil() ? "nil" : "\"" + text.string() + "\"");
+  EXPECT_EQ(Map::getOurProvCodeFromProvName(text), 0);
+  EXPECT_EQ(Map::getProvinceCode(text), Text(""));
+  EXPECT_EQ(Map::getProvinceFullName(text), Text(""));
+  EXPECT_EQ(Map::getImageIndexFromProvince(text), 14);
+  EXPECT_TRUE(Map::getNeutralProvinceName(text).isSameObject(text));
+  EXPECT_TRUE(Map::getEngProvNameFromFrProvName(text).isSameObject(text));
+  EXPECT_TRUE(Map::getFrProvNameFromEngProvName(text).isSameObject(text));
+}
+
+TEST_P(BothProducts, takeNoFormInAnotherSpelling) {
+  for (const Row& row : readTable("names.tsv"))
+    for (const Text& text : lookalikes(row[kForm])) expectUnknown(text);
+}
+
+TEST_P(BothProducts, takeNilAndTheEmptyTextForUnknown) {
+  expectUnknown(nullptr);
+  expectUnknown("");
+  expectUnknown(Text(std::string()));
+  EXPECT_EQ(Map::postalProvince(nullptr), Text(""));
+  EXPECT_EQ(Map::postalProvince(""), Text(""));
+}
+
+TEST_P(BothProducts, findEveryPostalLetterInEitherCase) {
+  for (const Row& row : readTable("postal-codes.tsv")) {
+    const Text code(row[0]);
+    EXPECT_EQ(Map::postalProvince(code).view(), row[1]) << code;
+    const Text lower = lookalikes(row[0]).front();
+    ASSERT_EQ(lower.size(), code.size());
+    EXPECT_EQ(Map::postalProvince(lower).view(), row[1]) << lower;
+  }
+}
+
+TEST_P(BothProducts, countOnlyTheLowBitsOfThePostalLetter) {
+  const auto of = [](const char* text) { return Map::postalProvince(Text(std::string(text))).string(); };
+  EXPECT_EQ(of("\u0141odz"), "NL");   // U+0141 as A
+  EXPECT_EQ(of("\u0142odz"), "NL");   // upper-cased to U+0141
+  EXPECT_EQ(of("\u0147A1"), "QC");    // U+0147 as G
+  EXPECT_EQ(of("\u0158A1"), "NT");    // U+0158 as X
+  EXPECT_EQ(of("\u01580A"), "NT");    // and yet no X0A
+  EXPECT_EQ(of("\u0159"), "NT");      // upper-cased to U+0158, and short
+  EXPECT_EQ(of("ß"), "SK");           // upper-cased to SS
+  EXPECT_EQ(of("\uFB00"), "");        // a ligature, upper-cased to FF
+  EXPECT_EQ(of("\u00C9"), "");        // U+00C9: nothing in A to Y
+  EXPECT_EQ(of("\U00020400"), "NL");  // its first unit is U+D841
+  EXPECT_EQ(of("x0\u1E9A"), "NU");    // upper-cased to X0A and a modifier
+  EXPECT_EQ(of("x0\u00E9"), "NT");
+  EXPECT_EQ(of("h\u00E9"), "QC");
+  EXPECT_EQ(of("X0a"), "NU");
+  EXPECT_EQ(of("x0B 1H0"), "NU");
+  EXPECT_EQ(of(" H1A"), "");
+  EXPECT_EQ(of("1"), "");
+  EXPECT_EQ(of("["), "");
+  EXPECT_EQ(of("@"), "");
+}
+
+TEST_P(BothProducts, askTheProductOnEveryCall) {
+  const Text nonResident = "Non-Resident";
+  StoreWorld::become(Edition::Personal);
+  EXPECT_EQ(Map::getOurProvCodeFromProvName(nonResident), 12);
+  StoreWorld::become(Edition::Corporate);
+  EXPECT_EQ(Map::getOurProvCodeFromProvName(nonResident), 15);
+}
+
+TEST_P(BothProducts, convertWithoutAllocating) {
+  const Text names[] = {"Quebec", "Québec",         "Nouvelle-Écosse",
+                        "NV",     "nowhere at all", Text(std::string("Ontario"))};
+  Map::provinceList();
+  const std::size_t before = testing_support::allocations();
+  for (const Text& name : names) {
+    Map::getOurProvCodeFromProvName(name);
+    Map::getProvinceCode(name);
+    Map::getProvinceFullName(name);
+    Map::getImageIndexFromProvince(name);
+    Map::getNeutralProvinceName(name);
+    Map::getFrProvNameFromEngProvName(name);
+    Map::postalProvince(name);
+  }
+  Map::provinceList();
+  EXPECT_EQ(testing_support::allocations(), before);
+}
+
+TEST(ProvinceCodeMapping, listsTheSameProvincesInTheSameObjectEachTime) {
+  StoreWorld world;
+  const std::vector<Text>& english = Map::provinceList();
+  world.speak("French");
+  const std::vector<Text>& french = Map::provinceList();
+  EXPECT_NE(&english, &french);
+  EXPECT_EQ(english, french);
+  EXPECT_EQ(&french, &Map::provinceList());
+  world.speak("English");
+  EXPECT_EQ(&english, &Map::provinceList());
+}
+
+TEST(ProvinceCodeMapping, keepsItsOddities) {
+  StoreWorld world;
+  for (const Edition edition : kEditions) {
+    world.become(edition);
+    const bool corporate = edition == Edition::Corporate;
+    EXPECT_EQ(Map::getProvinceCode("Québec"), Text("QC"));
+    EXPECT_EQ(Map::getProvinceCode("quebec"), Text(""));
+    EXPECT_EQ(Map::getProvinceCode("Non-Resident"), Text("NR"));
+    EXPECT_EQ(Map::getOurProvCodeFromProvName("Nevada"), corporate ? 133 : 0);
+    EXPECT_EQ(Map::getOurProvCodeFromProvName("Colombie-Britannique"), corporate ? 0 : 9);
+    EXPECT_EQ(Map::getOurProvCodeFromProvName("Columbie-Britannique"), corporate ? 9 : 0);
+    EXPECT_EQ(Map::getFullProvNameFromOurCode(99), corporate ? Text("") : Text("Federal"));
+    EXPECT_EQ(Map::postalProvince("h2x 1y4"), Text("QC"));
+    EXPECT_EQ(Map::postalProvince("X0A 0H0"), Text("NU"));
+    EXPECT_EQ(Map::postalProvince("X1A 2P7"), Text("NT"));
+    EXPECT_EQ(Map::postalProvince("D1A 1A1"), Text(""));
+    EXPECT_EQ(Map::getImageIndexFromProvince(""), 14);
+    EXPECT_EQ(Map::getImageIndexFromProvince("Federal"), 14);
+    world.speak("French");
+    EXPECT_EQ(Map::getFullProvNameFromOurCode(99), Text("Federal"));
+    // The numbers of the corporate product, in the personal one too.
+    EXPECT_EQ(Map::getProvinceFullName("Non-Resident"),
+              corporate ? Text("Non-Resident") : Text("Multiple Jurisdiction"));
+    EXPECT_EQ(Map::provinceList().front(), Text("Alberta"));
+    EXPECT_EQ(Map::provinceList()[7], Text("British Columbia"));
+    world.speak("English");
+  }
+}
+
+TEST(ProvinceCodeMapping, coversEveryJurisdictionInItsTruthTable) {
+  std::set<std::string> codes;
+  for (const Row& row : readTable("names.tsv"))
+    for (const std::size_t column : {std::size_t{kCode}, kCode + 1}) codes.insert(row[column]);
+  codes.erase("");
+  EXPECT_EQ(codes.size(), 16u + 59u);
+}
+
+}  // namespace
+}  // namespace qorvane
