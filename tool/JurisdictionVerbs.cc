@@ -66,8 +66,11 @@ void choices(Session& session, const ChoicesRequest& request, std::ostream& out)
 void province(Session& session, const ProvinceRequest& request, std::ostream& out) {
   const Text asked(request.name);
   const bool named = ProvinceCodeMapping::getOurProvCodeFromProvName(asked) != 0;
-  const Text code =
-      named ? ProvinceCodeMapping::getProvinceCode(asked) : ProvinceCodeMapping::postalProvince(asked);
+  // The library looks at a letter or three; a person who types a name amiss did not mean a postal code.
+  const bool postal = request.name.size() >= 3 && request.name[1] >= '0' && request.name[1] <= '9';
+  const Text code = named    ? ProvinceCodeMapping::getProvinceCode(asked)
+                    : postal ? ProvinceCodeMapping::postalProvince(asked)
+                             : Text();
   if (code.isNilOrEmpty()) {
     std::vector<std::string_view> names;
     for (const Text& name : ProvinceCodeMapping::provinceList()) names.push_back(name);
