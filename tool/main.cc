@@ -123,6 +123,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
+  std::setlocale(LC_NUMERIC, "C");  // Numbers on the command line are written with a point in every language.
   qorvane::setLogSink([](const qorvane::Text& line) { std::cerr << "optionsmgr: " << line << '\n'; });
   try {
     return optionsmgr::run(argc, argv);

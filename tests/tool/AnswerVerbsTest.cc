@@ -1,5 +1,6 @@
 // paths, format, vocabulary, choices, province, and colours on the command line.
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -71,6 +72,7 @@ TEST_F(AnswerVerbsTest, TheCorporateProductIsListedWithoutMakingItsFolders) {
 }
 
 TEST_F(AnswerVerbsTest, FormatShowsEachStyleInBothLanguages) {
+  setenv("LC_ALL", "C", 1);  // Editing follows the process's locale.
   EXPECT_EQ(shown({"format", "1234567.891"}),
             "numberFormatter               1,234,567.89  1\u00a0234\u00a0567,89\n"
             "numberFormatterWithoutDollar  1234567.89    1234567,89\n"

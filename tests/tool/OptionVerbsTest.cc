@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -167,7 +169,8 @@ TEST_F(OptionVerbsTest, AReadOnlyStoreIsReadButNotChanged) {
   fs::permissions(file(), fs::perms(0444));
   fs::permissions(home.store() / ".lock", fs::perms(0444));
   EXPECT_EQ(optionsmgr({"--year", "2020", "get", "language"}, true).out, "French\n");
-  expectFailure(optionsmgr({"--year", "2020", "set", "language", "English"}, true), 77, "Permission denied");
+  expectFailure(optionsmgr({"--year", "2020", "set", "language", "English"}, true), 77,
+                std::strerror(EACCES));
   EXPECT_EQ(readFile(file()), before);
 }
 
@@ -177,7 +180,7 @@ TEST_F(OptionVerbsTest, AnUnreadableFileIsSaid) {
   fs::permissions(home.path() / ".config", fs::perms(0755));
   fs::permissions(home.store(), fs::perms(0755));
   fs::permissions(file(), fs::perms(0000));
-  expectFailure(optionsmgr({"--year", "2020", "get", "language"}, geteuid() == 0), 77, "Permission denied");
+  expectFailure(optionsmgr({"--year", "2020", "get", "language"}, geteuid() == 0), 77, std::strerror(EACCES));
 }
 
 TEST_F(OptionVerbsTest, NoHomeIsSaid) {
