@@ -1,9 +1,12 @@
 #include "qorvane/manager/OptionsMgr.h"
 
-#include <vector>
+#include <atomic>
+#include <mutex>
+#include <utility>
 
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 #include "qorvane/store/Options.h"
+#include "qorvane/store/StoredForms.h"
 
 namespace qorvane {
 
@@ -18,22 +21,31 @@ struct Facade {
 };
 
 // Kept for the life of the process: destructors of static objects may still ask for a setting.
-constinit Facade* facadeState = nullptr;
+constinit std::atomic<Facade*> facadeState = nullptr;
 
+// Whoever comes first loads the store; another thread waits until it is loaded. The load's own getters may
+// ask the facade for the language: they get the store as far as it is.
 Facade& initialised() {
-  auto* facade = new Facade;
-  facade->store = std::make_shared<Options>();
-  // In place before the load, whose getters may ask the facade for the language.
-  facadeState = facade;
-  facade->store->loadOptions();
-  return *facade;
+  static std::recursive_mutex loading;
+  static Facade* made = nullptr;
+  const std::lock_guard lock(loading);
+  if (made) return *made;
+  made = new Facade;
+  made->store = std::make_shared<Options>();
+  made->store->loadOptions();
+  facadeState.store(made, std::memory_order_release);
+  return *made;
 }
 
-Facade& facade() { return facadeState ? *facadeState : initialised(); }
-
-Options& store() { return *facade().store; }
+Facade& facade() {
+  Facade* state = facadeState.load(std::memory_order_acquire);
+  return state ? *state : initialised();
+}
 
 }  // namespace
+
+void OptionsMgr::initialize() { facade(); }
+Options& OptionsMgr::store() { return *facade().store; }
 
 bool displayLanguageIsEnglish() { return OptionsMgr::isEnglish(); }
 
@@ -47,13 +59,39 @@ OptionsMgr::~OptionsMgr() = default;
 
 void OptionsMgr::saveOptions() { store().saveOptions(); }
 
-Text OptionsMgr::language() { return store().language(); }
-void OptionsMgr::setLanguage(const Text& language) { store().setLanguage(language); }
 bool OptionsMgr::isEnglish() { return language().isEqualTo("English"); }
 
 bool OptionsMgr::startPrinting() { return facade().startPrn; }
 void OptionsMgr::setStartPrinting(bool printing) { facade().startPrn = printing; }
 bool OptionsMgr::isMRQPrinting() { return facade().isMrqPrn; }
 void OptionsMgr::setIsMRQPrinting(bool printing) { facade().isMrqPrn = printing; }
+
+// ---- the settings ---------------------------------------------------------------------------------------
+
+namespace {
+
+// What an accessor of the store answers and takes. The definitions below get their types from the store, so
+// the declarations in the header have to agree with it.
+template <class Answer>
+Answer answerOf(Answer (Options::*getter)());
+template <class Argument>
+Argument argumentOf(void (Options::*setter)(Argument));
+
+}  // namespace
+
+#define FORWARD(getter, setter, storeGetter, storeSetter)                                          \
+  decltype(answerOf(&Options::storeGetter)) OptionsMgr::getter() { return store().storeGetter(); } \
+  void OptionsMgr::setter(decltype(argumentOf(&Options::storeSetter)) value) { store().storeSetter(value); }
+#define READ_ONLY(getter, storeGetter) \
+  decltype(answerOf(&Options::storeGetter)) OptionsMgr::getter() { return store().storeGetter(); }
+#include "qorvane/manager/forwarders.def"
+
+// The store keeps this one as a text.
+bool OptionsMgr::prepTaxpyersNameAsLastYr() { return store().preparerTaxpyersNameAsLastYr().isEqualTo(kYes); }
+void OptionsMgr::setPrepTaxpyersNameAsLastYr(bool on) {
+  store().setPreparerTaxpyersNameAsLastYr(on ? kYes : kNo);
+}
+
+Text OptionsMgr::helpFilePath() const { return store().helpFile(); }
 
 }  // namespace qorvane

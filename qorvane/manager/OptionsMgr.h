@@ -2,12 +2,20 @@
 //
 // The first operation of any kind creates the one store of the process (an Options object) and loads it; from
 // then on each settings request is handed to that store, unchanged. Changes reach the disk only with
-// `saveOptions`. Main thread only.
+// `saveOptions`. Main thread only, except that the first operation may come from any thread.
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "qorvane/foundation/Text.h"
+#include "qorvane/foundation/Value.h"
+#include "qorvane/platform/Calendar.h"
+#include "qorvane/platform/Color.h"
+#include "qorvane/platform/DateFormatter.h"
+#include "qorvane/platform/FontDescriptor.h"
+#include "qorvane/platform/NumberFormatter.h"
 
 namespace qorvane {
 
@@ -43,7 +51,667 @@ class OptionsMgr {
   static bool isMRQPrinting();
   static void setIsMRQPrinting(bool printing);
 
+  // ---- Product, year and file names: worked out on each call, nothing is kept -------------------------
+
+  /// "T2" for the corporate product, "T1" for the personal one.
+  static Text productVersion();
+  /// "T1Pro", "T1", "T2Pro" or "T2".
+  static Text productName();
+  /// "EOL" and "NetFile" for the editions of T1, "Professional" and "NETFILE" for those of T2. Compared
+  /// exactly, letter case included.
+  static Text productType();
+  /// The single-filer edition is running.
+  static bool isNetFile();
+
+  /// The extension of this year's return files, alone in a new list: "t20", for T2 "t220".
+  static std::vector<Text> fileExtension();
+  /// The extensions under which last year's returns are looked for: the one of last year for T1; for T2 those
+  /// of last year, of the year before it and, last, of this year.
+  static std::vector<Text> fileExtensionPreviousYear();
+  /// "TaxRates2020.xml".
+  static Text taxRatesFileName();
+
+  /// The form set to load: "2020_9", for T2 the year and the release, "2021.2". A year of T1 that has none of
+  /// its own loads "2009_1".
+  static Text formsVersion();
+  /// The form sets to offer for the year, in a new list; empty for a year that has none. Not always with the
+  /// one of `formsVersion`.
+  static std::vector<Text> formsVersions();
+  /// "01".
+  static Text formsBuild();
+
+  /// The product version number for the Quebec agency, two digits; "01" for a year without one.
+  static Text qProductVersion();
+  /// The federal agency's approval number of the T2 release; the number of VER2023_2 when there is none.
+  static Text federalApprovalNumber();
+  /// What is sent when looking for an update: "2020", for T2 with the release, "2021.2".
+  static Text productIDUpdateCheck();
+  /// Always empty.
+  static Text softwareDeveloperCode();
+  /// Always empty.
+  static Text dotMRQFilesPath();
+
+  /// A new Gregorian calendar in the zone of GMT.
+  static Calendar gregorianCalendar();
+
+  /// The store's entry under any stored key: a number as its decimal text, everything else as it is; "" when
+  /// there is none.
+  static Value appConstantValue(const Text& key);
+
+  // ---- Pages and cells with a treatment of their own: the same lists for every product and year, ---------
+  // ---- the identical object on each call ----------------------------------------------------------------
+
+  /// The form pages whose amounts are shown with decimals.
+  static const std::vector<Text>& pagesWithDecimal();
+  /// The form pages on which the social insurance number is masked.
+  static const std::vector<Text>& pagesWithMaskedSIN();
+  /// The return elements whose values are masked.
+  static const std::vector<Text>& elementsToMasked();
+  /// The cells whose calculated value may be overridden. Three of them are listed twice.
+  static const std::vector<Text>& OptOverideableCells();
+
+  // ==== The settings, handed to the store =============================================================
+  // Nothing is checked, kept or announced here: Options says what each setting is at first, what nil means
+  // and which changes the next save announces. A line names the store's operation where it has another name.
+
+  // ---- General ---------------------------------------------------------------------------------------
+
+  /// The tax year.
+  static int yor();
+
+  /// The language for letters to the client.
+  static Text languageOfCorrespondance();
+  static void setLanguageOfCorrespondance(const Text& language);
+
+  /// New clients get the preparer's province.
+  static bool preparerProvinceAsDefault();
+  static void setPreparerProvinceAsDefault(bool on);
+
+  /// Amounts of zero are left blank.
+  static bool zsupress();
+  static void setZsupress(bool on);
+
+  /// Calculated amounts may be overridden.
+  static bool allowOverriding();
+  static void setAllowOverriding(bool on);
+
+  /// Return files are named as older releases named them.
+  static bool useDefaultLegacyFileName();
+  static void setUseDefaultLegacyFileName(bool on);
+
+  /// The print dialog is shown before printing.
+  static bool showPrintDia();
+  static void setShowPrintDia(bool on);
+
+  /// XML files are encrypted.
+  static bool encryptXml();
+  static void setEncryptXml(bool on);
+
+  /// The disclaimer is printed.
+  static bool bDisclaimer();
+  static void setBDisclaimer(bool on);
+
+  /// The disclaimer; Options::disclaimerTxt.
+  static Text disclaimerText();
+  static void setDisclaimerText(const Text& text);
+
+  /// The application asks for a password.
+  static bool pwdProtectionEnabled();
+  static void setPwdProtectionEnabled(bool on);
+
+  /// Minutes between automatic saves of the return, 0 for none.
+  static int autoSaveAfter();
+  static void setAutoSaveAfter(int minutes);
+
+  /// Forms are shown step by step. A change saves the store at once.
+  static bool isStepsMode();
+  static void setIsStepsMode(bool on);
+
+  // ---- Colours ---------------------------------------------------------------------------------------
+  // Setting nil is ignored.
+
+  /// The pages of the main taxpayer.
+  static Color mainBackColor();
+  static void setMainBackColor(const std::optional<Color>& color);
+
+  /// The pages of the spouse.
+  static Color spouseBackColor();
+  static void setSpouseBackColor(const std::optional<Color>& color);
+
+  /// Cells for data entry.
+  static Color dataEntryCellBackColor();
+  static void setDataEntryCellBackColor(const std::optional<Color>& color);
+
+  /// Calculated cells.
+  static Color calculatedCellBackColor();
+  static void setCalculatedCellBackColor(const std::optional<Color>& color);
+
+  /// Cells whose calculated value was overridden as is allowed.
+  static Color legtimateOverridenBackColor();
+  static void setLegtimateOverridenBackColor(const std::optional<Color>& color);
+
+  /// Cells whose calculated value was overridden though it is not allowed.
+  static Color illegtimateOverridenBackColor();
+  static void setIllegtimateOverridenBackColor(const std::optional<Color>& color);
+
+  // ---- Folders ---------------------------------------------------------------------------------------
+  // Absolute paths; reading one makes the folder when it is missing. Nil puts the default back.
+
+  /// The root of this year's data.
+  static Text userDataPath();
+
+  /// Last year's returns.
+  static Text lastYrFileFolder();
+  static void setLastYrFileFolder(const Text& path);
+
+  /// Clients' returns.
+  static Text clientFileFolder();
+  static void setClientFileFolder(const Text& path);
+
+  /// Tax-data exchange files.
+  static Text dotTaxFilesFolder();
+  static void setDotTaxFilesFolder(const Text& path);
+
+  /// PDF files.
+  static Text pdfFileFolder();
+  static void setPdfFileFolder(const Text& path);
+
+  /// The database of filing with the Quebec agency; Options::mrqDataBaseFolder.
+  static Text mrqDatabaseFolder();
+
+  /// Corporate clients' returns.
+  static Text t2ClientFileFolder();
+  static void setT2ClientFileFolder(const Text& path);
+
+  /// Corporate information files.
+  static Text cifFileFolder();
+  static void setCifFileFolder(const Text& path);
+
+  // ---- Preparer and firm -----------------------------------------------------------------------------
+
+  /// The number under which the preparer files electronically; set by setEfileNumber.
+  static Text preparerEfileNumber();
+
+  /// The same; Options::preparerEfileNumber.
+  static Text efileNumber();
+  static void setEfileNumber(const Text& number);
+
+  /// The same; Options::preparerEfileNumber.
+  static Text transmitterEFileNumber();
+
+  /// The preparer's password, in clear.
+  static Text preparerPassword();
+  static void setPreparerPassword(const Text& password);
+
+  /// The name of the representative; Options::preparerNameOfRepresentative.
+  static Text nameOfRepresentative();
+  static void setNameOfRepresentative(const Text& name);
+
+  /// The first name of the representative.
+  static Text repFirstName();
+  static void setRepFirstName(const Text& name);
+
+  /// The last name of the representative.
+  static Text repLastName();
+  static void setRepLastName(const Text& name);
+
+  /// The firm's name; Options::preparerFirmName.
+  static Text firmName();
+  static void setFirmName(const Text& name);
+
+  /// The first line of the address; Options::preparerAddressLine1.
+  static Text addressLine1();
+  static void setAddressLine1(const Text& line);
+
+  /// The second line of the address; Options::preparerAddressLine2.
+  static Text addressLine2();
+  static void setAddressLine2(const Text& line);
+
+  /// The third line of the address; Options::preparerAddressLine3.
+  static Text addressLine3();
+  static void setAddressLine3(const Text& line);
+
+  /// The number of the suite.
+  static Text preparerSuitNo();
+  static void setPreparerSuitNo(const Text& number);
+
+  /// The number in the street.
+  static Text preparerStreetNo();
+  static void setPreparerStreetNo(const Text& number);
+
+  /// The street.
+  static Text preparerStreetName();
+  static void setPreparerStreetName(const Text& name);
+
+  /// The number of the post office box.
+  static Text preparerPostBoxNo();
+  static void setPreparerPostBoxNo(const Text& number);
+
+  /// The city.
+  static Text preparerCity();
+  static void setPreparerCity(const Text& city);
+
+  /// The province, nil at first.
+  static Text preparerProvince();
+  static void setPreparerProvince(const Text& province);
+
+  /// The postal code; Options::preparerPostalCode.
+  static Text postalCode();
+  static void setPostalCode(const Text& postalCode);
+
+  /// The country, nil at first.
+  static Text preparerCountry();
+  static void setPreparerCountry(const Text& country);
+
+  /// The country's code, nil at first.
+  static Text preparerCountryCode();
+  static void setPreparerCountryCode(const Text& code);
+
+  /// The telephone number.
+  static Text preparerPhone();
+  static void setPreparerPhone(const Text& number);
+
+  /// The fax number.
+  static Text preparerFax();
+  static void setPreparerFax(const Text& number);
+
+  /// The e-mail address.
+  static Text preparerEmail();
+  static void setPreparerEmail(const Text& address);
+
+  /// The firm is registered for the harmonized sales tax.
+  static bool preparerHSTRegistrant();
+  static void setPreparerHSTRegistrant(bool on);
+
+  /// The firm's registration number for that tax.
+  static Text preparerHSTRegistrationNumber();
+  static void setPreparerHSTRegistrationNumber(const Text& number);
+
+  /// The rate of that tax, a text.
+  static Text preparerHSTRate();
+  static void setPreparerHSTRate(const Text& rate);
+
+  /// How returns are delivered, a label of ModeOfDelivery; Options::preparerModeOfDelivery.
+  static Text modeOfDelivery();
+  static void setModeOfDelivery(const Text& label);
+
+  /// Where the notice of assessment and the refund go, a neutral value of NoticeOfAssAndRefundMapping;
+  /// Options::preparerNoticeOfAssAndTaxRefundOption.
+  static Text noticeOfAssAndTaxRefundOption();
+  static void setNoticeOfAssAndTaxRefundOption(const Text& neutralValue);
+
+  /// The code of the review before the assessment; Options::preparerPreAssessmentReview.
+  static Text prepPreAssessmentReview();
+  static void setPreparerPreAssessmentReview(const Text& code);
+
+  /// The code of the review after the assessment; Options::preparerPostAssessmentReview.
+  static Text prepPostAssessmentReview();
+  static void setPreparerPostAssessmentReview(const Text& code);
+
+  /// The taxpayers' names are those of last year: the text of Options::preparerTaxpyersNameAsLastYr is
+  /// exactly "YES". Setting stores "YES" or "NO".
+  static bool prepTaxpyersNameAsLastYr();
+  static void setPrepTaxpyersNameAsLastYr(bool on);
+
+  // ---- Alberta ---------------------------------------------------------------------------------------
+
+  /// The first name of the Alberta preparer.
+  static Text alberta_FirstName();
+  static void setAlberta_FirstName(const Text& name);
+
+  /// The last name of the Alberta preparer.
+  static Text alberta_LastName();
+  static void setAlberta_LastName(const Text& name);
+
+  /// The position of the Alberta preparer in the firm.
+  static Text alberta_Position();
+  static void setAlberta_Position(const Text& position);
+
+  /// The kind of firm, a value of TypeOfOrganizationMapping.
+  static Text alberta_OrganizationType();
+  static void setAlberta_OrganizationType(const Text& type);
+
+  // ---- Discounter ------------------------------------------------------------------------------------
+
+  /// The firm's name.
+  static Text disc_FirmName();
+  static void setDisc_FirmName(const Text& name);
+
+  /// The name of the discounter's representative.
+  static Text disc_NameOfRep();
+  static void setDisc_NameOfRep(const Text& name);
+
+  /// The number of the suite.
+  static Text disc_SuiteNumber();
+  static void setDisc_SuiteNumber(const Text& number);
+
+  /// The street.
+  static Text disc_Street();
+  static void setDisc_Street(const Text& street);
+
+  /// The number of the post office box.
+  static Text disc_PostBoxNo();
+  static void setDisc_PostBoxNo(const Text& number);
+
+  /// The city.
+  static Text disc_City();
+  static void setDisc_City(const Text& city);
+
+  /// The province.
+  static Text disc_Province();
+  static void setDisc_Province(const Text& province);
+
+  /// The postal code.
+  static Text disc_PostalCode();
+  static void setDisc_PostalCode(const Text& postalCode);
+
+  /// The telephone number.
+  static Text disc_Telephone();
+  static void setDisc_Telephone(const Text& number);
+
+  /// The fax number.
+  static Text disc_FaxNumber();
+  static void setDisc_FaxNumber(const Text& number);
+
+  /// The e-mail address.
+  static Text disc_Email();
+  static void setDisc_Email(const Text& address);
+
+  /// The discounter's registration number.
+  static Text disc_DiscounterNumber();
+  static void setDisc_DiscounterNumber(const Text& number);
+
+  /// All returns are selected for discounting.
+  static bool disc_SelAllForDisc();
+  static void setDisc_SelAllForDisc(bool on);
+
+  // ---- Quebec numbers --------------------------------------------------------------------------------
+
+  /// The preparer's Quebec enterprise number.
+  static Text que_EntpNumber();
+  static void setQue_EntpNumber(const Text& number);
+
+  /// The preparer's number with the Quebec agency.
+  static Text que_PreparerNumber();
+  static void setQue_PreparerNumber(const Text& number);
+
+  /// The Quebec code of the review before the assessment.
+  static Text que_PreAssessmentCode();
+  static void setQue_PreAssessmentCode(const Text& code);
+
+  /// The access code to the Quebec agency's services.
+  static Text que_AccessNumber();
+  static void setQue_AccessNumber(const Text& number);
+
+  // ---- Contact ---------------------------------------------------------------------------------------
+  // The person to ask.
+
+  /// The first name.
+  static Text act_FirstName();
+  static void setAct_FirstName(const Text& name);
+
+  /// The last name.
+  static Text act_LastName();
+  static void setAct_LastName(const Text& name);
+
+  /// The telephone number.
+  static Text act_Phone();
+  static void setAct_Phone(const Text& number);
+
+  /// The e-mail address.
+  static Text act_Email();
+  static void setAct_Email(const Text& address);
+
+  // ---- T1013 and T183 --------------------------------------------------------------------------------
+  // Expiry dates, here and below, are numbers, or the empty text once they were cleared.
+
+  /// The representative's identifier.
+  static Text t1013RepID();
+  static void setT1013RepID(const Text& id);
+
+  /// The representative's business number.
+  static Text t1013BussinessNo();
+  static void setT1013BussinessNo(const Text& number);
+
+  /// The identifier of the representative's group.
+  static Text t1013GroupID();
+  static void setT1013GroupID(const Text& id);
+
+  /// The level, a neutral value of LevelOfAuthorizationMapping.
+  static Text t1013LevelOfAuth();
+  static void setT1013LevelOfAuth(const Text& neutralValue);
+
+  /// The expiry date. Nil does not clear it: see Options.
+  static Value t1013ExpiryDate();
+  static void setT1013ExpiryDate(const Value& date);
+
+  /// For all tax years.
+  static bool t1013AuthForAllYrs();
+  static void setT1013AuthForAllYrs(bool on);
+
+  /// For some tax years.
+  static bool t1013AuthForSelectiveYrs();
+  static void setT1013AuthForSelectiveYrs(bool on);
+
+  /// With access through the agency's online services.
+  static bool t1013OnlineAuthorization();
+  static void setT1013OnlineAuthorization(bool on);
+
+  /// The expiry date of the T183 consent.
+  static Value t183AuthorizationExpiryDate();
+  static void setT183AuthorizationExpiryDate(const Value& date);
+
+  /// The T183 consent is given for all clients.
+  static bool t183AuthorizationforAll();
+  static void setT183AuthorizationforAll(bool on);
+
+  /// The T183 consent is given for the current client.
+  static bool t183AuthorizationForCurrClient();
+  static void setT183AuthorizationForCurrClient(bool on);
+
+  /// The express notice of assessment is consented to.
+  static bool expressNOAAuth();
+  static void setExpressNOAAuth(bool on);
+
+  // ---- RC59 ------------------------------------------------------------------------------------------
+
+  /// The representative's identifier, in the personal product that of T1013, which cannot be set here;
+  /// Options::rc59_RepID.
+  static Text rc59RepID();
+  static void setRc59RepID(const Text& id);
+
+  /// The business number; Options::rc59_BusinessNo.
+  static Text rc59BusNo();
+  static void setRc59BusNo(const Text& number);
+
+  /// The identifier of the representative's group; Options::rc59_GroupID.
+  static Text rc59GroupID();
+  static void setRc59GroupID(const Text& id);
+
+  /// The level, a neutral value of LevelOfAuthorizationMapping; Options::rc59_LevelOfAuth.
+  static Text rc59LevelOfAuth();
+  static void setRc59LevelOfAuth(const Text& neutralValue);
+
+  /// The expiry date; Options::rc59_AuthExpiryDate.
+  static Value rc59ExpiryDate();
+  static void setRc59ExpiryDate(const Value& date);
+
+  /// For all tax years; Options::rc59_AuthForAllYears.
+  static bool rc59AuthForAllYrs();
+  static void setRc59AuthForAllYrs(bool on);
+
+  /// With access through the agency's online services; Options::rc59_AuthOnlineAccess.
+  static bool rc59OnlineAuthorization();
+  static void setRc59OnlineAuthorization(bool on);
+
+  /// The representative may update the account, a text.
+  static Text rc59AllowUpdateAccess();
+  static void setRc59AllowUpdateAccess(const Text& answer);
+
+  /// The representative may reach all program accounts.
+  static bool rc59AllowAccessToAllProgAccount();
+  static void setRc59AllowAccessToAllProgAccount(bool on);
+
+  // ---- MR-69 and TP-1000 -----------------------------------------------------------------------------
+
+  /// The tax years, a label of MR69OptionsMapping in the display language.
+  static Text mr69_Authorization();
+  static void setMr69_Authorization(const Text& label);
+
+  /// For all files at the agency.
+  static bool mr69_AuthForAllFiles();
+  static void setMr69_AuthForAllFiles(bool on);
+
+  /// A label of MR69AuthoriztionOrPowerOfAttorneyMapping in the display language.
+  static Text mr69_AuthType();
+  static void setMr69_AuthType(const Text& label);
+
+  /// The expiry date.
+  static Value mr69_AuthExpiryDate();
+  static void setMr69_AuthExpiryDate(const Value& date);
+
+  /// For all clients.
+  static bool tp1000_AuthForAllClients();
+  static void setTp1000_AuthForAllClients(bool on);
+
+  /// For the electronic filer.
+  static bool tp1000_AuthForElecFiler();
+  static void setTp1000_AuthForElecFiler(bool on);
+
+  // ---- Quebec authorizations -------------------------------------------------------------------------
+  // What a Quebec authorization covers.
+
+  /// The solidarity tax credit.
+  static bool qSolidarityTaxCredit();
+  static void setQSolidarityTaxCredit(bool on);
+
+  /// The registration for GST, QST and the like.
+  static bool qRegForGSTAndQSTetc();
+  static void setQRegForGSTAndQSTetc(bool on);
+
+  /// The sales recording module.
+  static bool qSalesRecModule();
+  static void setQSalesRecModule(bool on);
+
+  /// Personal returns.
+  static bool mrqAuthOfPersonalTaxReturns();
+  static void setMrqAuthOfPersonalTaxReturns(bool on);
+
+  /// Corporate returns.
+  static bool mrqAuthOfCorpTaxReturns();
+  static void setMrqAuthOfCorpTaxReturns(bool on);
+
+  /// Returns of trusts.
+  static bool mrqAuthOfTrustTaxReturns();
+  static void setMrqAuthOfTrustTaxReturns(bool on);
+
+  /// Advance payments of credits.
+  static bool mrqAuthOfAdvPymtOfCredit();
+  static void setMrqAuthOfAdvPymtOfCredit(bool on);
+
+  /// The shelter allowance.
+  static bool mrqAuthOfShelterAllwnc();
+  static void setMrqAuthOfShelterAllwnc(bool on);
+
+  /// Returns related to licences.
+  static bool mrqAuthOfLicRelatedTaxRetuns();
+  static void setMrqAuthOfLicRelatedTaxRetuns(bool on);
+
+  /// QST and GST returns.
+  static bool mrqAuthOfQSTAndGSTTaxRetuns();
+  static void setMrqAuthOfQSTAndGSTTaxRetuns(bool on);
+
+  /// Fuel tax returns.
+  static bool mrqAuthOfFuelTaxRetuns();
+  static void setMrqAuthOfFuelTaxRetuns(bool on);
+
+  /// Tobacco tax returns.
+  static bool mrqAuthOfTobaccoTaxRetuns();
+  static void setMrqAuthOfTobaccoTaxRetuns(bool on);
+
+  /// Source deductions and employer contributions.
+  static bool mrqAuthOfSrcDedAndEmpCont();
+  static void setMrqAuthOfSrcDedAndEmpCont(bool on);
+
+  /// Support payments.
+  static bool mrqAuthOfSupportPymnts();
+  static void setMrqAuthOfSupportPymnts(bool on);
+
+  /// Only certain information or documents.
+  static bool mrqFollowingInfoOrDocs();
+  static void setMrqFollowingInfoOrDocs(bool on);
+
+  /// Information on the application or enforcement of the excise act.
+  static bool mrqInfoApplOrEnforceExcsAct();
+  static void setMrqInfoApplOrEnforceExcsAct(bool on);
+
+  // ---- Printing --------------------------------------------------------------------------------------
+
+  /// The bar code is printed.
+  static bool printBarCode();
+  static void setPrintBarCode(bool on);
+
+  /// The page on the PDF's validity is left out.
+  static bool donotShowPDFValidityPage();
+  static void setDonotShowPDFValidityPage(bool on);
+
+  /// The printer that was last chosen.
+  static Text printerNameChosen();
+  static void setPrinterNameChosen(const Text& name);
+
+  /// The print formats that are selected.
+  static Text printFormatsSelected();
+  static void setPrintFormatsSelected(const Text& formats);
+
+  /// A header is printed.
+  static bool printHeaderOption();
+  static void setPrintHeaderOption(bool on);
+
+  /// The text of the header, nil at first.
+  static Text printHeaderUserHeader();
+  static void setPrintHeaderUserHeader(const Text& text);
+
+  /// The font of the header, nil at first. The header and the footer have one size.
+  static std::optional<FontDescriptor> printFontForHeader();
+  static void setPrintFontForHeader(const std::optional<FontDescriptor>& font);
+
+  /// A footer is printed.
+  static bool printFooterOption();
+  static void setPrintFooterOption(bool on);
+
+  /// The font of the footer; Options::printFontForFooter.
+  static std::optional<FontDescriptor> printFontFotFooter();
+  static void setPrintFontFotFooter(const std::optional<FontDescriptor>& font);
+
+  /// A watermark is printed.
+  static bool printWaterMark();
+  static void setPrintWaterMark(bool on);
+
+  // ---- Formatters ------------------------------------------------------------------------------------
+  // Shared, made on the first call; never null, kept for the life of the process.
+
+  /// Amounts in the display language: dollars and cents, in the corporate product whole dollars.
+  static NumberFormatter* numberFormatter();
+
+  /// Amounts in the display language, those below zero in parentheses.
+  static NumberFormatter* numberFormatterWithoutDollar();
+
+  /// Amounts that are being edited.
+  static NumberFormatter* numberFormatterForEditing();
+
+  /// A year and a month, such as 2020/03.
+  static DateFormatter* yearMonthDateFormatter();
+
+  // ---- Help ----------------------------------------------------------------------------------------
+
+  /// Where the help file stands; Options::helpFile.
+  Text helpFilePath() const;
+
  private:
+  /// Runs before the first operation of any kind: makes the store and loads it.
+  static void initialize();
+  static Options& store();
+
   std::shared_ptr<Options> share_;
 };
 
