@@ -54,5 +54,7 @@ void addOptionVerbs(Verbs& verbs);
 void addAnswerVerbs(Verbs& verbs);
 /// choices, province.
 void addJurisdictionVerbs(Verbs& verbs);
+/// product, notice, pages.
+void addProductVerbs(Verbs& verbs);
 
 }  // namespace optionsmgr

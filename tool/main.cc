@@ -89,6 +89,7 @@ int run(int argc, char** argv) {
   addOptionVerbs(verbs);
   addAnswerVerbs(verbs);
   addJurisdictionVerbs(verbs);
+  addProductVerbs(verbs);
 
   try {
     app.parse(parsable(app, {argv + 1, argv + argc}));
