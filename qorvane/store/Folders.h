@@ -17,7 +17,9 @@
 namespace qorvane {
 
 /// A folder option: a text, an absolute path.
-struct FolderForm : TextForm {};
+struct FolderForm : TextForm {
+  static constexpr std::string_view kStored = "a text, an absolute path";
+};
 
 /// The tax year and the year before it, in digits.
 Text thisYear();

@@ -113,6 +113,7 @@ Value noFallback() { return nullptr; }
 template <class T>
 struct NoForm {
   using Type = T;
+  static constexpr std::string_view kStored = "";
 };
 
 #define KEY_OF(entry)                           \
@@ -121,10 +122,10 @@ struct NoForm {
     return keyNow(key).text();                  \
   }
 #define FALLBACK_OF(Form, fallback) [] { return boxed(defaultOf<Form>(fallback)); }
-#define ROW(getter, setterName, Form, formName, readKind, writeKind, key, fallback, write)                   \
-  OptionRow{#getter,        setterName,    typeOfForm<Form>(), formName, readKind, writeKind,                \
-            isSecret<Form>, choices<Form>, isLabel<Form>(),    key,      fallback, readBy<&Options::getter>, \
-            write},
+#define ROW(getter, setterName, Form, formName, readKind, writeKind, key, fallback, write)      \
+  OptionRow{#getter,   setterName,    typeOfForm<Form>(),       formName,      readKind,        \
+            writeKind, Form::kStored, isSecret<Form>,           choices<Form>, isLabel<Form>(), \
+            key,       fallback,      readBy<&Options::getter>, write},
 #define OPTION(getter, setter, entry, Form, fallback, Read, Write)                             \
   ROW(getter, #setter, Form, #Form, #Read, #Write, KEY_OF(entry), FALLBACK_OF(Form, fallback), \
       (writeBy<Form, &Options::setter>))

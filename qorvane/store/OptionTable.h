@@ -30,6 +30,8 @@ struct OptionRow {
   std::string_view form;
   std::string_view readKind;
   std::string_view writeKind;
+  /// What the entry is, in words: "the text YES or NO". Empty for an answer without an entry.
+  std::string_view stored;
   /// Not to be shown unasked.
   bool secret;
   /// The list that a text option takes its values from; null for any other option. The store itself takes

@@ -3,11 +3,12 @@
 //
 // A form is a type with `Type` (the value in the program), `Argument` (how a setter takes it), `decode` (from
 // an entry of whatever kind: an entry written by another program converts as the desktop's text and number
-// classes convert, and never fails) and `encode`.
+// classes convert, and never fails), `encode`, and `kStored`, which says for people what the entry is.
 #pragma once
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 
 #include "qorvane/foundation/Value.h"
 #include "qorvane/jurisdictions/ChoiceLists.h"
@@ -18,6 +19,7 @@ namespace qorvane {
 
 /// A text kept as it is. A number reads as its decimal text, any other kind as nil.
 struct TextForm {
+  static constexpr std::string_view kStored = "a text";
   using Type = Text;
   using Argument = const Text&;
   static Text decode(const Value& entry) { return entry.textValue(); }
@@ -38,6 +40,7 @@ const ChoiceList& choicesOf() {
 /// A choice of a list, as its neutral value in the program and in the entry. Any other text is kept, too.
 template <class List>
 struct ChoiceForm : TextForm {
+  static constexpr std::string_view kStored = "a text, the neutral value of a choice";
   using Choices = List;
   static constexpr bool kIsLabel = false;
 };
@@ -46,6 +49,7 @@ struct ChoiceForm : TextForm {
 /// set. Any other text is kept, too.
 template <class List>
 struct LabelForm : TextForm {
+  static constexpr std::string_view kStored = "a text, the label of a choice";
   using Choices = List;
   static constexpr bool kIsLabel = true;
 };
@@ -54,6 +58,7 @@ struct LabelForm : TextForm {
 /// entry. An empty label is kept as the empty text, any other unknown one as the list's neutral value for it.
 template <class List>
 struct TranslatedForm {
+  static constexpr std::string_view kStored = "a text, the neutral value of a choice";
   using Choices = List;
   static constexpr bool kIsLabel = true;
 
@@ -84,11 +89,16 @@ inline constexpr Text kNo = "NO";
 inline constexpr Text kOne = "1";
 inline constexpr Text kZero = "0";
 
-using YesNoForm = FlagForm<kYes, kNo>;
-using OneZeroForm = FlagForm<kOne, kZero>;
+struct YesNoForm : FlagForm<kYes, kNo> {
+  static constexpr std::string_view kStored = "the text YES or NO";
+};
+struct OneZeroForm : FlagForm<kOne, kZero> {
+  static constexpr std::string_view kStored = "the text 1 or 0";
+};
 
 /// A flag kept as the number 1 or 0, true when the entry's integer value, a text's too, is exactly 1.
 struct IntegerFlagForm {
+  static constexpr std::string_view kStored = "the number 1 or 0";
   using Type = bool;
   using Argument = bool;
   static bool decode(const Value& entry) { return entry.intValue() == 1; }
@@ -97,6 +107,7 @@ struct IntegerFlagForm {
 
 /// A flag kept as a boolean number, true for whatever reads as a truth.
 struct BooleanNumberForm {
+  static constexpr std::string_view kStored = "a boolean";
   using Type = bool;
   using Argument = bool;
   static bool decode(const Value& entry) { return entry.boolValue(); }
@@ -105,6 +116,7 @@ struct BooleanNumberForm {
 
 /// A 32-bit integer kept as its decimal text. A text without leading digits reads as 0.
 struct IntegerForm {
+  static constexpr std::string_view kStored = "a text, a decimal integer";
   using Type = int;
   using Argument = int;
   static int decode(const Value& entry) { return entry.intValue(); }
@@ -114,6 +126,7 @@ struct IntegerForm {
 /// A date kept as a number, whose quantity is the caller's choice; a cleared date is the empty text. The
 /// entry is answered as it stands.
 struct DateForm {
+  static constexpr std::string_view kStored = "a number, or the empty text once cleared";
   using Type = Value;
   using Argument = const Value&;
   static Value decode(const Value& entry) { return entry; }
@@ -123,6 +136,7 @@ struct DateForm {
 /// A font, kept as two entries, which its own accessors read and write: its PostScript name, and its size in
 /// points with six decimals.
 struct FontForm {
+  static constexpr std::string_view kStored = "two texts, the name and the size in points with six decimals";
   using Type = std::optional<FontDescriptor>;
   using Argument = const Type&;
 };
@@ -130,6 +144,7 @@ struct FontForm {
 /// A colour, kept as its archive. What is no archive is handed to the unarchiver as it is, which throws
 /// Exception.
 struct ColorForm {
+  static constexpr std::string_view kStored = "bytes, a colour archive";
   using Type = Color;
   using Argument = const std::optional<Color>&;
   static Color decode(const Value& entry) {

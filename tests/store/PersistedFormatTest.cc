@@ -1,0 +1,68 @@
+// The table of keys, forms and defaults in docs/persisted-format.md is that of the option table. With
+// OPTIONSMGR_UPDATE_DOCS set, the test writes it anew instead.
+#include <cstdlib>
+#include <sstream>
+
+#include "qorvane/platform/ColorArchive.h"
+#include "qorvane/store/NSColorHexadecimalValue.h"
+#include "qorvane/store/OptionTable.h"
+#include "tests/store/StoreTest.h"
+
+namespace qorvane {
+namespace {
+
+using PersistedFormatTest = testing_support::StoreTest;
+
+constexpr std::string_view kBegin = "<!-- the option table -->\n";
+constexpr std::string_view kEnd = "<!-- end of the option table -->\n";
+
+std::string defaultOf(const OptionRow& row) {
+  if (row.type == OptionType::Folder) return "see Folders";
+  const Value value = row.fallback();
+  if (value.isNil()) return "none";
+  if (row.type == OptionType::Flag) return value.boolValue() ? "true" : "false";
+  if (const Data* archive = value.asData())
+    return NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(unarchiveColor(*archive)).string();
+  std::string text = "\"" + value.textValue().string() + "\"";
+  if (row.type == OptionType::Integer || row.type == OptionType::Date) text = value.textValue().string();
+  return text;
+}
+
+std::string keyIn(const OptionRow& row, bool corporate) {
+  QVSettings::setProduct({.corporate = corporate, .taxYear = 2020});
+  return row.key().string();
+}
+
+std::string table() {
+  std::ostringstream out;
+  out << "| option | key | stored as | default | default stored by the first read |\n|---|---|---|---|---|\n";
+  for (const OptionRow& row : optionTable()) {
+    const std::string personal = keyIn(row, false);
+    if (personal.empty()) continue;
+    const std::string corporate = keyIn(row, true);
+    QVSettings::setProduct({.taxYear = 2020});
+    out << "| `" << row.name << "` | `" << personal << "`";
+    if (corporate != personal) out << ", in the corporate product `" << corporate << "`";
+    out << " | " << row.stored << " | " << defaultOf(row) << " | "
+        << (row.readKind.starts_with("Storing") ? "yes" : "no") << " |\n";
+  }
+  return out.str();
+}
+
+TEST_F(PersistedFormatTest, TheDocumentIsFresh) {
+  const std::string path = std::string(TEST_DATA_DIR) + "/../docs/persisted-format.md";
+  std::string document = testing_support::readFile(path);
+  const std::size_t begin = document.find(kBegin) + kBegin.size();
+  const std::size_t end = document.find(kEnd);
+  ASSERT_LE(begin, end);
+  if (std::getenv("OPTIONSMGR_UPDATE_DOCS")) {
+    document.replace(begin, end - begin, table());
+    testing_support::writeFile(path, document);
+    return;
+  }
+  EXPECT_EQ(document.substr(begin, end - begin), table())
+      << "run this test once with OPTIONSMGR_UPDATE_DOCS=1 and commit docs/persisted-format.md";
+}
+
+}  // namespace
+}  // namespace qorvane
