@@ -4,13 +4,16 @@
 #include <limits.h>
 
 #include <cerrno>
-#include <cstring>
 #include <ctime>
+#include <initializer_list>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "qorvane/platform/BaseDirectories.h"
+#include "qorvane/platform/FolderLock.h"
 #include "qorvane/platform/Log.h"
+#include "qorvane/platform/OpenFile.h"
 #include "qorvane/platform/PropertyList.h"
 #include "qorvane/platform/Seal.h"
 
@@ -18,51 +21,31 @@ namespace qorvane {
 
 namespace {
 
-constexpr mode_t kPrivateFile = 0600;
 constexpr mode_t kPrivateFolder = 0700;
-constexpr int kLockPollMilliseconds = 10;
 // Settings are some kilobytes; a file beyond this is somebody's accident, not settings.
 constexpr std::size_t kLargestFile = std::size_t{512} << 20;
 
-// An open file that closes itself.
-class File {
- public:
-  File(SystemCalls& calls, const std::string& path, int flags, mode_t mode = 0) : calls_(calls) {
-    do descriptor_ = calls.open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
-    while (descriptor_ < 0 && errno == EINTR);
-  }
-  ~File() {
-    const int error = errno;
-    close();
-    errno = error;
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-
-  explicit operator bool() const { return descriptor_ >= 0; }
-  int descriptor() const { return descriptor_; }
-  int release() { return std::exchange(descriptor_, -1); }
-  bool close() { return descriptor_ < 0 || calls_.close(release()) == 0 || errno == EINTR; }
-  bool sync() {
-    int result;
-    do result = calls_.fsync(descriptor_);
-    while (result != 0 && errno == EINTR);
-    return result == 0;
-  }
-
- private:
-  SystemCalls& calls_;
-  int descriptor_;
-};
-
 std::string folderOf(const std::string& path) { return path.substr(0, path.find_last_of('/')); }
 
-std::string utcTime() {
-  const std::time_t now = std::time(nullptr);
+std::string utcText(std::time_t time) {
   std::tm utc{};
-  gmtime_r(&now, &utc);
+  gmtime_r(&time, &utc);
   char text[32];
   return {text, std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &utc)};
+}
+
+// Whether the file itself is what cannot be read, rather than this process that cannot read just now.
+bool isTroubleOfTheFile(int error) {
+  return error == EIO || error == EACCES || error == EPERM || error == EINVAL || error == EFBIG;
+}
+
+// A line that there is no memory for is lost, as one that the system does not take. By then the files are
+// what the line would tell, and nothing may pretend otherwise.
+void logLine(std::initializer_list<std::string_view> parts) noexcept try {
+  std::string line;
+  for (const std::string_view part : parts) line += part;
+  log(Text(line));
+} catch (const std::bad_alloc&) {
 }
 
 }  // namespace
@@ -70,6 +53,8 @@ std::string utcTime() {
 // What stands at a path: the inspection, and the top-level dictionary of a good file.
 struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
   Value top;
+  /// A damaged file that could not even be read.
+  bool unreadable = false;
 
   bool isGood() const { return state == State::Good; }
   const Value& object(const Text& key) const { return *top.asDictionary()->find(key.view()); }
@@ -80,12 +65,15 @@ class FileUserDefaults::StagedFile {
  public:
   StagedFile(FileUserDefaults& store, const std::string& target, std::string_view bytes)
       : store_(store), target_(target), path_(target + ".new") {
-    // Only the holder of the lock stages files, so one found here was left by a process that died.
-    store_.calls_.unlink(path_.c_str());
-    File file(store_.calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
-    if (!file) store_.fail("cannot create " + path_, errno);
+    OpenFile file(store_.calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
+    if (!file) FileException::raise("cannot create " + path_, errno);
     try {
-      write(file, bytes);
+      // A umask may have taken the owner's own rights.
+      if (store_.calls_.fchmod(file.descriptor(), kPrivateFile) != 0)
+        FileException::raise("cannot make " + path_ + " private", errno);
+      if (!file.write(bytes)) FileException::raise("cannot write " + path_, errno);
+      if (!file.sync()) FileException::raise("cannot sync " + path_ + " to the disk", errno);
+      if (!file.close()) FileException::raise("cannot close " + path_, errno);
     } catch (...) {
       discard();
       throw;
@@ -100,31 +88,12 @@ class FileUserDefaults::StagedFile {
   /// Puts the file in its target's place; not yet synced to the folder.
   void publish() {
     if (store_.calls_.rename(path_.c_str(), target_.c_str()) != 0)
-      store_.fail("cannot put " + path_ + " in the place of " + target_, errno);
+      FileException::raise("cannot put " + path_ + " in the place of " + target_, errno);
     published_ = true;
   }
 
  private:
-  void write(File& file, std::string_view bytes) {
-    // A umask may have taken the owner's own rights.
-    if (store_.calls_.fchmod(file.descriptor(), kPrivateFile) != 0)
-      store_.fail("cannot make " + path_ + " private", errno);
-    for (std::size_t written = 0; written < bytes.size();) {
-      const ssize_t count =
-          store_.calls_.write(file.descriptor(), bytes.data() + written, bytes.size() - written);
-      if (count > 0)
-        written += static_cast<std::size_t>(count);
-      else if (count == 0 || errno != EINTR)
-        store_.fail("cannot write " + path_, count == 0 ? ENOSPC : errno);
-    }
-    if (!file.sync()) store_.fail("cannot sync " + path_ + " to the disk", errno);
-    if (!file.close()) store_.fail("cannot close " + path_, errno);
-  }
-  void discard() noexcept {
-    const int error = errno;
-    store_.calls_.unlink(path_.c_str());
-    errno = error;
-  }
+  void discard() noexcept { store_.calls_.unlink(path_.c_str()); }
 
   FileUserDefaults& store_;
   std::string target_;
@@ -134,6 +103,7 @@ class FileUserDefaults::StagedFile {
 
 FileUserDefaults::FileUserDefaults(std::string folder, SystemCalls& calls)
     : folder_(std::move(folder)), calls_(calls) {}
+FileUserDefaults::~FileUserDefaults() = default;
 
 std::string FileUserDefaults::defaultFolder() {
   const Text config = configDirectory();
@@ -152,34 +122,41 @@ std::string FileUserDefaults::pathForKey(const Text& key) const {
 
 // ---- reading --------------------------------------------------------------------------------------
 
-void FileUserDefaults::fail(const std::string& what, int systemError) const {
-  throw FileException(what + ": " + std::strerror(systemError), systemError);
+// False when there is no folder.
+bool FileUserDefaults::checkFolder(Use use) const {
+  struct stat status;
+  if (calls_.stat(folder_.c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    FileException::raise("cannot examine the folder " + folder_, errno);
+  }
+  const uid_t me = calls_.geteuid();
+  // Root looks after the settings of others, but files that it made for them they could not read.
+  if (use == Use::Reading && me == 0) return true;
+  if (status.st_uid != me && !(use == Use::Reading && status.st_uid == 0))
+    FileException::raise(
+        "the folder " + folder_ + " belongs to another user (number " + std::to_string(status.st_uid) + ")",
+        EACCES);
+  if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+    FileException::raise("other users may change the folder " + folder_ + "; `chmod go-w` forbids it to them",
+                         EACCES);
+  return true;
 }
 
 std::optional<std::string> FileUserDefaults::readFile(const std::string& path) const {
   // Without O_NONBLOCK a named pipe in the file's place would hold the caller up for ever.
-  File file(calls_, path, O_RDONLY | O_NONBLOCK);
+  OpenFile file(calls_, path, O_RDONLY | O_NONBLOCK);
   if (!file) {
     if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
-    fail("cannot open " + path, errno);
+    FileException::raise("cannot open " + path, errno);
   }
   struct stat status;
-  if (calls_.fstat(file.descriptor(), &status) != 0) fail("cannot examine " + path, errno);
+  if (calls_.fstat(file.descriptor(), &status) != 0) FileException::raise("cannot examine " + path, errno);
   if (!S_ISREG(status.st_mode)) throw FileException(path + " is no file of settings", EINVAL);
   if (static_cast<std::uint64_t>(status.st_size) > kLargestFile)
     throw FileException(path + " is too large for a file of settings", EFBIG);
-  std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-  std::size_t have = 0;
-  while (have < bytes.size()) {
-    const ssize_t got = calls_.read(file.descriptor(), bytes.data() + have, bytes.size() - have);
-    if (got > 0)
-      have += static_cast<std::size_t>(got);
-    else if (got == 0)
-      break;
-    else if (errno != EINTR)
-      fail("cannot read " + path, errno);
-  }
-  bytes.resize(have);
+  std::string bytes;
+  if (!file.read(bytes, static_cast<std::size_t>(status.st_size)))
+    FileException::raise("cannot read " + path, errno);
   return bytes;
 }
 
@@ -209,47 +186,62 @@ FileUserDefaults::Contents FileUserDefaults::examine(const std::string& path, co
 }
 
 FileUserDefaults::Inspection FileUserDefaults::inspect(const Text& key) const {
-  return examine(pathForKey(key), key);
+  const std::string path = pathForKey(key);
+  return checkFolder(Use::Reading) ? examine(path, key) : Inspection();
 }
 
 FileUserDefaults::Inspection FileUserDefaults::inspectBackup(const Text& key) const {
-  return examine(backupPathForKey(key), key);
+  const std::string backup = backupPathForKey(key);
+  return checkFolder(Use::Reading) ? examine(backup, key) : Inspection();
 }
 
-Value FileUserDefaults::objectForKey(const Text& key) {
+Value FileUserDefaults::objectForKey(const Text& key) try {
   if (const auto set = pending_.find(key.view()); set != pending_.end()) return set->second;
-  const Contents contents = examine(pathForKey(key), key);
-  if (contents.state == Inspection::State::Damaged) return recover(key, contents.damage.string());
-  return contents.isGood() ? contents.object(key) : Value();
+  const std::string path = pathForKey(key);
+  const auto unread = unread_.insert(key.string()).first;
+  Contents contents;
+  if (checkFolder(Use::Reading)) contents = examine(path, key);
+  Value object = contents.state == Inspection::State::Damaged ? recover(key, contents.damage.string())
+                 : contents.isGood()                          ? contents.object(key)
+                                                              : Value();
+  unread_.erase(unread);
+  return object;
+} catch (const FileException& error) {
+  logLine({"the settings \"", key.view(), "\" could not be loaded: ", error.what()});
+  throw;
 }
 
 Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
   const std::string path = pathForKey(key);
   const std::string backup = backupPathForKey(key);
   Contents good;
-  std::string story = path + " is damaged (" + damage + "); ";
   try {
     good = examine(backup, key);
+  } catch (const FileException& error) {
+    // It may well be good: starting afresh would push it out in the end.
+    throw FileException(path + " is damaged (" + damage + "), and its last good copy: " + error.what(),
+                        error.systemError());
+  }
+  std::string bytes;
+  if (good.isGood()) bytes = sealedPropertyList(good.top, good.generation + 1);
+  std::string aside;
+  std::string trouble;
+  try {
     const Lock lock(*this);
     // Another process may have mended or replaced the file meanwhile.
     const Contents now = examine(path, key);
     if (now.state != Inspection::State::Damaged) return now.isGood() ? now.object(key) : Value();
-    const std::string file = resolved(path);
-    story += "it was kept as " + setAside(path, "damaged");
-    if (good.isGood()) {
-      // The copy takes the file's place at once, so that the settings do not hang on a later save.
-      StagedFile copy(*this, file, sealedPropertyList(good.top, good.generation + 1));
-      copy.publish();
-    } else {
-      removeFile(file);
-    }
-    syncFolderOf(file);
+    if (good.state == Inspection::State::Damaged) setAside(backup, "damaged");
+    // The copy takes the file's place at once, so that the settings do not hang on a later save.
+    aside = replace(path, now, good.isGood() ? &bytes : nullptr);
   } catch (const FileException& error) {
     // In a folder that is read-only, for instance: the bytes stay where they are.
-    story += std::string("it stays where it is, for the store ") + error.what();
+    trouble = error.what();
   }
-  log(Text(story + (good.isGood() ? "; the last good copy, " + backup + ", was loaded"
-                                  : "; there is no good copy, so its settings start afresh")));
+  logLine({path, " is damaged (", damage, "); ",
+           trouble.empty() ? "it was kept as " : "it stays where it is: ", trouble.empty() ? aside : trouble,
+           good.isGood() ? "; the last good copy, " : "; there is no good copy, so its settings start afresh",
+           good.isGood() ? backup : "", good.isGood() ? ", was loaded" : ""});
   return good.isGood() ? good.object(key) : Value();
 }
 
@@ -257,97 +249,136 @@ Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
 
 void FileUserDefaults::setObject(const Value& value, const Text& key) {
   requirePropertyList(value, key);
+  if (value.isNil() && unread_.contains(key.view()))
+    throw Exception("the settings \"" + key.string() + "\" could not be read, so they are not removed");
   pending_.insert_or_assign(key.string(), value);
 }
 
 bool FileUserDefaults::synchronize() {
   lastFailure_.reset();
   for (auto next = pending_.begin(); next != pending_.end();) {
+    const std::string& key = next->first;
     try {
-      save(next->first, next->second);
+      save(Text(key), next->second);
       next = pending_.erase(next);
+      continue;
     } catch (const FileException& error) {
-      lastFailure_ = StoreFailure{Text(std::string(error.what())), error.systemError()};
-      ++next;
+      noteFailure(key, error.what(), error.systemError());
     } catch (const Exception& error) {
-      lastFailure_ = StoreFailure{Text(std::string(error.what())), 0};
-      ++next;
+      noteFailure(key, error.what(), 0);
     } catch (const std::bad_alloc&) {
-      lastFailure_ = StoreFailure{"there is not enough memory to save the settings", ENOMEM};
-      ++next;
+      noteFailure(key, "there is not enough memory", ENOMEM);
     }
+    ++next;
   }
+  if (lastFailure_) logLine({"the settings were not saved: ", lastFailure_->reason});
   return !lastFailure_;
+}
+
+void FileUserDefaults::noteFailure(const std::string& key, const char* reason, int systemError) noexcept try {
+  const std::string path = folder_ + "/" + key + ".plist";
+  lastFailure_ = StoreFailure{Text("cannot save " + path + ": " + reason), systemError};
+} catch (const std::bad_alloc&) {
+  lastFailure_ = StoreFailure{"there is not enough memory to save the settings", ENOMEM};
 }
 
 void FileUserDefaults::save(const Text& key, const Value& value) {
   const Lock lock(*this);
   const std::string path = pathForKey(key);
-  const std::string backup = backupPathForKey(key);
-  const std::string file = resolved(path);
-
-  // What is there now becomes the last good copy if it is good. If it is not, it must neither be lost nor
-  // push the last good copy out.
   Contents old;
   try {
-    old = examine(file, key);
-    if (old.state == Inspection::State::Damaged)
-      log(path + " is damaged (" + old.damage.string() + "); it was kept as " + setAside(path, "damaged") +
-          " before the settings were saved");
+    old = examine(path, key);
   } catch (const FileException& error) {
-    log(path + " could not be read (" + error.what() + "); it was kept as " + setAside(path, "unreadable") +
-        " before the settings were saved");
+    struct stat status;
+    if (value.isNil() || !isTroubleOfTheFile(error.systemError()) || calls_.lstat(path.c_str(), &status) != 0)
+      throw;
     old.state = Inspection::State::Damaged;
+    old.unreadable = true;
+    old.damage = Text(std::string(error.what()));
   }
-
-  const bool wasGood = old.isGood();
-  std::optional<StagedFile> replacement;
+  std::string bytes;
   if (!value.isNil()) {
     Dictionary top;
-    if (wasGood) top = *old.top.asDictionary();
+    if (old.isGood()) top = *old.top.asDictionary();
     top.set(key, value);
-    replacement.emplace(*this, file, sealedPropertyList(std::move(top), old.generation + 1));
+    bytes = sealedPropertyList(std::move(top), old.generation + 1);
   }
-  if (wasGood) keepAsBackup(file, backup);
-  if (replacement)
-    replacement->publish();
-  else if (old.state != Inspection::State::Missing)
-    removeFile(file);
+  const std::string aside = replace(path, old, value.isNil() ? nullptr : &bytes);
+  if (!aside.empty())
+    logLine({path, old.unreadable ? " could not be read (" : " is damaged (", old.damage,
+             "); it was kept as ", aside, " before the settings were saved"});
+}
+
+// Puts the bytes, or nothing, in the place of the file as it was found under the lock. What was there becomes
+// the last good copy; if it is not good, it must neither be lost nor push the last good copy out, and is set
+// aside under the name that is answered. A failure leaves everything as it was.
+std::string FileUserDefaults::replace(const std::string& path, const Contents& old,
+                                      const std::string* bytes) {
+  const std::string file = targetOf(path);
+  const std::string backup = path + ".bak";
+  const std::string staging = file + ".new";
+  // Opened now: once the new file is in its place, nothing but the sync itself may fail.
+  OpenFile folder(calls_, folderOf(file), O_RDONLY | O_DIRECTORY);
+  if (!folder) FileException::raise("cannot open the folder " + folderOf(file), errno);
+  // Only the holder of the lock stages files, so one found here was left by a process that died.
+  calls_.unlink(staging.c_str());
+  std::optional<StagedFile> replacement;
+  if (bytes) replacement.emplace(*this, file, *bytes);
+
+  std::string aside;
+  if (old.isGood())
+    keepAsBackup(file, backup);
+  else if (old.state == Inspection::State::Damaged)
+    aside = setAside(file, old.unreadable ? "unreadable" : "damaged");
+  lock_->requireHeld();
   try {
-    syncFolderOf(file);
-    if (folderOf(file) != folder_) syncFolderOf(path);
-  } catch (const FileException&) {
+    // A power cut may keep any of the changes of names since the last sync and drop the others.
+    if (!aside.empty() && !folder.syncFolder())
+      FileException::raise("cannot sync the folder of " + file + " to the disk", errno);
+    if (replacement)
+      replacement->publish();
+    else if (calls_.unlink(file.c_str()) != 0 && errno != ENOENT)
+      FileException::raise("cannot remove " + file, errno);
+    if (!folder.syncFolder())
+      FileException::raise("cannot sync the folder of " + file + " to the disk", errno);
+  } catch (...) {
     // Nobody can say what the disk holds now; the caller is told that the save failed, so what it sees must
     // be the old file again.
-    if (wasGood)
-      putBack(backup, file);
-    else if (replacement)
+    if (old.isGood())
+      putBack(backup, file, staging);
+    else if (aside.empty())
       calls_.unlink(file.c_str());
+    else if (calls_.rename(aside.c_str(), file.c_str()) == 0)
+      calls_.unlink(aside.c_str());  // Renaming one name of a file to another of its names leaves both.
     throw;
   }
+  return aside;
 }
 
 void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& backup) {
   const std::string link = backup + ".new";
   calls_.unlink(link.c_str());
   if (calls_.link(file.c_str(), link.c_str()) == 0) {
-    if (calls_.rename(link.c_str(), backup.c_str()) != 0) {
-      const int error = errno;
-      calls_.unlink(link.c_str());
-      fail("cannot keep the last good copy as " + backup, error);
-    }
-    // Renaming one name of a file to another of its names leaves both.
-    calls_.unlink(link.c_str());
+    const bool kept = calls_.rename(link.c_str(), backup.c_str()) == 0;
+    const int error = errno;
+    calls_.unlink(link.c_str());  // Still there when the copy was another name of the file already.
+    if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
     return;
   }
   // A file system without hard links, or a target on another one: a copy does as well.
   const std::optional<std::string> bytes = readFile(file);
-  if (!bytes) return;
+  if (!bytes) FileException::raise("cannot read " + file, ENOENT);
   StagedFile copy(*this, backup, *bytes);
   copy.publish();
 }
 
-void FileUserDefaults::putBack(const std::string& backup, const std::string& file) noexcept {
+void FileUserDefaults::putBack(const std::string& backup, const std::string& file,
+                               const std::string& staging) noexcept {
+  calls_.unlink(staging.c_str());
+  const bool back =
+      calls_.link(backup.c_str(), staging.c_str()) == 0 && calls_.rename(staging.c_str(), file.c_str()) == 0;
+  calls_.unlink(staging.c_str());
+  if (back) return;
   try {
     if (const std::optional<std::string> bytes = readFile(backup)) {
       StagedFile old(*this, file, *bytes);
@@ -358,86 +389,79 @@ void FileUserDefaults::putBack(const std::string& backup, const std::string& fil
   }
 }
 
-std::string FileUserDefaults::setAside(const std::string& path, const char* why) {
-  const std::string file = resolved(path);
-  const std::string wanted = path + "." + why + "-" + utcTime();
+std::string FileUserDefaults::setAside(const std::string& file, const char* why) {
+  const std::string wanted = file + "." + why + "-" + utcText(calls_.time());
   for (int copy = 1;; ++copy) {
-    const std::string aside = copy == 1 ? wanted : wanted + "-" + std::to_string(copy);
+    std::string aside = copy == 1 ? wanted : wanted + "-" + std::to_string(copy);
     if (calls_.link(file.c_str(), aside.c_str()) == 0) return aside;
     if (errno == EEXIST) continue;
     // Some file systems have no hard links, and some files of others may not be linked to: moving it does
-    // as well, for something else takes its place next.
+    // as well, for something else takes its place next. But never over another one.
     struct stat status;
     if (calls_.lstat(aside.c_str(), &status) == 0) continue;
-    if (calls_.rename(file.c_str(), aside.c_str()) == 0) return aside;
-    fail("cannot set " + path + " aside as " + aside, errno);
+    if (errno == ENOENT && calls_.rename(file.c_str(), aside.c_str()) == 0) return aside;
+    FileException::raise("cannot set " + file + " aside as " + aside, errno);
   }
 }
 
-void FileUserDefaults::removeFile(const std::string& file) {
-  if (calls_.unlink(file.c_str()) != 0 && errno != ENOENT) fail("cannot remove " + file, errno);
-}
-
-void FileUserDefaults::syncFolderOf(const std::string& file) {
-  const std::string folder = folderOf(file);
-  File opened(calls_, folder, O_RDONLY | O_DIRECTORY);
-  if (!opened || !opened.sync()) fail("cannot sync the folder " + folder + " to the disk", errno);
-}
-
-std::string FileUserDefaults::resolved(std::string path) const {
+// The path, or where it points if it is a symbolic link.
+std::string FileUserDefaults::targetOf(const std::string& path) const {
   constexpr int kMostLinks = 40;  // As many as the kernel follows.
+  std::string target = path;
   for (int followed = 0; followed < kMostLinks; ++followed) {
-    char target[PATH_MAX];
-    const ssize_t length = calls_.readlink(path.c_str(), target, sizeof target);
-    if (length < 0) return path;  // No link, or nothing there.
-    const std::string next(target, static_cast<std::size_t>(length));
-    path = next.starts_with('/') ? next : folderOf(path) + "/" + next;
+    char next[PATH_MAX];
+    const ssize_t length = calls_.readlink(target.c_str(), next, sizeof next);
+    if (length >= 0) {
+      const std::string_view name(next, static_cast<std::size_t>(length));
+      target = name.starts_with('/') ? std::string(name) : folderOf(target) + "/" + std::string(name);
+      continue;
+    }
+    if (errno != EINVAL && errno != ENOENT) FileException::raise("cannot follow " + target, errno);
+    struct stat status;
+    if (target != path && calls_.lstat(target.c_str(), &status) == 0 && status.st_uid != calls_.geteuid())
+      FileException::raise(path + " points to " + target + ", which belongs to another user (number " +
+                               std::to_string(status.st_uid) + ")",
+                           EACCES);
+    return target;
   }
-  fail("cannot follow " + path, ELOOP);
+  FileException::raise("cannot follow " + path, ELOOP);
 }
 
 // ---- the folder and its lock ------------------------------------------------------------------------
 
 void FileUserDefaults::makeFolder(const std::string& folder) {
-  if (folder.empty() || calls_.mkdir(folder.c_str(), kPrivateFolder) == 0 || errno == EEXIST) return;
-  if (errno != ENOENT) fail("cannot create the folder " + folder, errno);
-  makeFolder(folderOf(folder));
-  if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0 && errno != EEXIST)
-    fail("cannot create the folder " + folder, errno);
-}
-
-FileUserDefaults::Lock::Lock(FileUserDefaults& store) : store_(store) { store_.takeLock(); }
-FileUserDefaults::Lock::~Lock() { store_.dropLock(); }
-
-void FileUserDefaults::takeLock() {
-  if (lockDepth_ == 0) {
-    if (folder_.empty()) static_cast<void>(pathForKey("Settings"));  // Throws, and says what is missing.
-    const std::string path = folder_ + "/.lock";
-    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW;
-    std::optional<File> file(std::in_place, calls_, path, kFlags, kPrivateFile);
-    if (!*file && errno == ENOENT) {
-      makeFolder(folder_);
-      file.emplace(calls_, path, kFlags, kPrivateFile);
-    }
-    if (!*file) fail("cannot open " + path, errno);
-    int waited = 0;
-    while (calls_.tryLock(file->descriptor()) != 0) {
-      if (errno == EINTR) continue;
-      if (errno != EAGAIN) fail("cannot lock " + path, errno);
-      if (waited >= lockWait_)
-        throw FileException("another program is saving settings: " + path + " was still locked after " +
-                                std::to_string(lockWait_) + " ms",
-                            EAGAIN);
-      calls_.sleepMilliseconds(kLockPollMilliseconds);
-      waited += kLockPollMilliseconds;
-    }
-    lockFile_ = file->release();
+  if (folder.empty()) return;
+  if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0) {
+    if (errno == EEXIST) return;
+    if (errno != ENOENT) FileException::raise("cannot create the folder " + folder, errno);
+    makeFolder(folderOf(folder));
+    if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0 && errno != EEXIST)
+      FileException::raise("cannot create the folder " + folder, errno);
   }
-  ++lockDepth_;
+  // A umask may have taken the owner's own rights; and a folder that a power cut takes away takes with it
+  // what was saved in it.
+  OpenFile parent(calls_, folderOf(folder) + "/", O_RDONLY | O_DIRECTORY);
+  if (calls_.chmod(folder.c_str(), kPrivateFolder) != 0 || !parent || !parent.syncFolder()) {
+    const int error = errno;
+    calls_.rmdir(folder.c_str());
+    FileException::raise("cannot create the folder " + folder, error);
+  }
 }
 
-void FileUserDefaults::dropLock() noexcept {
-  if (--lockDepth_ == 0) calls_.close(std::exchange(lockFile_, -1));
+FileUserDefaults::Lock::Lock(FileUserDefaults& store) : store_(store) {
+  if (store.lockDepth_ == 0) {
+    if (store.folder_.empty()) static_cast<void>(store.pathForKey("Settings"));  // Throws: what is missing.
+    if (!store.checkFolder(Use::Saving)) {
+      store.makeFolder(store.folder_);
+      store.checkFolder(Use::Saving);
+    }
+    store.lock_ = std::make_unique<FolderLock>(store.calls_, store.folder_, store.lockWait_);
+  }
+  ++store.lockDepth_;
+}
+
+FileUserDefaults::Lock::~Lock() {
+  if (--store_.lockDepth_ == 0) store_.lock_.reset();
 }
 
 }  // namespace qorvane

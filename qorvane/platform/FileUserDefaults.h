@@ -4,43 +4,44 @@
 //   <folder>/<key>.plist.bak    what the file held before the last save: the last good copy
 //   <folder>/<key>.plist.damaged-<UTC time>      a damaged file, set aside with its exact bytes
 //   <folder>/<key>.plist.unreadable-<UTC time>   a file that could not be read when a save replaced it
-//   <folder>/.lock              locked by whoever saves; always empty
+//   <folder>/.lock              locked by whoever saves (FolderLock)
 //
 // A save writes a new file, syncs it, keeps the old one as the last good copy, puts the new one in its place
 // and syncs the folder, under the lock. So a crash at any point leaves the whole old or the whole new file;
-// once `synchronize` has answered true, the new one. A read takes no lock.
+// once `synchronize` has answered true, the new one. A read takes no lock. docs/reliability.md tells what is
+// promised, what is not, and which test proves it.
 //
 // Files written by other programs, binary or XML, are read too; other entries beside <key> at their top level
-// are kept when we save. The file may be a symbolic link: its target is replaced, not the link.
+// are kept when we save. The file may be a symbolic link: its target is replaced, not the link, and a damaged
+// target is set aside beside the target. A target that belongs to another user is read, never replaced.
+//
+// Files are for their owner alone from the moment they exist, and so are folders that we make. The folder
+// must be ours to save in it and ours or root's to read from it (root reads any), and nobody else may be able
+// to change what stands in it.
 #pragma once
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
 #include "qorvane/foundation/Dictionary.h"
-#include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/FileException.h"
 #include "qorvane/platform/SystemCalls.h"
 #include "qorvane/platform/UserDefaults.h"
 
 namespace qorvane {
 
-/// A failure of the operating system, with its errno; EAGAIN when another process holds the lock.
-class FileException : public Exception {
- public:
-  FileException(const std::string& reason, int systemError) : Exception(reason), systemError_(systemError) {}
-  int systemError() const noexcept { return systemError_; }
-
- private:
-  int systemError_;
-};
+class FolderLock;
 
 class FileUserDefaults : public UserDefaults {
  public:
   /// folder: where the files stand, an absolute path; made with mode 0700 when first needed.
   explicit FileUserDefaults(std::string folder = defaultFolder(), SystemCalls& calls = SystemCalls::real());
+  ~FileUserDefaults() override;
 
   /// $XDG_CONFIG_HOME/Qorvane, or $HOME/.config/Qorvane when that is unset or not absolute. Empty without a
   /// home: every operation of the store then throws or fails with that reason.
@@ -82,37 +83,42 @@ class FileUserDefaults : public UserDefaults {
   };
 
   /// Reads the file, unless an object was set and not yet written: then that one. A damaged file is set
-  /// aside, the last good copy put in its place and answered, and one line of the log says so.
+  /// aside, the last good copy put in its place and answered, and one line of the log says so. A file that
+  /// cannot be read throws FileException, and one line of the log says why.
   Value objectForKey(const Text& key) override;
+  /// Besides what every store refuses: nil for a key that could not be read throws Exception, for whoever
+  /// could not load the settings must not remove them.
   void setObject(const Value& value, const Text& key) override;
+  /// When it answers false, one line of the log says why.
   bool synchronize() override;
   std::optional<StoreFailure> lastFailure() const override { return lastFailure_; }
 
  private:
   struct Contents;
   class StagedFile;
+  enum class Use : std::uint8_t { Reading, Saving };
 
-  [[noreturn]] void fail(const std::string& what, int systemError) const;
+  bool checkFolder(Use use) const;
   std::optional<std::string> readFile(const std::string& path) const;
   Contents examine(const std::string& path, const Text& key) const;
   Value recover(const Text& key, const std::string& damage);
   void save(const Text& key, const Value& value);
+  std::string replace(const std::string& path, const Contents& old, const std::string* bytes);
   void keepAsBackup(const std::string& file, const std::string& backup);
-  void putBack(const std::string& backup, const std::string& file) noexcept;
-  std::string setAside(const std::string& path, const char* why);
-  void removeFile(const std::string& file);
+  void putBack(const std::string& backup, const std::string& file, const std::string& staging) noexcept;
+  std::string setAside(const std::string& file, const char* why);
+  void noteFailure(const std::string& key, const char* reason, int systemError) noexcept;
   void makeFolder(const std::string& folder);
-  void syncFolderOf(const std::string& file);
-  std::string resolved(std::string path) const;
-  void takeLock();
-  void dropLock() noexcept;
+  std::string targetOf(const std::string& path) const;
 
   std::string folder_;
   SystemCalls& calls_;
   std::map<std::string, Value, std::less<>> pending_;
+  /// The keys whose last read failed.
+  std::set<std::string, std::less<>> unread_;
   std::optional<StoreFailure> lastFailure_;
   int lockWait_ = 10'000;
-  int lockFile_ = -1;
+  std::unique_ptr<FolderLock> lock_;
   int lockDepth_ = 0;
 };
 

@@ -17,6 +17,7 @@ ssize_t SystemCalls::write(int file, const void* bytes, std::size_t count) {
   return ::write(file, bytes, count);
 }
 int SystemCalls::fstat(int file, struct ::stat* status) { return ::fstat(file, status); }
+int SystemCalls::stat(const char* path, struct ::stat* status) { return ::stat(path, status); }
 int SystemCalls::lstat(const char* path, struct ::stat* status) { return ::lstat(path, status); }
 int SystemCalls::fchmod(int file, mode_t mode) { return ::fchmod(file, mode); }
 int SystemCalls::fsync(int file) { return ::fsync(file); }
@@ -25,13 +26,13 @@ int SystemCalls::rename(const char* from, const char* to) { return ::rename(from
 int SystemCalls::link(const char* from, const char* to) { return ::link(from, to); }
 int SystemCalls::unlink(const char* path) { return ::unlink(path); }
 int SystemCalls::mkdir(const char* path, mode_t mode) { return ::mkdir(path, mode); }
+int SystemCalls::chmod(const char* path, mode_t mode) { return ::chmod(path, mode); }
+int SystemCalls::rmdir(const char* path) { return ::rmdir(path); }
 ssize_t SystemCalls::readlink(const char* path, char* target, std::size_t size) {
   return ::readlink(path, target, size);
 }
 
 int SystemCalls::tryLock(int file) {
-  // A byte-range lock, which file servers honour where they ignore flock(); of the open file rather than of
-  // the process, so that it also excludes another store object in this process and dies with its holder.
   struct ::flock whole = {};
   whole.l_type = F_WRLCK;
   whole.l_whence = SEEK_SET;
@@ -41,6 +42,9 @@ int SystemCalls::tryLock(int file) {
 void SystemCalls::sleepMilliseconds(int count) {
   std::this_thread::sleep_for(std::chrono::milliseconds(count));
 }
+
+std::time_t SystemCalls::time() { return std::time(nullptr); }
+uid_t SystemCalls::geteuid() { return ::geteuid(); }
 
 SystemCalls& SystemCalls::real() {
   static SystemCalls calls;
@@ -67,13 +71,19 @@ ssize_t FaultInjectingSystemCalls::write(int file, const void* bytes, std::size_
 int FaultInjectingSystemCalls::fstat(int file, struct ::stat* status) {
   return fails("fstat") ? -1 : SystemCalls::fstat(file, status);
 }
+int FaultInjectingSystemCalls::stat(const char* path, struct ::stat* status) {
+  return fails("stat") ? -1 : SystemCalls::stat(path, status);
+}
 int FaultInjectingSystemCalls::lstat(const char* path, struct ::stat* status) {
   return fails("lstat") ? -1 : SystemCalls::lstat(path, status);
 }
 int FaultInjectingSystemCalls::fchmod(int file, mode_t mode) {
   return fails("fchmod") ? -1 : SystemCalls::fchmod(file, mode);
 }
-int FaultInjectingSystemCalls::fsync(int file) { return fails("fsync") ? -1 : SystemCalls::fsync(file); }
+int FaultInjectingSystemCalls::fsync(int file) {
+  if (fails("fsync")) return -1;
+  return syncing_ ? SystemCalls::fsync(file) : 0;
+}
 int FaultInjectingSystemCalls::close(int file) {
   // A failing close has closed the file all the same.
   const bool failed = fails("close");
@@ -95,6 +105,12 @@ int FaultInjectingSystemCalls::unlink(const char* path) {
 int FaultInjectingSystemCalls::mkdir(const char* path, mode_t mode) {
   return fails("mkdir") ? -1 : SystemCalls::mkdir(path, mode);
 }
+int FaultInjectingSystemCalls::chmod(const char* path, mode_t mode) {
+  return fails("chmod") ? -1 : SystemCalls::chmod(path, mode);
+}
+int FaultInjectingSystemCalls::rmdir(const char* path) {
+  return fails("rmdir") ? -1 : SystemCalls::rmdir(path);
+}
 ssize_t FaultInjectingSystemCalls::readlink(const char* path, char* target, std::size_t size) {
   return fails("readlink") ? -1 : SystemCalls::readlink(path, target, size);
 }
@@ -105,5 +121,7 @@ void FaultInjectingSystemCalls::sleepMilliseconds(int) {
   // Waiting is what the real one is for; a test only wants to know that it would have waited.
   calls_.emplace_back("sleep");
 }
+std::time_t FaultInjectingSystemCalls::time() { return time_ ? *time_ : SystemCalls::time(); }
+uid_t FaultInjectingSystemCalls::geteuid() { return user_ ? *user_ : SystemCalls::geteuid(); }
 
 }  // namespace qorvane

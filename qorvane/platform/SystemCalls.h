@@ -8,7 +8,9 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <ctime>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,7 @@ class SystemCalls {
   virtual ssize_t read(int file, void* bytes, std::size_t count);
   virtual ssize_t write(int file, const void* bytes, std::size_t count);
   virtual int fstat(int file, struct ::stat* status);
+  virtual int stat(const char* path, struct ::stat* status);
   virtual int lstat(const char* path, struct ::stat* status);
   virtual int fchmod(int file, mode_t mode);
   virtual int fsync(int file);
@@ -31,10 +34,14 @@ class SystemCalls {
   virtual int link(const char* from, const char* to);
   virtual int unlink(const char* path);
   virtual int mkdir(const char* path, mode_t mode);
+  virtual int chmod(const char* path, mode_t mode);
+  virtual int rmdir(const char* path);
   virtual ssize_t readlink(const char* path, char* target, std::size_t size);
   /// Locks the whole open file for writing if nobody else holds it; fails with EAGAIN otherwise.
   virtual int tryLock(int file);
   virtual void sleepMilliseconds(int count);
+  virtual std::time_t time();
+  virtual uid_t geteuid();
 
   /// The operating system's own.
   static SystemCalls& real();
@@ -50,6 +57,12 @@ class FaultInjectingSystemCalls : public SystemCalls {
   void setFault(Fault fault) { fault_ = std::move(fault); }
   /// Writes at most this many bytes in each call; 0 for no limit.
   void setLongestWrite(std::size_t bytes) { longestWrite_ = bytes; }
+  /// When false, a sync is counted and may fail, but does not wait for the disk.
+  void setSyncing(bool syncing) { syncing_ = syncing; }
+  /// What the clock shows from now on.
+  void setTime(std::time_t time) { time_ = time; }
+  /// Who the program is run by.
+  void setUser(uid_t user) { user_ = user; }
   /// The names of the calls made so far, failed ones included.
   const std::vector<std::string>& calls() const { return calls_; }
   void forgetCalls() { calls_.clear(); }
@@ -58,6 +71,7 @@ class FaultInjectingSystemCalls : public SystemCalls {
   ssize_t read(int file, void* bytes, std::size_t count) override;
   ssize_t write(int file, const void* bytes, std::size_t count) override;
   int fstat(int file, struct ::stat* status) override;
+  int stat(const char* path, struct ::stat* status) override;
   int lstat(const char* path, struct ::stat* status) override;
   int fchmod(int file, mode_t mode) override;
   int fsync(int file) override;
@@ -66,15 +80,22 @@ class FaultInjectingSystemCalls : public SystemCalls {
   int link(const char* from, const char* to) override;
   int unlink(const char* path) override;
   int mkdir(const char* path, mode_t mode) override;
+  int chmod(const char* path, mode_t mode) override;
+  int rmdir(const char* path) override;
   ssize_t readlink(const char* path, char* target, std::size_t size) override;
   int tryLock(int file) override;
   void sleepMilliseconds(int count) override;
+  std::time_t time() override;
+  uid_t geteuid() override;
 
  private:
   bool fails(const char* name);
 
   Fault fault_;
   std::size_t longestWrite_ = 0;
+  bool syncing_ = true;
+  std::optional<std::time_t> time_;
+  std::optional<uid_t> user_;
   std::vector<std::string> calls_;
 };
 

@@ -10,7 +10,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
+#include <functional>
+#include <tuple>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/LogCapture.h"
@@ -30,13 +33,19 @@ constexpr Text kKey = "QorvaneT1Settings2020";
 const Value kOld = Dictionary{{"PCity", Text("Québec")}, {"Number", Number(1)}};
 const Value kNew = Dictionary{{"PCity", Text("Gaspé")}, {"Bytes", Data("x")}};
 
+// Thousands of files are saved here; that they reach the disk is a matter of a few tests only.
+class CallsWithoutSync : public SystemCalls {
+  int fsync(int) override { return 0; }
+};
+
 class FileUserDefaultsTest : public testing::Test {
  protected:
   fs::path file() const { return home.store() / "QorvaneT1Settings2020.plist"; }
   fs::path backup() const { return file().string() + ".bak"; }
 
   void save(const Value& value) {
-    FileUserDefaults store;
+    CallsWithoutSync calls;
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
     store.setObject(value, kKey);
     ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason;
   }
@@ -243,6 +252,15 @@ class DamageTest : public FileUserDefaultsTest {
     copy = readFile(backup());
   }
 
+  // What the files whose names hold this word contain, sorted.
+  std::vector<std::string> contentsNamed(std::string_view word) const {
+    std::vector<std::string> found;
+    for (const std::string& name : names())
+      if (name.find(word) != name.npos) found.push_back(readFile(home.store() / name));
+    std::ranges::sort(found);
+    return found;
+  }
+
   // Puts the bytes in the file's place, loads, and checks that they were noticed, kept, and made good.
   void expectRecovered(const std::string& bytes, const std::string& what) {
     for (const std::string& name : names())
@@ -252,7 +270,9 @@ class DamageTest : public FileUserDefaultsTest {
     logged.clear();
     ASSERT_EQ(FileUserDefaults().inspect(kKey).state, State::Damaged) << what;
     ASSERT_EQ(readFile(file()), bytes) << "inspecting changes nothing";
-    ASSERT_TRUE(isIdentical(load(), kOld)) << what;
+    CallsWithoutSync calls;
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+    ASSERT_TRUE(isIdentical(store.objectForKey(kKey), kOld)) << what;
     ASSERT_EQ(logged.lines().size(), 1u) << what;
     const std::vector<std::string> all = names();
     ASSERT_EQ(all.size(), 3u) << what;
@@ -304,11 +324,28 @@ TEST_F(DamageTest, WithoutAGoodCopyTheSettingsStartAfreshAndTheBytesAreKept) {
   EXPECT_EQ(logged.lines().size(), 1u);
 }
 
-TEST_F(DamageTest, ADamagedCopyIsNotLoadedAndStays) {
+TEST_F(DamageTest, ADamagedCopyIsNotLoadedAndIsKeptToo) {
   writeFile(file(), "junk");
   writeFile(backup(), "more junk");
   EXPECT_TRUE(load().isNil());
   EXPECT_EQ(readFile(backup()), "more junk");
+  save(kOld);
+  save(kNew);  // This save makes a new good copy.
+  EXPECT_EQ(contentsNamed(".damaged-"), (std::vector<std::string>{"junk", "more junk"}));
+}
+
+TEST_F(DamageTest, WithACopyThatCannotBeReadNothingStartsAfresh) {
+  writeFile(file(), "junk");
+  FaultInjectingSystemCalls calls;
+  int opened = 0;
+  calls.setFault([&](const std::string& name, int) { return name == "open" && ++opened == 2 ? EIO : 0; });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  EXPECT_THROW(store.objectForKey(kKey), FileException);
+  EXPECT_EQ(readFile(file()), "junk");
+  EXPECT_EQ(readFile(backup()), copy);
+  ASSERT_EQ(logged.lines().size(), 1u);
+  EXPECT_NE(logged.lines()[0].view().find(backup().string()), std::string_view::npos);
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld)) << "with the fault gone";
 }
 
 TEST_F(DamageTest, ASaveOverADamagedFileKeepsItAndTheGoodCopy) {
@@ -324,11 +361,21 @@ TEST_F(DamageTest, TwoDamagedFilesOfOneSecondAreBothKept) {
     writeFile(file(), junk);
     load();
   }
-  std::vector<std::string> kept;
-  for (const std::string& name : names())
-    if (name.find(".damaged-") != name.npos) kept.push_back(readFile(home.store() / name));
-  std::ranges::sort(kept);
-  EXPECT_EQ(kept, (std::vector<std::string>{"one", "three", "two"}));
+  EXPECT_EQ(contentsNamed(".damaged-"), (std::vector<std::string>{"one", "three", "two"}));
+}
+
+TEST_F(DamageTest, AClockThatGoesBackwardsOverwritesNothing) {
+  FaultInjectingSystemCalls calls;
+  // With hard links and without them: the two ways of setting aside.
+  for (const int linkFails : {0, EPERM}) {
+    calls.setFault([&](const std::string& name, int) { return name == "link" ? linkFails : 0; });
+    for (const std::time_t now : {2'000'000'000, 1'000'000'000, 2'000'000'000, 0, -1'000'000'000}) {
+      calls.setTime(now);
+      writeFile(file(), "junk at " + std::to_string(now));
+      FileUserDefaults(FileUserDefaults::defaultFolder(), calls).objectForKey(kKey);
+    }
+  }
+  EXPECT_EQ(contentsNamed(".damaged-").size(), 10u);
 }
 
 TEST_F(DamageTest, AnUnreadableFileIsNeverOverwritten) {
@@ -349,6 +396,43 @@ TEST_F(DamageTest, AnUnreadableFileIsNeverOverwritten) {
   EXPECT_EQ(readFile(backup()), copy);
 }
 
+TEST_F(DamageTest, SettingsThatCouldNotBeReadAreNotRemoved) {
+  for (const bool stillUnreadable : {true, false}) {
+    FaultInjectingSystemCalls calls;
+    calls.setFault([&](const std::string& name, int) { return name == "read" ? EIO : 0; });
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+    EXPECT_THROW(store.objectForKey(kKey), FileException);
+    if (!stillUnreadable) calls.setFault(nullptr);
+    EXPECT_THROW(store.setObject(nullptr, kKey), Exception);
+    EXPECT_TRUE(store.synchronize()) << "there is nothing to save";
+    EXPECT_EQ(readFile(file()), good);
+    calls.setFault(nullptr);
+    EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kNew));
+  }
+  // Nor by a store that only finds out while it saves.
+  FaultInjectingSystemCalls calls;
+  calls.setFault([&](const std::string& name, int) { return name == "read" ? EIO : 0; });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(nullptr, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(readFile(file()), good);
+  EXPECT_EQ(names().size(), 2u);
+}
+
+TEST_F(DamageTest, AProcessThatCannotReadJustNowChangesNothing) {
+  for (const int error : {EMFILE, ENFILE, ENOMEM}) {
+    FaultInjectingSystemCalls calls;
+    int reads = 0;
+    calls.setFault([&](const std::string& name, int) { return name == "read" && ++reads == 1 ? error : 0; });
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+    store.setObject(kOld, kKey);
+    EXPECT_FALSE(store.synchronize());
+    EXPECT_EQ(store.lastFailure()->systemError, error);
+    EXPECT_EQ(readFile(file()), good);
+    EXPECT_EQ(names().size(), 2u);
+  }
+}
+
 TEST_F(DamageTest, InAFolderThatCannotBeChangedTheGoodCopyIsLoadedAndTheFileStays) {
   writeFile(file(), "junk");
   FaultInjectingSystemCalls calls;
@@ -358,64 +442,209 @@ TEST_F(DamageTest, InAFolderThatCannotBeChangedTheGoodCopyIsLoadedAndTheFileStay
   FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
   EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld));
   EXPECT_EQ(readFile(file()), "junk");
-  EXPECT_EQ(logged.lines().size(), 1u);
+  ASSERT_EQ(logged.lines().size(), 1u);
+  for (const std::string& part :
+       {file().string() + " is damaged", std::string("stays where it is"), backup().string()})
+    EXPECT_NE(logged.lines()[0].view().find(part), std::string_view::npos) << logged.lines()[0];
 }
 
 // ---- failures
 // ----------------------------------------------------------------------------------------------------
 
-// A save whose every call fails in turn, with each of these causes.
-class FailureTest : public FileUserDefaultsTest, public testing::WithParamInterface<int> {};
+// A save or a load whose every call fails in turn with each of these causes: once, or from then on for every
+// call of its kind, as on a full disk.
+class FailureTest : public FileUserDefaultsTest, public testing::WithParamInterface<std::tuple<int, bool>> {
+ protected:
+  static int cause() { return std::get<0>(GetParam()); }
+  static bool forGood() { return std::get<1>(GetParam()); }
+
+  /// Lets the call of that number fail.
+  void failAt(int failing) {
+    failed.clear();
+    calls.forgetCalls();
+    calls.setFault([this, failing](const std::string& name, int call) {
+      if (call == failing) failed = name;
+      return call == failing || (forGood() && name == failed) ? cause() : 0;
+    });
+  }
+  void expectTidy(const std::string& what) const {
+    for (const std::string& name : names())
+      EXPECT_TRUE(name == file().filename() || name == backup().filename() ||
+                  name.find(".unreadable-") != name.npos || name.find(".damaged-") != name.npos)
+          << name << " after " << what;
+  }
+  /// Whatever the store is about to do fails at each call in turn, until it makes no more calls: `prepare` a
+  /// folder, then `attempt` it, and judge what came of it.
+  void atEachCall(const std::function<void()>& prepare,
+                  const std::function<void(const std::string&)>& attempt) {
+    for (int failing = 1;; ++failing) {
+      calls.setFault(nullptr);
+      fs::remove_all(home.path() / ".config");
+      prepare();
+      logged.clear();
+      calls.setSyncing(false);
+      failAt(failing);
+      attempt("call " + std::to_string(failing));
+      if (HasFailure()) return;
+      if (failed.empty()) {
+        EXPECT_GT(failing, 4);
+        return;
+      }
+    }
+  }
+  FaultInjectingSystemCalls calls;
+  std::string failed;
+};
 
 TEST_P(FailureTest, EveryCallOfASaveThatFailsLeavesTheOldFileOrSucceeds) {
-  for (const Value& value : {kNew, Value()}) {
-    for (int failing = 1;; ++failing) {
-      fs::remove_all(home.store());
-      save(kOld);
-      const std::string old = readFile(file());
-      FaultInjectingSystemCalls calls;
-      std::string failed;
-      calls.setFault([&](const std::string& name, int call) {
-        if (call != failing) return 0;
-        failed = name;
-        return GetParam();
-      });
-      FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
-      store.setLockWait(0);
-      store.setObject(value, kKey);
-      const bool answered = store.synchronize();
-      if (failed.empty()) {
-        EXPECT_TRUE(answered);
-        EXPECT_GT(failing, 10) << "a save makes more calls than that";
-        break;
-      }
-      const std::string what = failed + ", call " + std::to_string(failing);
-      if (answered) {
-        // A call whose failure does not matter, or was made good.
-        EXPECT_TRUE(isIdentical(load(), value)) << what;
-        EXPECT_FALSE(store.lastFailure());
-      } else {
-        EXPECT_EQ(readFile(file()), old) << what;
-        ASSERT_TRUE(store.lastFailure()) << what;
-        EXPECT_EQ(store.lastFailure()->systemError, GetParam()) << what;
-        EXPECT_NE(store.lastFailure()->reason.view().find(home.path().string()), std::string_view::npos)
-            << what;
-      }
-      for (const std::string& name : names())
-        EXPECT_FALSE(name.ends_with(".new")) << name << " after " << what;
+  for (const bool withFile : {true, false})
+    for (const Value& value : {kNew, Value()}) {
+      std::string old;
+      atEachCall(
+          [&] {
+            if (withFile) save(kOld);
+            old = withFile ? readFile(file()) : "";
+          },
+          [&](const std::string& call) {
+            FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+            store.setLockWait(0);
+            store.setObject(value, kKey);
+            const bool answered = store.synchronize();
+            const std::string what = failed + ", " + call;
+            if (answered) {
+              // A call whose failure does not matter, or was made good.
+              EXPECT_TRUE(isIdentical(load(), value)) << what;
+              EXPECT_FALSE(store.lastFailure());
+            } else {
+              EXPECT_EQ(fs::exists(file()) ? readFile(file()) : "", old) << what;
+              ASSERT_TRUE(store.lastFailure()) << what;
+              EXPECT_EQ(store.lastFailure()->systemError, cause()) << what;
+              const std::string_view reason = store.lastFailure()->reason.view();
+              EXPECT_NE(reason.find(file().string()), reason.npos) << reason;
+              EXPECT_NE(reason.find(strerror(cause())), reason.npos) << reason;
+              ASSERT_EQ(logged.lines().size(), 1u) << what;
+              EXPECT_NE(logged.lines()[0].view().find(reason), reason.npos) << logged.lines()[0];
+            }
+            // What cannot be removed remains.
+            if (!(forGood() && failed == "unlink")) expectTidy(what);
 
-      // With the fault gone, the same store succeeds.
-      calls.setFault(nullptr);
-      EXPECT_TRUE(store.synchronize()) << what;
-      EXPECT_TRUE(isIdentical(load(), value)) << what;
-      for (const std::string& name : names())
-        EXPECT_FALSE(name.ends_with(".new")) << name << " after " << what;
+            // With the fault gone, the same store succeeds, tidies up and has nothing more to say.
+            calls.setFault(nullptr);
+            logged.clear();
+            EXPECT_TRUE(store.synchronize()) << what;
+            EXPECT_TRUE(isIdentical(load(), value)) << what;
+            EXPECT_TRUE(logged.lines().empty()) << what << ": " << logged.lines()[0];
+            expectTidy(what);
+          });
     }
+}
+
+TEST_P(FailureTest, EveryCallOfALoadThatFailsSaysSoAndChangesNothing) {
+  atEachCall([&] { save(kOld), save(kNew); },
+             [&](const std::string& call) {
+               const std::string good = readFile(file());
+               FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+               bool notThere = false;
+               try {
+                 EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kNew)) << failed << ", " << call;
+               } catch (const FileException& error) {
+                 EXPECT_EQ(error.systemError(), cause());
+                 EXPECT_NE(std::string(error.what()).find(home.store().string()), std::string::npos);
+                 ASSERT_EQ(logged.lines().size(), 1u);
+                 EXPECT_NE(logged.lines()[0].view().find(error.what()), std::string_view::npos);
+                 notThere = true;
+               }
+               EXPECT_EQ(logged.lines().empty(), !notThere);
+               EXPECT_EQ(readFile(file()), good);
+               EXPECT_EQ(names().size(), 2u);
+               calls.setFault(nullptr);
+               EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kNew));
+             });
+}
+
+// A damaged file: loaded, or saved over. Whatever fails, the damaged bytes and the good copy remain.
+TEST_P(FailureTest, EveryCallThatFailsWhileADamagedFileIsMendedLosesNothing) {
+  for (const bool saving : {false, true}) {
+    std::string copy;
+    atEachCall(
+        [&] {
+          save(kOld), save(kNew);
+          copy = readFile(backup());
+          writeFile(file(), "junk");
+        },
+        [&](const std::string& call) {
+          FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+          store.setLockWait(0);
+          const std::string what = (saving ? "saving: " : "loading: ") + failed + ", " + call;
+          const auto attempt = [&] {
+            if (saving) store.setObject(kNew, kKey);
+            if (saving) return store.synchronize();
+            try {
+              EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld)) << what;
+              return true;
+            } catch (const FileException&) {
+              return false;
+            }
+          };
+          const bool done = attempt();
+          EXPECT_GE(logged.lines().size(), done && failed == "" ? 1u : 0u);
+          EXPECT_EQ(readFile(backup()), copy) << what;
+          bool kept = false;
+          for (const std::string& name : names())
+            kept = kept || (name.find(".new") == name.npos && readFile(home.store() / name) == "junk");
+          EXPECT_TRUE(kept) << what;
+          calls.setFault(nullptr);
+          EXPECT_TRUE(attempt()) << what;
+          EXPECT_TRUE(isIdentical(load(), saving ? kNew : kOld)) << what;
+          expectTidy(what);
+        });
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Causes, FailureTest,
-                         testing::Values(ENOSPC, EIO, EACCES, EROFS, EDQUOT, EMFILE, EINTR, EPERM));
+INSTANTIATE_TEST_SUITE_P(Once, FailureTest,
+                         testing::Combine(testing::Values(ENOSPC, EIO, EACCES, EROFS, EDQUOT, EMFILE, EINTR,
+                                                          EPERM),
+                                          testing::Values(false)));
+// Only an interrupted call is tried again for ever.
+INSTANTIATE_TEST_SUITE_P(ForGood, FailureTest,
+                         testing::Combine(testing::Values(ENOSPC, EIO, EACCES, EROFS, EDQUOT, EMFILE, EPERM),
+                                          testing::Values(true)));
+
+TEST_F(FileUserDefaultsTest, AFolderThatCannotBeSyncedDoesNotHinderASave) {
+  FaultInjectingSystemCalls calls;
+  int syncs = 0;
+  // The file's own sync is the first; there are file systems that know no sync of a folder.
+  calls.setFault([&](const std::string& name, int) { return name == "fsync" && ++syncs > 1 ? EINVAL : 0; });
+  save(kOld);
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kNew, kKey);
+  EXPECT_TRUE(store.synchronize());
+  syncs = -1;
+  calls.setFault([&](const std::string& name, int) { return name == "fsync" && ++syncs == 0 ? EINVAL : 0; });
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize()) << "but a file's sync must not fail";
+}
+
+TEST_F(FileUserDefaultsTest, WithoutHardLinksTheLastGoodCopyIsACopy) {
+  save(kOld);
+  const std::string old = readFile(file());
+  FaultInjectingSystemCalls calls;
+  calls.setFault([](const std::string& name, int) { return name == "link" ? EPERM : 0; });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kNew, kKey);
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_EQ(readFile(backup()), old);
+  EXPECT_EQ(modeOf(backup()), 0600u);
+  // And when the folder then cannot be synced, the old file comes back from the copy.
+  const std::string now = readFile(file());
+  int syncs = 0;
+  calls.setFault([&](const std::string& name, int) {
+    return name == "link" ? EPERM : name == "fsync" && ++syncs == 3 ? EIO : 0;
+  });
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(readFile(file()), now);
+}
 
 TEST_F(FileUserDefaultsTest, ShortWritesAreCompleted) {
   FaultInjectingSystemCalls calls;
