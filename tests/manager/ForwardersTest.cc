@@ -9,6 +9,7 @@
 #include <variant>
 
 #include "qorvane/manager/OptionsMgr.h"
+#include "qorvane/platform/MemoryFileManager.h"
 #include "tests/Table.h"
 #include "tests/store/StoreTest.h"
 
@@ -121,7 +122,11 @@ std::vector<Row> published() {
   return rows;
 }
 
-class ForwardersTest : public testing_support::StoreTest {};
+class ForwardersTest : public testing_support::StoreTest {
+ protected:
+  // The folder getters make what the sample texts name.
+  MemoryFileManager folders;
+};
 
 TEST_F(ForwardersTest, AreThePublishedOperationsAndNoOthers) {
   std::set<std::string> names;
