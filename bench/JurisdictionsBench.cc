@@ -42,13 +42,11 @@ void prepare() {
 
 // Asks for one text after the other.
 template <class LookUp>
-void inTurn(benchmark::State& state, const std::vector<Text>& texts, LookUp lookUp) {
-  std::size_t at = 0;
-  for (auto _ : state) {
-    auto found = lookUp(texts[at]);
-    benchmark::DoNotOptimize(found);
-    if (++at == texts.size()) at = 0;
-  }
+auto inTurn(const std::vector<Text>& texts, LookUp lookUp) {
+  return [&texts, lookUp](std::size_t count) {
+    for (std::size_t at = 0; count-- > 0; at = at + 1 == texts.size() ? 0 : at + 1)
+      ratios::keep(lookUp(texts[at]));
+  };
 }
 
 double bareNumber(const Text& name) {
@@ -61,39 +59,24 @@ Text bareNeutral(const Text& label) {
   return found == neutralTable.end() ? "0" : found->second;
 }
 
-void bareNumberFound(benchmark::State& state) { inTurn(state, names, bareNumber); }
-BENCHMARK(bareNumberFound);
-void bareNumberMissed(benchmark::State& state) { inTurn(state, unknownNames, bareNumber); }
-BENCHMARK(bareNumberMissed);
-void numberFound(benchmark::State& state) {
-  inTurn(state, names, ProvinceCodeMapping::getOurProvCodeFromProvName);
-}
-BENCHMARK(numberFound);
-void numberMissed(benchmark::State& state) {
-  inTurn(state, unknownNames, ProvinceCodeMapping::getOurProvCodeFromProvName);
-}
-BENCHMARK(numberMissed);
-
-void bareNeutralFound(benchmark::State& state) { inTurn(state, labels, bareNeutral); }
-BENCHMARK(bareNeutralFound);
-void bareNeutralMissed(benchmark::State& state) { inTurn(state, unknownLabels, bareNeutral); }
-BENCHMARK(bareNeutralMissed);
-void neutralFound(benchmark::State& state) {
-  inTurn(state, labels, NoticeOfAssAndRefundMapping::assAndRefundNeutralValue);
-}
-BENCHMARK(neutralFound);
-void neutralMissed(benchmark::State& state) {
-  inTurn(state, unknownLabels, NoticeOfAssAndRefundMapping::assAndRefundNeutralValue);
-}
-BENCHMARK(neutralMissed);
-
 }  // namespace
 
-int main(int argc, char** argv) {
+int main() {
   prepare();
-  return ratios::run(argc, argv,
-                     {{"numberFound", "bareNumberFound", 1.5},
-                      {"numberMissed", "bareNumberMissed", 1.5},
-                      {"neutralFound", "bareNeutralFound", 1.5},
-                      {"neutralMissed", "bareNeutralMissed", 1.5}});
+  ratios::Table table("Jurisdictions and choice labels, from texts to what is kept");
+  const auto number = ProvinceCodeMapping::getOurProvCodeFromProvName;
+  const auto neutral = NoticeOfAssAndRefundMapping::assAndRefundNeutralValue;
+  table.time("hash look-up of a name", inTurn(names, bareNumber));
+  table.time("hash look-up of an unknown name", inTurn(unknownNames, bareNumber));
+  table.time("number of a jurisdiction", inTurn(names, number));
+  table.time("number of an unknown name", inTurn(unknownNames, number));
+  table.time("hash look-up of a label", inTurn(labels, bareNeutral));
+  table.time("hash look-up of an unknown label", inTurn(unknownLabels, bareNeutral));
+  table.time("neutral value of a label", inTurn(labels, neutral));
+  table.time("neutral value of an unknown label", inTurn(unknownLabels, neutral));
+  table.compare("number of a jurisdiction", "hash look-up of a name", 1.5);
+  table.compare("number of an unknown name", "hash look-up of an unknown name", 1.5);
+  table.compare("neutral value of a label", "hash look-up of a label", 1.5);
+  table.compare("neutral value of an unknown label", "hash look-up of an unknown label", 1.5);
+  table.run();
 }

@@ -1,71 +1,64 @@
-// Measurements beside their floors: both are taken in one run, in turns, and the ratio is what counts.
+// Measurements beside their floors and peers. All of a table are taken in one run, round by round in an order
+// shuffled anew, so that whatever else the machine does meets them alike; within a round each is divided by
+// what it is compared with, and the median of those ratios is what counts. Times are never printed.
 #pragma once
 
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
-#include <cstdio>
-#include <map>
+#include <cstddef>
+#include <functional>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace ratios {
 
-/// A measurement, the floor that it is compared with, and the ratio aimed at.
-struct Pair {
-  std::string_view measured;
-  std::string_view floor;
-  double aim;
-};
+/// Makes the compiler believe that the value is used.
+template <class T>
+void keep(const T& value) {
+  asm volatile("" : : "g"(&value) : "memory");
+}
 
-// Prints the usual table, and collects the time of each repetition by name.
-class Collector : public benchmark::ConsoleReporter {
+/// What is counted: the processor time of this process or of the children that it waited for, or the time on
+/// the wall, where waiting for a disk is the matter.
+enum class Clock { Processor, Children, Wall };
+
+class Table {
  public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& run : runs)
-      if (run.run_type == Run::RT_Iteration)
-        times_[run.run_name.function_name].push_back(run.GetAdjustedRealTime());
-  }
-  const std::vector<double>& times(std::string_view name) { return times_[std::string(name)]; }
+  /// The title stands above the table. A round lasts about `batchSeconds` for each measurement.
+  Table(std::string title, Clock clock = Clock::Processor, double batchSeconds = 0.002, int rounds = 101);
+
+  /// Takes the time of `repeat(n)`, which does the thing n times; the thing may hold so many units.
+  void time(std::string name, std::function<void(std::size_t)> repeat, double units = 1);
+  /// Takes a quantity that is no time, such as bytes of memory.
+  void amount(std::string name, std::function<double()> measure);
+
+  /// Adds a row: how many times the reference the measured one may be. Zero is no aim. A reference that was
+  /// not measured is a peer that is not installed.
+  void compare(std::string measured, std::string reference, double atMost = 0);
+
+  /// Measures everything and prints the table as Markdown.
+  void run();
 
  private:
-  std::map<std::string, std::vector<double>> times_;
+  struct Measurement {
+    std::string name;
+    std::function<double()> take;
+    std::vector<double> taken;
+  };
+  struct Row {
+    std::string measured;
+    std::string reference;
+    double atMost;
+  };
+
+  double now() const;
+  const Measurement* find(const std::string& name) const;
+  void print(const Row& row) const;
+
+  std::string title_;
+  Clock clock_;
+  double batchSeconds_;
+  int rounds_;
+  std::vector<Measurement> measurements_;
+  std::vector<Row> rows_;
 };
-
-/// Runs everything registered, with repetitions interleaved at random, and prints each pair's median ratio
-/// with its quartiles. Returns what main should.
-inline int run(int argc, char** argv, const std::vector<Pair>& pairs) {
-  std::vector<char*> arguments(argv, argv + argc);
-  char repetitions[] = "--benchmark_repetitions=9";
-  char interleaved[] = "--benchmark_enable_random_interleaving=true";
-  char briefly[] = "--benchmark_min_time=0.05";
-  arguments.insert(arguments.begin() + 1, {repetitions, interleaved, briefly});
-  int count = static_cast<int>(arguments.size());
-  benchmark::Initialize(&count, arguments.data());
-  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
-  Collector collector;
-  benchmark::RunSpecifiedBenchmarks(&collector);
-
-  std::printf("\n%-34s %-26s %7s  %-15s %5s\n", "measured", "floor", "ratio", "(quartiles)", "aim");
-  for (const Pair& pair : pairs) {
-    const std::vector<double>& above = collector.times(pair.measured);
-    const std::vector<double>& below = collector.times(pair.floor);
-    std::vector<double> ratio;
-    for (std::size_t i = 0; i < std::min(above.size(), below.size()); ++i)
-      ratio.push_back(above[i] / below[i]);
-    if (ratio.empty()) continue;
-    std::ranges::sort(ratio);
-    const auto at = [&](double part) {
-      return ratio[static_cast<std::size_t>(part * static_cast<double>(ratio.size() - 1))];
-    };
-    std::printf("%-34.*s %-26.*s %7.2f  (%.2f to %.2f)   %5.2f\n", static_cast<int>(pair.measured.size()),
-                pair.measured.data(), static_cast<int>(pair.floor.size()), pair.floor.data(), at(0.5),
-                at(0.25), at(0.75), pair.aim);
-  }
-  return 0;
-}
 
 }  // namespace ratios
