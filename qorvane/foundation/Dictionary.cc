@@ -43,7 +43,7 @@ Dictionary::Dictionary(std::initializer_list<Entry> entries) {
   for (const Entry& entry : entries) set(entry.key, entry.value);
 }
 
-void Dictionary::set(const Text& key, std::uint64_t hash, Value value) {
+void Dictionary::set(const Text& key, std::uint64_t hash, Value&& value) {
   if (key.isNil()) throw Exception("a dictionary key may not be nil");
   if (value.isNil()) {
     remove(key);

@@ -25,7 +25,7 @@ class Key {
   constexpr std::uint64_t hash() const noexcept { return hash_; }
 
   static constexpr std::uint64_t hashOf(std::string_view text) noexcept {
-    return sipHash(text, {0x516f7276616e6531, 0x6f7074696f6e6b65});
+    return sipHash<1, 3>(text, {0x516f7276616e6531, 0x6f7074696f6e6b65});
   }
 
  private:
@@ -92,7 +92,7 @@ class Dictionary {
       if (slot.tag == tagOf(hash) && entries_[slot.position - 1].key.view() == key) return at;
     }
   }
-  void set(const Text& key, std::uint64_t hash, Value value);
+  void set(const Text& key, std::uint64_t hash, Value&& value);
   void rebuild(std::size_t slotCount);
   void placeAll() noexcept;
   void place(std::uint64_t hash, std::size_t position) noexcept;

@@ -1,7 +1,8 @@
-// SipHash-2-4 (J.-P. Aumasson, D. J. Bernstein, 2012), 64 bits, usable at compile time.
+// SipHash (J.-P. Aumasson, D. J. Bernstein, 2012), 64 bits, usable at compile time.
 //
-// It serves twice: dictionary keys are hashed with it, constants before the program starts; and the
-// seal of a settings file is computed with it, so its result is part of the persisted format.
+// It serves twice. The seal of a settings file is its 2-4 form, whose result is part of the persisted format.
+// Dictionary keys are hashed with the 1-3 form, constants before the program starts: half the work, and still
+// nobody can prepare keys that collide.
 #pragma once
 
 #include <bit>
@@ -21,9 +22,9 @@ struct HashKey {
 namespace detail {
 
 constexpr std::uint64_t loadLittleEndian(const char* bytes, std::size_t count) {
-  if (!std::is_constant_evaluated() && count == 8 && std::endian::native == std::endian::little) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, 8);
+  if (!std::is_constant_evaluated() && std::endian::native == std::endian::little) {
+    std::uint64_t word = 0;
+    if (count > 0) std::memcpy(&word, bytes, count);
     return word;
   }
   std::uint64_t word = 0;
@@ -48,26 +49,28 @@ struct SipState {
     v2 = std::rotl(v2, 32);
   }
 
+  template <int Rounds>
   constexpr void absorb(std::uint64_t word) {
     v3 ^= word;
-    round();
-    round();
+    for (int i = 0; i < Rounds; ++i) round();
     v0 ^= word;
   }
 };
 
 }  // namespace detail
 
-/// The SipHash-2-4 of the bytes under the key.
+/// The SipHash of the bytes under the key, with so many rounds for each 8 bytes and so many at the end.
+template <int EachRounds = 2, int LastRounds = 4>
 constexpr std::uint64_t sipHash(std::string_view bytes, HashKey key) {
   detail::SipState state{key.k0 ^ 0x736f6d6570736575, key.k1 ^ 0x646f72616e646f6d,
                          key.k0 ^ 0x6c7967656e657261, key.k1 ^ 0x7465646279746573};
   const std::size_t whole = bytes.size() / 8 * 8;
-  for (std::size_t i = 0; i < whole; i += 8) state.absorb(detail::loadLittleEndian(bytes.data() + i, 8));
-  state.absorb(detail::loadLittleEndian(bytes.data() + whole, bytes.size() - whole) |
-               static_cast<std::uint64_t>(bytes.size()) << 56);
+  for (std::size_t i = 0; i < whole; i += 8)
+    state.template absorb<EachRounds>(detail::loadLittleEndian(bytes.data() + i, 8));
+  state.template absorb<EachRounds>(detail::loadLittleEndian(bytes.data() + whole, bytes.size() - whole) |
+                                    static_cast<std::uint64_t>(bytes.size()) << 56);
   state.v2 ^= 0xff;
-  for (int i = 0; i < 4; ++i) state.round();
+  for (int i = 0; i < LastRounds; ++i) state.round();
   return state.v0 ^ state.v1 ^ state.v2 ^ state.v3;
 }
 

@@ -1,7 +1,5 @@
 #include "qorvane/foundation/Text.h"
 
-#include <ext/atomicity.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -14,16 +12,6 @@
 namespace qorvane {
 
 namespace {
-
-// Counted as the standard library counts shared pointers: without a locked instruction while the
-// process has one thread.
-struct Owners {
-  mutable _Atomic_word count;
-};
-
-Owners* ownersOf(const char* data) {
-  return reinterpret_cast<Owners*>(const_cast<char*>(data) - sizeof(Owners));
-}
 
 // The number of bytes that one U+FFFD stands for: the longest start of a sequence that could have
 // gone on well-formed, at least one.
@@ -90,20 +78,17 @@ Text::Text(std::string_view bytes) {
     mended = repaired(bytes);
     bytes = mended;
   }
-  char* block = static_cast<char*>(::operator new(sizeof(Owners) + bytes.size() + 1));
-  new (block) Owners{1};
-  char* data = block + sizeof(Owners);
+  char* block = static_cast<char*>(::operator new(sizeof(_Atomic_word) + bytes.size() + 1));
+  new (block) _Atomic_word(1);
+  char* data = block + sizeof(_Atomic_word);
   if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
   data[bytes.size()] = '\0';
   data_ = data;
   size_ = bytes.size() | kOwned;
 }
 
-void Text::addOwner() const noexcept { __gnu_cxx::__atomic_add_dispatch(&ownersOf(data_)->count, 1); }
-
 void Text::dropOwner() noexcept {
-  Owners* owners = ownersOf(data_);
-  if (__gnu_cxx::__exchange_and_add_dispatch(&owners->count, -1) == 1) ::operator delete(owners);
+  if (__gnu_cxx::__exchange_and_add_dispatch(owners(), -1) == 1) ::operator delete(owners());
 }
 
 int Text::intValue() const noexcept { return leadingInteger(view()); }

@@ -53,6 +53,9 @@ class BinaryReader {
 
   /// A big-endian number of 1 to 8 bytes, all of which must be there.
   std::uint64_t numberAt(std::size_t at, std::size_t size) const {
+    // The sizes of nearly all offsets and references.
+    if (size == 1) return byteAt(at);
+    if (size == 2) return byteAt(at) << 8 | byteAt(at + 1);
     std::uint64_t number = 0;
     for (std::size_t i = 0; i < size; ++i) number = number << 8 | byteAt(at + i);
     return number;
@@ -222,7 +225,7 @@ class BinaryReader {
     if (head.type == 0x5) {
       const std::string_view ascii = bytes_.substr(head.at, head.size);
       // Some writers put UTF-8 here; bytes that are not even that would come back changed.
-      if (!isAscii(ascii) && !isWellFormedUtf8(ascii))
+      if (!isWellFormedUtf8(ascii))
         fail(head.start, "the text is neither ASCII nor UTF-8");
       return Text(ascii);
     }

@@ -61,6 +61,8 @@ inline bool isMissingOrEmpty(const Value* entry) { return !entry || Utils::isStr
 
 template <bool (*Missing)(const Value*), bool Stores>
 struct Reading {
+  static bool misses(const Value* entry) { return Missing(entry); }
+
   template <class Form, class Fallback>
   static typename Form::Type read(Dictionary* options, const Key& key, Fallback fallback) {
     if (const Value* entry = options ? options->find(key) : nullptr; !Missing(entry))
@@ -89,6 +91,15 @@ struct Accessor {
 
   typename Form::Type current() const { return Read::template read<Form>(options, key, fallback); }
   void store(typename Form::Argument value) const { options->set(key, Form::encode(value)); }
+
+  /// Whether the option reads as this text.
+  bool isEqualTo(const Text& value) const {
+    // Where the text is kept as it is, it is compared in its place.
+    if constexpr (requires { Form::textIn, Read::misses; })
+      if (const Value* entry = options->find(key); !Read::misses(entry))
+        if (const Text* text = Form::textIn(*entry)) return text->isEqualTo(value);
+    return current().isEqualTo(value);
+  }
 };
 
 // The change that the comparing kinds have in common: in bulk mode the value is stored as it comes; otherwise
@@ -111,11 +122,13 @@ inline Value emptyIfNil(const Value& value) { return value.isNil() ? Value(Text(
 enum class NilAs { Empty, Default };
 
 template <NilAs Nil, class Accessor>
-Text insteadOfNil(const Accessor& accessor, const Text& value) {
-  if constexpr (Nil == NilAs::Empty)
-    return emptyIfNil(value);
+void storeUnlessNil(const Accessor& accessor, const Text& value) {
+  if (!value.isNil())
+    accessor.store(value);
+  else if constexpr (Nil == NilAs::Empty)
+    accessor.store(Text(""));
   else
-    return value.isNil() ? accessor.fallback() : value;
+    accessor.store(accessor.fallback());
 }
 
 /// Comparing, for flags.
@@ -131,8 +144,7 @@ template <NilAs Nil>
 struct ComparingText {
   template <class A>
   static void write(const A& option, const Text& value) {
-    storeIfChanged([&] { return !option.current().isEqualTo(value); },
-                   [&] { option.store(insteadOfNil<Nil>(option, value)); });
+    storeIfChanged([&] { return !option.isEqualTo(value); }, [&] { storeUnlessNil<Nil>(option, value); });
   }
 };
 using ComparingNilAsEmpty = ComparingText<NilAs::Empty>;
@@ -209,7 +221,7 @@ struct DirectNilIgnored {
 struct DirectNilAsDefault {
   template <class A>
   static void write(const A& option, const Text& value) {
-    option.store(insteadOfNil<NilAs::Default>(option, value));
+    storeUnlessNil<NilAs::Default>(option, value);
   }
 };
 

@@ -24,6 +24,8 @@ struct TextForm {
   using Argument = const Text&;
   static Text decode(const Value& entry) { return entry.textValue(); }
   static Value encode(const Text& value) { return value; }
+  /// The text in its place; null where reading the entry makes a text of another kind of value.
+  static const Text* textIn(const Value& entry) { return entry.asText(); }
 };
 
 /// A text that must not be shown unasked: a password.
