@@ -72,19 +72,19 @@ int leadingInteger(std::string_view text) {
 
 }  // namespace
 
-Text::Text(std::string_view bytes) {
-  std::string mended;
-  if (!detail::isWellFormedUtf8(bytes)) {
-    mended = repaired(bytes);
-    bytes = mended;
-  }
+Text::Text(std::string_view bytes)
+    : Text(detail::isWellFormedUtf8(bytes) ? fromWellFormed(bytes) : fromWellFormed(repaired(bytes))) {}
+
+Text Text::fromWellFormed(std::string_view bytes) {
   char* block = static_cast<char*>(::operator new(sizeof(_Atomic_word) + bytes.size() + 1));
   new (block) _Atomic_word(1);
   char* data = block + sizeof(_Atomic_word);
   if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
   data[bytes.size()] = '\0';
-  data_ = data;
-  size_ = bytes.size() | kOwned;
+  Text text;
+  text.data_ = data;
+  text.size_ = bytes.size() | kOwned;
+  return text;
 }
 
 void Text::dropOwner() noexcept {

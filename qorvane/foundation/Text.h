@@ -47,6 +47,8 @@ class Text {
   /// A new object holding a copy of the bytes, ill-formed ones replaced. Never nil.
   Text(std::string_view bytes);
   Text(const std::string& bytes) : Text(std::string_view(bytes)) {}
+  /// The same of bytes that are known to be well-formed, unchecked.
+  static Text fromWellFormed(std::string_view bytes);
 
   constexpr Text(const Text& other) noexcept : data_(other.data_), size_(other.size_) { retain(); }
   constexpr Text(Text&& other) noexcept : data_(other.data_), size_(other.size_) { other.forget(); }

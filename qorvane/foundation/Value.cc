@@ -35,7 +35,14 @@ bool sameHeld(const Value& a, const Value& b, Same same, SameNumber sameNumber, 
 
 }  // namespace
 
-Value::Value(Dictionary dictionary) : held_(std::make_shared<const Dictionary>(std::move(dictionary))) {}
+Value::Value(Dictionary dictionary) : held_(std::make_shared<Dictionary>(std::move(dictionary))) {}
+
+Dictionary Value::takeDictionary() && {
+  const auto* held = std::get_if<std::shared_ptr<const Dictionary>>(&held_);
+  if (!held) return {};
+  // It was not made as a constant, so the last who has it may change it.
+  return held->use_count() == 1 ? std::move(const_cast<Dictionary&>(**held)) : **held;
+}
 
 Text Value::textValue() const {
   if (const Text* text = asText()) return *text;

@@ -42,13 +42,28 @@ class Value {
 
   /// A nil text makes a nil value.
   Value(Text text) {
-    if (!text.isNil()) held_ = std::move(text);
+    if (!text.isNil()) held_.emplace<Text>(std::move(text));
   }
   Value(Number number) : held_(number) {}
   Value(Data data) : held_(std::move(data)) {}
   Value(Date date) : held_(date) {}
   Value(Array array) : held_(std::make_shared<const Array>(std::move(array))) {}
   Value(Dictionary dictionary);
+
+  Value(const Value&) = default;
+  Value(Value&&) noexcept = default;
+  Value& operator=(const Value&) = default;
+  Value& operator=(Value&& other) noexcept {
+    // Nearly every entry is a text that takes the place of a text.
+    Text* const mine = std::get_if<Text>(&held_);
+    Text* const theirs = std::get_if<Text>(&other.held_);
+    if (mine && theirs)
+      *mine = std::move(*theirs);
+    else
+      held_ = std::move(other.held_);
+    return *this;
+  }
+  ~Value() = default;
 
   Kind kind() const noexcept { return static_cast<Kind>(held_.index()); }
   bool isNil() const noexcept { return kind() == Kind::Nil; }
@@ -66,6 +81,10 @@ class Value {
     const auto* held = std::get_if<std::shared_ptr<const Dictionary>>(&held_);
     return held ? held->get() : nullptr;
   }
+
+  /// The dictionary that this value is, taken out of it: without a copy when no other value shares it. Empty
+  /// for every other kind.
+  Dictionary takeDictionary() &&;
 
   /// The value as a text: a text itself, a number's decimal text; nil for every other kind.
   Text textValue() const;

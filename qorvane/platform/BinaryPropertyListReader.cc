@@ -227,12 +227,12 @@ class BinaryReader {
       // Some writers put UTF-8 here; bytes that are not even that would come back changed.
       if (!isWellFormedUtf8(ascii))
         fail(head.start, "the text is neither ASCII nor UTF-8");
-      return Text(ascii);
+      return Text::fromWellFormed(ascii);
     }
     const std::string_view units = bytes_.substr(head.at, 2 * head.size);
     if (buffer_.size() < 3 * head.size) buffer_.resize(3 * head.size);
     const char* end = putUtf16AsUtf8(buffer_.data(), units, true);
-    return Text(std::string_view(buffer_.data(), static_cast<std::size_t>(end - buffer_.data())));
+    return Text::fromWellFormed({buffer_.data(), static_cast<std::size_t>(end - buffer_.data())});
   }
 
   /// Decodes what a container's reference at `at` refers to and counts it in.

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/platform/EverydayAmounts.h"
 
 namespace qorvane {
 
@@ -94,6 +95,11 @@ class Half {
     allowCharacters(symbols, status);
   }
 
+  Text text(double number) const {
+    icu::UnicodeString wide;
+    return textOf(format.format(number, wide));
+  }
+
   // The number that the whole text shows. The sign is that of a lone format; in a half it means nothing.
   std::optional<double> parse(const icu::UnicodeString& text) const {
     if (text.isEmpty() || allowed_.span(text, 0, USET_SPAN_SIMPLE) != text.length()) return std::nullopt;
@@ -146,12 +152,20 @@ struct NumberFormatter::Machine {
       negative.emplace(whole.substr(split + 1), false, symbols, status);
     if (U_FAILURE(status)) throw notAFormat(pattern, status);
 
-    icu::UnicodeString wide;
-    zero = textOf(positive->format.format(0.0, wide));
+    zero = positive->text(0);
     if (negative)
       negative->format.format(0.0, zeroFromBelow);
     else
       positive->format.format(-0.0, zeroFromBelow);
+
+    everyday = EverydayAmounts([&](double amount) { return positive->text(amount); });
+    everydayBelowZero = EverydayAmounts([&](double amount) { return textBelowZero(-amount); });
+  }
+
+  Text textBelowZero(double number) const {
+    return textBelowZero([&](const icu::DecimalFormat& format, icu::UnicodeString& wide) {
+      format.format(negative ? -number : number, wide);
+    });
   }
 
   // The text of a number below zero: format(half, out) writes it by the half, with its sign when the half
@@ -168,6 +182,8 @@ struct NumberFormatter::Machine {
   // What zero looks like, and what a number looks like that becomes zero only by rounding.
   Text zero;
   icu::UnicodeString zeroFromBelow;
+  EverydayAmounts everyday;
+  EverydayAmounts everydayBelowZero;
 };
 
 NumberFormatter::NumberFormatter() = default;
@@ -191,13 +207,11 @@ NumberFormatter::Machine& NumberFormatter::machine() const {
 
 Text NumberFormatter::stringFromNumber(double number) const {
   const Machine& made = machine();
-  if (number < 0)
-    return made.textBelowZero([&](const icu::DecimalFormat& format, icu::UnicodeString& wide) {
-      format.format(made.negative ? -number : number, wide);
-    });
   // Without the sign that zero and NaN may carry.
-  icu::UnicodeString wide;
-  return textOf(made.positive->format.format(std::abs(number), wide));
+  const double amount = std::abs(number);
+  const Text text = number < 0 ? made.everydayBelowZero.text(amount) : made.everyday.text(amount);
+  if (!text.isNil()) return text;
+  return number < 0 ? made.textBelowZero(number) : made.positive->text(amount);
 }
 
 Text NumberFormatter::stringFromNumber(const Number& number) const {
@@ -218,6 +232,7 @@ Text NumberFormatter::stringFromNumber(const Number& number) const {
 
 std::optional<double> NumberFormatter::numberFromString(const Text& text) const {
   const Machine& made = machine();
+  if (const std::optional<double> amount = made.everyday.amount(text)) return amount;
   const icu::UnicodeString wide = wideOf(text);
   if (const std::optional<double> number = made.positive->parse(wide))
     // Adding zero takes the sign from −0.

@@ -37,13 +37,18 @@ char* putCode(char* out, std::uint32_t code) {
   return out;
 }
 
-/// The value of a hexadecimal digit, or -1.
-int digitOf(char16_t unit) {
-  if (unit >= u'0' && unit <= u'9') return unit - u'0';
-  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
-  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
-  return -1;
-}
+/// The value of each hexadecimal digit, and -1 for the other characters.
+constexpr auto kDigitValues = [] {
+  std::array<std::int8_t, 256> values;
+  values.fill(-1);
+  for (std::int8_t digit = 0; digit < 16; ++digit) {
+    values[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = digit;
+    values[static_cast<unsigned char>("0123456789abcdef"[digit])] = digit;
+  }
+  return values;
+}();
+
+int digitOf(char16_t unit) { return unit < 256 ? kDigitValues[unit] : -1; }
 
 /// Scans two units as a hexadecimal number. A "0x" fills them and leaves nothing to scan, and so reads as 0,
 /// like everything else that holds no number.
@@ -73,6 +78,19 @@ std::optional<std::array<char16_t, kUnits>> unitsOf(std::string_view utf8) {
   return units;
 }
 
+/// The codes of the usual text: seven ASCII characters, of which six are digits.
+std::optional<std::array<int, 3>> plainCodes(std::string_view text) {
+  if (text.size() != kUnits || static_cast<unsigned char>(text[0]) >= 0x80) return std::nullopt;
+  std::array<int, 3> codes;
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    const int high = kDigitValues[static_cast<unsigned char>(text[1 + 2 * i])];
+    const int low = kDigitValues[static_cast<unsigned char>(text[2 + 2 * i])];
+    if ((high | low) < 0) return std::nullopt;
+    codes[i] = high * 16 + low;
+  }
+  return codes;
+}
+
 double componentOf(int code) { return static_cast<float>(code) / kDecodingDivisor; }
 
 }  // namespace
@@ -89,6 +107,9 @@ Text NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(const Color& color) {
 
 std::optional<Color> NSColorHexadecimalValue::nsColorFromHexadecimalValue(const Text& text) {
   if (text.isNil()) return std::nullopt;
+  if (const std::optional<std::array<int, 3>> codes = plainCodes(text))
+    return Color::colorWithCalibratedRed(componentOf((*codes)[0]), componentOf((*codes)[1]),
+                                         componentOf((*codes)[2]), 0);
   const auto units = unitsOf(text);
   if (!units) return std::nullopt;
   const auto component = [&](std::size_t at) {

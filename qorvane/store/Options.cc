@@ -42,9 +42,7 @@ Options& Options::getOptionsObj() {
 void Options::loadOptions() try {
   UserDefaults& defaults = UserDefaults::standardUserDefaults();
   const bool corporate = QVSettings::isT2();
-  const Value stored = defaults.objectForKey(settingsDomainKey());
-  const Dictionary* dictionary = stored.asDictionary();
-  opts_ = dictionary ? std::make_unique<Dictionary>(*dictionary) : std::make_unique<Dictionary>();
+  opts_ = std::make_unique<Dictionary>(defaults.objectForKey(settingsDomainKey()).takeDictionary());
 
   // The getters, not a table of defaults: whatever else a getter does on its first read, it does here.
   bSettingVals = true;
