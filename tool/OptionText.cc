@@ -118,6 +118,28 @@ nlohmann::json shownAsJson(const OptionRow& row, const Value& value) {
   return value.textValue().string();
 }
 
+std::string masked(const OptionRow& row, const Value& value, bool showSecrets) {
+  const std::string text = shown(row, value);
+  return row.secret && !showSecrets && !text.empty() ? kMask : text;
+}
+
+nlohmann::json maskedJson(const OptionRow& row, const Value& value, bool showSecrets) {
+  const bool hidden = row.secret && !showSecrets && !shown(row, value).empty();
+  return hidden ? nlohmann::json(kMask) : shownAsJson(row, value);
+}
+
+Value readIn(qorvane::Options& store, const OptionRow& row) try {
+  row.read(store);
+  return row.read(store);
+} catch (const qorvane::Exception& error) {
+  throw unreadable(row, error);
+}
+
+Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
+  return Failure(Exit::BadData, "the entry " + row.key().string() + " cannot be read (" + error.what() +
+                                    "); `optionsmgr reset " + std::string(row.name) + "` mends it");
+}
+
 const char* typeName(const OptionRow& row) {
   switch (row.type) {
     case OptionType::Flag:

@@ -6,8 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/Value.h"
 #include "qorvane/store/OptionTable.h"
+#include "qorvane/store/Options.h"
+#include "tool/Failure.h"
 
 namespace optionsmgr {
 
@@ -21,6 +24,20 @@ std::string shown(const qorvane::OptionRow& row, const qorvane::Value& value);
 
 /// The same for JSON: flags and integers as such, nil as null.
 nlohmann::json shownAsJson(const qorvane::OptionRow& row, const qorvane::Value& value);
+
+/// What is shown in a secret's place.
+inline constexpr const char* kMask = "********";
+
+/// As `shown`, but a secret that is set is masked unless secrets are shown; one that is not hides nothing.
+std::string masked(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
+nlohmann::json maskedJson(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
+
+/// The option's value in that store. The read that finds no entry may answer otherwise than all later ones,
+/// which count. Throws Failure (bad data) for an entry that its own accessors refuse.
+qorvane::Value readIn(qorvane::Options& store, const qorvane::OptionRow& row);
+
+/// What to tell of such an entry: only a colour's can be so.
+Failure unreadable(const qorvane::OptionRow& row, const qorvane::Exception& error);
 
 /// The option's type as a word: "text", "choice", "flag", "integer", "date", "font".
 const char* typeName(const qorvane::OptionRow& row);

@@ -38,33 +38,6 @@ struct OptionRequest {
   bool showSecrets = false;
 };
 
-constexpr const char* kMask = "********";
-
-// A secret that is set is masked; one that is not set hides nothing.
-std::string masked(const OptionRow& row, const Value& value, bool showSecrets) {
-  const std::string text = shown(row, value);
-  return row.secret && !showSecrets && !text.empty() ? kMask : text;
-}
-
-Json maskedJson(const OptionRow& row, const Value& value, bool showSecrets) {
-  return row.secret && !showSecrets && !shown(row, value).empty() ? Json(kMask)
-                                                                  : Json(shownAsJson(row, value));
-}
-
-// What to tell of an entry that its own accessors refuse: only a colour's can be so.
-Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
-  return Failure(Exit::BadData, "the entry " + row.key().string() + " cannot be read (" + error.what() +
-                                    "); `optionsmgr reset " + std::string(row.name) + "` mends it");
-}
-
-// The option's value. The read that finds no entry may answer otherwise than all later ones, which count.
-Value readIn(Options& store, const OptionRow& row) try {
-  row.read(store);
-  return row.read(store);
-} catch (const qorvane::Exception& error) {
-  throw unreadable(row, error);
-}
-
 void writeIn(Options& store, const OptionRow& row, const Value& value) try {
   row.write(store, value);
 } catch (const qorvane::Exception& error) {
@@ -92,7 +65,7 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
     try {
       const Value value = readIn(*store, row);
       if (request.changedOnly && (!row.write || value == row.fallback())) continue;
-      found[name] = session.json() ? maskedJson(row, value, request.showSecrets)
+      found[name] = session.json() ? Json(maskedJson(row, value, request.showSecrets))
                                    : Json(masked(row, value, request.showSecrets));
     } catch (const Failure& failure) {
       // One bad entry must not hide the others.
@@ -149,7 +122,7 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
   Json fields = Json::object();
   fields["name"] = std::string(row.name);
   fields["type"] = typeName(row);
-  fields["value"] = maskedJson(row, value, request.showSecrets);
+  fields["value"] = Json(maskedJson(row, value, request.showSecrets));
   if (row.write) fields["default"] = Json(shownAsJson(row, row.fallback()));
   if (!key.isNil()) fields["key"] = key.string();
   if (!row.form.empty()) fields["form"] = std::string(row.form);

@@ -1,5 +1,6 @@
 #include "tool/Session.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -9,6 +10,7 @@
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/siblings/QVSettings.h"
+#include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/Suggest.h"
 
@@ -45,15 +47,38 @@ FileManagerChoice::~FileManagerChoice() { qorvane::FileManager::setDefaultManage
 Session::Session(Settings settings)
     : settings_(std::move(settings)),
       files_(settings_.folder.empty() ? FileUserDefaults::defaultFolder() : settings_.folder) {
-  QVSettings::setProduct({.corporate = settings_.corporate,
-                          .professional = !settings_.singleFiler,
-                          .taxYear = settings_.year != 0 ? settings_.year : QVSettings::YOR(),
-                          .release = Text(settings_.release)});
+  if (settings_.year == 0) settings_.year = seasonYear();
+  setProduct();
   files_.setLockWait(static_cast<int>(settings_.lockWait * 1000));
   UserDefaults::setStandardUserDefaults(&files_);
 }
 
 Session::~Session() { UserDefaults::setStandardUserDefaults(nullptr); }
+
+int Session::seasonYear() {
+  QVSettings::setSource(nullptr);
+  return QVSettings::YOR();
+}
+
+void Session::setProduct() const {
+  QVSettings::setProduct({.corporate = settings_.corporate,
+                          .professional = !settings_.singleFiler,
+                          .taxYear = settings_.year,
+                          .release = Text(settings_.release)});
+}
+
+Session::ProductChoice::ProductChoice(const Session& session, bool corporate, int year) : session_(session) {
+  QVSettings::setProduct({.corporate = corporate,
+                          .professional = !session.settings_.singleFiler,
+                          .taxYear = year,
+                          .release = Text(session.settings_.release)});
+}
+Session::ProductChoice::~ProductChoice() { session_.setProduct(); }
+
+Session::StoreChoice::StoreChoice(Session& session, UserDefaults& store) : session_(session) {
+  UserDefaults::setStandardUserDefaults(&store);
+}
+Session::StoreChoice::~StoreChoice() { UserDefaults::setStandardUserDefaults(&session_.files_); }
 
 bool Session::colorTerminal() const {
   const char* refused = std::getenv("NO_COLOR");
@@ -62,16 +87,24 @@ bool Session::colorTerminal() const {
          isatty(STDOUT_FILENO);
 }
 
-std::unique_ptr<Options> Session::load() try {
+std::size_t Session::terminalWidth() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void Session::requireUndamaged(const Text& key) {
   using State = FileUserDefaults::Inspection::State;
+  const auto found = files_.inspect(key);
+  if (found.state != State::Damaged) return;
+  const bool copy = files_.inspectBackup(key).state == State::Good;
+  throw Failure(Exit::BadData, files_.pathForKey(key) + " is damaged (" + found.damage.string() +
+                                   "); nothing was changed. `optionsmgr restore` sets it aside and " +
+                                   (copy ? "puts the last good copy in its place" : "starts afresh"));
+}
+
+std::unique_ptr<Options> Session::load() try {
   auto store = std::make_unique<Options>();
-  const Text key = store->settingsDomainKey();
-  if (const auto found = files_.inspect(key); found.state == State::Damaged) {
-    const bool copy = files_.inspectBackup(key).state == State::Good;
-    throw Failure(Exit::BadData, files_.pathForKey(key) + " is damaged (" + found.damage.string() +
-                                     "); nothing was changed. `optionsmgr restore` sets it aside and " +
-                                     (copy ? "puts the last good copy in its place" : "starts afresh"));
-  }
+  requireUndamaged(store->settingsDomainKey());
   store->loadOptions();
   return store;
 } catch (const FileException& error) {
@@ -81,6 +114,7 @@ std::unique_ptr<Options> Session::load() try {
 std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& change) try {
   {
     const FileUserDefaults::Lock lock(files_);
+    undoUnfinished(*this);
     const auto store = load();
     change(*store);
     store->saveOptions();

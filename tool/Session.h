@@ -7,8 +7,10 @@
 
 #include "qorvane/platform/FileManager.h"
 #include "qorvane/platform/FileUserDefaults.h"
+#include "qorvane/platform/UserDefaults.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
+#include "tool/Failure.h"
 
 namespace optionsmgr {
 
@@ -31,9 +33,12 @@ struct Settings {
   int year = 0;  // 0: the current filing season.
   std::string release;
   bool singleFiler = false;
-  std::string folder;    // Empty: the user's own.
-  double lockWait = 10;  // Seconds.
+  std::string folder;        // Empty: the user's own.
+  double lockWait = 10;      // Seconds.
+  bool productSaid = false;  // --product was given.
+  bool yearSaid = false;     // --year was given.
   bool json = false;
+  bool quiet = false;
   bool noColor = false;
 };
 
@@ -47,9 +52,45 @@ class Session {
 
   const Settings& settings() const { return settings_; }
   bool json() const { return settings_.json; }
+  /// Reports are wanted: what a verb says about its work, where its work is not to answer something.
+  bool reports() const { return !settings_.quiet; }
+  /// The tax year of the current filing season.
+  static int seasonYear();
+  /// What the run ends with when nothing fails; Exit::Done at first.
+  Exit exit() const { return exit_; }
+  void setExit(Exit exit) { exit_ = exit; }
   /// Standard output is a terminal that takes colours, and nobody said not to use them.
   bool colorTerminal() const;
+  /// The columns of the terminal that standard output is; 0 when it is none.
+  static std::size_t terminalWidth();
   qorvane::FileUserDefaults& files() { return files_; }
+
+  /// Throws Failure (bad data), with the file untouched, when the key's file is damaged.
+  void requireUndamaged(const qorvane::Text& key);
+
+  /// While it lives, the running product is another one.
+  class ProductChoice {
+   public:
+    ProductChoice(const Session& session, bool corporate, int year);
+    ~ProductChoice();
+    ProductChoice(const ProductChoice&) = delete;
+    ProductChoice& operator=(const ProductChoice&) = delete;
+
+   private:
+    const Session& session_;
+  };
+
+  /// While it lives, the library's store is another one.
+  class StoreChoice {
+   public:
+    StoreChoice(Session& session, qorvane::UserDefaults& store);
+    ~StoreChoice();
+    StoreChoice(const StoreChoice&) = delete;
+    StoreChoice& operator=(const StoreChoice&) = delete;
+
+   private:
+    Session& session_;
+  };
 
   /// A store loaded from the disk as it is now. Throws Failure, with the file untouched, when the file is
   /// damaged or cannot be read.
@@ -63,7 +104,10 @@ class Session {
   static const qorvane::OptionRow& option(const std::string& nameOrKey);
 
  private:
+  void setProduct() const;
+
   Settings settings_;
+  Exit exit_ = Exit::Done;
   FileManagerChoice noFolders_{false};
   qorvane::FileUserDefaults files_;
 };

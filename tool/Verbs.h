@@ -56,5 +56,9 @@ void addAnswerVerbs(Verbs& verbs);
 void addJurisdictionVerbs(Verbs& verbs);
 /// product, notice, pages.
 void addProductVerbs(Verbs& verbs);
+/// diff, carry-forward.
+void addYearVerbs(Verbs& verbs);
+/// export, import.
+void addExchangeVerbs(Verbs& verbs);
 
 }  // namespace optionsmgr

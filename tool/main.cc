@@ -8,7 +8,9 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/FileUserDefaults.h"
 #include "qorvane/platform/Log.h"
+#include "tool/Domains.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
 #include "tool/Session.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
@@ -83,6 +85,7 @@ int run(int argc, char** argv) {
                  "seconds to wait while another program saves; 10 by default")
       ->check(CLI::Range(0.0, 86400.0));
   app.add_flag("--json", settings.json, "print JSON");
+  app.add_flag("--quiet", settings.quiet, "no reports, only answers and errors");
   app.add_flag("--no-color", settings.noColor, "no colours on the terminal");
 
   Verbs verbs(app);
@@ -90,6 +93,8 @@ int run(int argc, char** argv) {
   addAnswerVerbs(verbs);
   addJurisdictionVerbs(verbs);
   addProductVerbs(verbs);
+  addYearVerbs(verbs);
+  addExchangeVerbs(verbs);
 
   try {
     app.parse(parsable(app, {argv + 1, argv + argc}));
@@ -111,11 +116,23 @@ int run(int argc, char** argv) {
   }
 
   settings.corporate = product == "T2" || product == "t2";
+  settings.productSaid = app.count("--product") > 0;
+  settings.yearSaid = settings.year != 0;
   Session session(std::move(settings));
+  try {
+    if (undoUnfinished(session))
+      std::cerr << "optionsmgr: "
+                << say("a run that was killed had changed several years in part; they are as before it")
+                << '\n';
+  } catch (const Failure& failure) {
+    // Who may not write may still read.
+    if (failure.code() != Exit::NoPermission) throw;
+    std::cerr << "optionsmgr: " << failure.what() << '\n';
+  }
   verbs.run(session, std::cout);
   std::cout.flush();
   if (!std::cout) throw Failure(Exit::InputOutput, "the answer could not be written");
-  return static_cast<int>(Exit::Done);
+  return static_cast<int>(session.exit());
 }
 
 }  // namespace

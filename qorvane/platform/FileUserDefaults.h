@@ -92,6 +92,8 @@ class FileUserDefaults : public UserDefaults {
   /// When it answers false, one line of the log says why.
   bool synchronize() override;
   std::optional<StoreFailure> lastFailure() const override { return lastFailure_; }
+  /// Drops an object that was set and not yet written: the next `synchronize` does not try it again.
+  void forget(const Text& key) { pending_.erase(key.string()); }
 
  private:
   struct Contents;

@@ -16,7 +16,11 @@ struct ToolResult {
 /// able, so that file permissions count even where the tests run as root.
 ToolResult optionsmgr(const std::vector<std::string>& arguments, bool asNobody = false);
 
-/// Runs any program found on the path.
-ToolResult run(const std::vector<std::string>& command);
+/// Runs any program found on the path, with this on its standard input.
+ToolResult run(const std::vector<std::string>& command, const std::string& input = "");
+
+/// Runs the tool and kills it before its call of the system that is the n-th, from 1, of those that change
+/// what is on the disk. False when it ended before it made so many.
+bool optionsmgrKilledBefore(int call, const std::vector<std::string>& arguments);
 
 }  // namespace testing_support
