@@ -4,6 +4,7 @@
 
 #include "qorvane/jurisdictions/ChoiceLists.h"
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
+#include "qorvane/manager/OptionsMgr.h"
 #include "tool/Columns.h"
 #include "tool/Failure.h"
 #include "tool/Suggest.h"
@@ -64,6 +65,10 @@ void choices(Session& session, const ChoicesRequest& request, std::ostream& out)
 
 // A jurisdiction in all its forms, found by one of them or by a postal code.
 void province(Session& session, const ProvinceRequest& request, std::ostream& out) {
+  // Names are asked for in the display language, which is the store's: it must be in order. The language is
+  // changed in memory only.
+  session.load();
+  qorvane::OptionsMgr::setLanguage("English");
   const Text asked(request.name);
   const bool named = ProvinceCodeMapping::getOurProvCodeFromProvName(asked) != 0;
   // The library looks at a letter or three; a person who types a name amiss did not mean a postal code.
@@ -78,15 +83,13 @@ void province(Session& session, const ProvinceRequest& request, std::ostream& ou
                                       "\" is neither a jurisdiction of this product nor a postal code" +
                                       didYouMean(request.name, names));
   }
-  const Text english = ProvinceCodeMapping::getNeutralProvinceName(named ? asked : code);
-  // The corporate product's French variants have a number, but no neutral name of their own.
-  const Text neutral = ProvinceCodeMapping::getNeutralProvinceName(code).isSameObject(code)
-                           ? english
-                           : ProvinceCodeMapping::getNeutralProvinceName(code);
+  // The personal product has a full name for the number of "MJ", but no neutral name for the code.
+  const Text neutral = ProvinceCodeMapping::getNeutralProvinceName(code);
+  const Text english = neutral.isEqualTo(code) ? ProvinceCodeMapping::getProvinceFullName(code) : neutral;
   const Json told{{"code", code.string()},
                   {"number", static_cast<int>(ProvinceCodeMapping::getOurProvCodeFromProvName(code))},
-                  {"en", neutral.string()},
-                  {"fr", ProvinceCodeMapping::getFrProvNameFromEngProvName(neutral).string()},
+                  {"en", english.string()},
+                  {"fr", ProvinceCodeMapping::getFrProvNameFromEngProvName(english).string()},
                   {"image", static_cast<int>(ProvinceCodeMapping::getImageIndexFromProvince(code))},
                   {"foundBy", named ? "name or code" : "postal code"}};
   if (session.json()) {

@@ -245,6 +245,7 @@ std::u16string upperCasedStart(std::string_view text) {
 
 double numberOfPostalDistrict(std::string_view postalCode) {
   const std::u16string start = upperCasedStart(postalCode);
+  if (start.empty()) return 0;
   // Only the low eight bits of the first character count, so a letter beyond Latin-1 passes for another one.
   const char letter = static_cast<char>(start.front() & 0xFF);
   if (letter == 'X') return start == u"X0A" || start == u"X0B" || start == u"X0C" ? 19 : 11;
@@ -257,21 +258,22 @@ double numberOfPostalDistrict(std::string_view postalCode) {
 
 const std::vector<Text>& ProvinceCodeMapping::provinceList() {
   // A list for each language, which callers may tell apart; the French one holds English names on purpose.
-  static const std::vector<Text> english = {"Alberta",
-                                            "New Brunswick",
-                                            "Quebec",
-                                            "Non-Resident",
-                                            "Prince Edward Island",
-                                            "Northwest Territories",
-                                            "Manitoba",
-                                            "British Columbia",
-                                            "Yukon",
-                                            "Nova Scotia",
-                                            "Newfoundland and Labrador",
-                                            "Nunavut",
-                                            "Saskatchewan",
-                                            "Ontario"};
-  static const std::vector<Text> french = english;
+  // Kept for the life of the process: destructors of static objects may still ask.
+  static const std::vector<Text>& english = *new std::vector<Text>{"Alberta",
+                                                                   "New Brunswick",
+                                                                   "Quebec",
+                                                                   "Non-Resident",
+                                                                   "Prince Edward Island",
+                                                                   "Northwest Territories",
+                                                                   "Manitoba",
+                                                                   "British Columbia",
+                                                                   "Yukon",
+                                                                   "Nova Scotia",
+                                                                   "Newfoundland and Labrador",
+                                                                   "Nunavut",
+                                                                   "Saskatchewan",
+                                                                   "Ontario"};
+  static const std::vector<Text>& french = *new std::vector<Text>(english);
   return displayLanguageIsEnglish() ? english : french;
 }
 

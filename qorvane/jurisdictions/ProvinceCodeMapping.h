@@ -7,8 +7,8 @@
 // multiple jurisdictions 14 and 12. So a stored number must be read in the product that wrote it.
 //
 // The product and the display language are asked on every call. Names are compared exactly, letter case and
-// accents included; which French forms are taken depends on the product. Nothing here fails or allocates:
-// results are constants, or the argument itself where that is said.
+// accents included; which French forms are taken depends on the product. Nothing here fails, and look-ups
+// of names and numbers do not allocate: results are constants, or the argument itself where that is said.
 #pragma once
 
 #include <vector>

@@ -544,7 +544,7 @@ class OptionsMgr {
   static bool rc59OnlineAuthorization();
   static void setRc59OnlineAuthorization(bool on);
 
-  /// The representative may update the account, a text.
+  /// How far the representative may go, a neutral value of RC59OptionsMapping.
   static Text rc59AllowUpdateAccess();
   static void setRc59AllowUpdateAccess(const Text& answer);
 
@@ -562,7 +562,8 @@ class OptionsMgr {
   static bool mr69_AuthForAllFiles();
   static void setMr69_AuthForAllFiles(bool on);
 
-  /// A label of MR69AuthoriztionOrPowerOfAttorneyMapping in the display language.
+  /// Authorization or power of attorney, a label of MR69AuthoriztionOrPowerOfAttorneyMapping in the display
+  /// language.
   static Text mr69_AuthType();
   static void setMr69_AuthType(const Text& label);
 
@@ -637,7 +638,7 @@ class OptionsMgr {
   static bool mrqAuthOfSupportPymnts();
   static void setMrqAuthOfSupportPymnts(bool on);
 
-  /// Only certain information or documents.
+  /// The following information or documents only.
   static bool mrqFollowingInfoOrDocs();
   static void setMrqFollowingInfoOrDocs(bool on);
 

@@ -167,7 +167,8 @@ struct ComparingIdentity {
   }
 };
 
-/// True when both are numbers of the same value; the empty text of a cleared date is the same as nothing.
+/// True when both are numbers of the same value. The empty text of a cleared date is the same as no number,
+/// itself included.
 inline bool isSameNumber(const Value& a, const Value& b) {
   return a.asNumber() && b.asNumber() && *a.asNumber() == *b.asNumber();
 }

@@ -11,8 +11,9 @@
 //
 // Setters are of two kinds. A comparing setter stores a value that differs from the current one and marks the
 // store as changed, so that the next save announces it. A direct setter stores at once and marks nothing;
-// what it changed is saved but not announced. No getter or setter reports an error; an entry of an unexpected
-// kind reads as its conversion says (qorvane/store/StoredForms.h). Main thread only.
+// what it changed is saved but not announced. An entry of an unexpected kind reads as its conversion says
+// (qorvane/store/StoredForms.h). No getter or setter reports an error, save those of the colours, which throw
+// Exception for an entry that is no colour. Main thread only.
 #pragma once
 
 #include <memory>
@@ -539,7 +540,7 @@ class Options {
   bool mrqAuthOfShelterAllwnc();
   void setMrqAuthOfShelterAllwnc(bool on);
 
-  /// Returns that go with a licence.
+  /// Returns related to licences.
   bool mrqAuthOfLicRelatedTaxRetuns();
   void setMrqAuthOfLicRelatedTaxRetuns(bool on);
 
@@ -563,11 +564,11 @@ class Options {
   bool mrqAuthOfSupportPymnts();
   void setMrqAuthOfSupportPymnts(bool on);
 
-  /// The information and documents that follow.
+  /// The following information or documents only.
   bool mrqFollowingInfoOrDocs();
   void setMrqFollowingInfoOrDocs(bool on);
 
-  /// Information for applying or enforcing the excise act.
+  /// Information on the application or enforcement of the excise act.
   bool mrqInfoApplOrEnforceExcsAct();
   void setMrqInfoApplOrEnforceExcsAct(bool on);
 
@@ -704,8 +705,7 @@ class Options {
   /// As `rootPath`.
   Text userDataPath();
   /// Where the help file stands: the application's folder, "/../Help/" and the file's name, with the ".." as
-  /// it is;
-  /// "" when the application's folder cannot be found. Nothing is tested on disk.
+  /// it is; "" when the application's folder cannot be found. Nothing is tested on disk.
   Text helpFile();
 
   // Each of the following answers the stored path, or its default while there is none or an empty one, and

@@ -215,8 +215,7 @@ TEST_F(FileUserDefaultsTest, WhatIsNoFileIsNotWaitedFor) {
   EXPECT_THROW(load(), FileException);
 }
 
-// ---- files of other programs
-// ---------------------------------------------------------------------------------
+// ---- files of other programs ------------------------------------------------------------------------
 
 TEST_F(FileUserDefaultsTest, ReadsFilesOfOtherWritersAndKeepsWhatStandsBeside) {
   for (const PropertyListFormat format : {PropertyListFormat::Binary, PropertyListFormat::Xml}) {
@@ -240,8 +239,7 @@ TEST_F(FileUserDefaultsTest, ASealedFileRewrittenByAnotherProgramIsNotDamaged) {
   EXPECT_TRUE(logged.lines().empty());
 }
 
-// ---- damage
-// --------------------------------------------------------------------------------------------------
+// ---- damage -----------------------------------------------------------------------------------------
 
 class DamageTest : public FileUserDefaultsTest {
  protected:
@@ -448,8 +446,7 @@ TEST_F(DamageTest, InAFolderThatCannotBeChangedTheGoodCopyIsLoadedAndTheFileStay
     EXPECT_NE(logged.lines()[0].view().find(part), std::string_view::npos) << logged.lines()[0];
 }
 
-// ---- failures
-// ----------------------------------------------------------------------------------------------------
+// ---- failures ---------------------------------------------------------------------------------------
 
 // A save or a load whose every call fails in turn with each of these causes: once, or from then on for every
 // call of its kind, as on a full disk.
@@ -667,8 +664,7 @@ TEST_F(FileUserDefaultsTest, ANewFileIsSyncedBeforeItIsPublishedAndTheFolderAfte
   EXPECT_EQ(order, (std::vector<std::string>{"write", "fsync", "link", "rename", "rename", "fsync"}));
 }
 
-// ---- several writers
-// -----------------------------------------------------------------------------------------------
+// ---- several writers --------------------------------------------------------------------------------
 
 TEST_F(FileUserDefaultsTest, ALockHeldElsewhereFailsTheSaveAfterTheWait) {
   FileUserDefaults holder;

@@ -136,8 +136,7 @@ TEST(AuthorizationOptionsTest, AClearedDateIsTheEmptyText) {
   EXPECT_TRUE(StoreWorld::announced());
 }
 
-// ---- a fresh store
-// -----------------------------------------------------------------------------------------
+// ---- a fresh store ----------------------------------------------------------------------------------
 
 TEST(AuthorizationOptionsTest, AFreshStoreHasLevelOneAndNoDate) {
   StoreWorld world;
@@ -181,8 +180,7 @@ TEST(AuthorizationOptionsTest, AnIntegerFlagOfTwoIsFalse) {
   EXPECT_FALSE(world.store.mrqAuthOfFuelTaxRetuns());
 }
 
-// ---- the labels of the Quebec forms
-// ----------------------------------------------------------------------------
+// ---- the labels of the Quebec forms -----------------------------------------------------------------
 
 TEST(AuthorizationOptionsTest, QuebecLabelsAreKeptAsNeutralValuesAndReadInTheLanguageOfTheDay) {
   StoreWorld world;

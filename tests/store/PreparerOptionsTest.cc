@@ -195,8 +195,7 @@ TEST(PreparerOptionsTest, APostalCodeInBulkModeStoresNothingElse) {
   EXPECT_FALSE(StoreWorld::announced());
 }
 
-// ---- setters that nearly follow the pattern
-// ----------------------------------------------------------------
+// ---- setters that nearly follow the pattern ---------------------------------------------------------
 
 TEST(PreparerOptionsTest, ClearingTheTaxRateIsNoChangeWhereClearingTheFirmNameIs) {
   StoreWorld world;

@@ -127,6 +127,10 @@ TEST_F(AnswerVerbsTest, ProvincesAreFoundByNameCodeAndPostalCode) {
   EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "Nouvelle Ecosse"}))["en"],
             "Nova Scotia");
   EXPECT_NE(shown({"province", "X0A 0H0"}).find("Nunavut"), std::string::npos);
+  EXPECT_EQ(json::parse(shown({"--json", "province", "MJ"}))["en"], "Multiple Jurisdiction");
+  EXPECT_EQ(json::parse(shown({"--json", "province", "Nouveau Brunswick"}))["fr"], "Nouveau-Brunswick");
+  EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "Columbie-Britannique"}))["code"],
+            "BC");
   expectFailure(tool({"province", "Nevada"}), 1, "Nevada");
   EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "Nevada"}))["number"], 133);
   expectFailure(tool({"province", "quebec"}), 1, "did you mean \"Quebec\"");

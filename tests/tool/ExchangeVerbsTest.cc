@@ -227,8 +227,7 @@ TEST_F(ExchangeVerbsTest, AYearThatCannotBeWrittenPutsTheOthersBack) {
   EXPECT_FALSE(fs::exists(home.store() / ".unfinished"));
 }
 
-// ---- killed at every call that changes the disk
-// ---------------------------------------------------------------
+// ---- killed at every call that changes the disk -----------------------------------------------------
 
 using KilledSlow = ExchangeVerbsTest;
 
