@@ -16,7 +16,6 @@
 namespace qorvane {
 namespace {
 
-using testing_support::asRow;
 using testing_support::Edition;
 using testing_support::kEditions;
 using testing_support::lookalikes;

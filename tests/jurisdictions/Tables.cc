@@ -45,7 +45,7 @@ std::vector<Row> readTable(const std::string& file) {
   const std::size_t columns = cells(line).size();
   while (std::getline(lines, line)) {
     rows.push_back(cells(line));
-    if (rows.back().size() < columns) throw std::runtime_error(file + ": too few cells in " + line);
+    if (rows.back().size() < columns) throw std::runtime_error("too few cells in " + line);
   }
   if (rows.empty()) throw std::runtime_error(file + " is empty");
   return rows;
