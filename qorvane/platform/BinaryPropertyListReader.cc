@@ -225,8 +225,7 @@ class BinaryReader {
     if (head.type == 0x5) {
       const std::string_view ascii = bytes_.substr(head.at, head.size);
       // Some writers put UTF-8 here; bytes that are not even that would come back changed.
-      if (!isWellFormedUtf8(ascii))
-        fail(head.start, "the text is neither ASCII nor UTF-8");
+      if (!isWellFormedUtf8(ascii)) fail(head.start, "the text is neither ASCII nor UTF-8");
       return Text::fromWellFormed(ascii);
     }
     const std::string_view units = bytes_.substr(head.at, 2 * head.size);

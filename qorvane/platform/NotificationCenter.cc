@@ -84,10 +84,11 @@ NotificationCenter::Observer NotificationCenter::addObserver(
   return Observer(registry_, std::move(entry));
 }
 
-void NotificationCenter::postNotificationName(const Text& name, const void* object) noexcept {
+void NotificationCenter::postNotificationName(const Text& name, const void* object) {
   // An observer may destroy the centre, its own token or the name that the poster gave: all three are held.
   const std::shared_ptr<Registry> registry = registry_;
   const Notification notification{name, object};
+  std::exception_ptr first;
   ++registry->postings;
   // By position and up to the present end: observers that come now may move the list but wait their turn.
   const std::size_t end = registry->entries.size();
@@ -98,13 +99,15 @@ void NotificationCenter::postNotificationName(const Text& name, const void* obje
     try {
       entry->observer(notification);
     } catch (const std::exception& thrown) {
-      logThrown(notification.name, thrown.what());
+      first ? logThrown(notification.name, thrown.what()) : void(first = std::current_exception());
     } catch (...) {
-      logThrown(notification.name, "something that is no exception");
+      first ? logThrown(notification.name, "something that is no exception")
+            : void(first = std::current_exception());
     }
   }
   --registry->postings;
   registry->closeHoles();
+  if (first) std::rethrow_exception(first);
 }
 
 }  // namespace qorvane

@@ -59,9 +59,9 @@ class NotificationCenter {
   [[nodiscard]] Observer addObserver(Text name, std::function<void(const Notification&)> observer,
                                      const void* ofObject = nullptr);
 
-  /// Tells the observers of the name. What an observer throws is logged and does not reach the others or the
-  /// poster. A nil name tells nobody.
-  void postNotificationName(const Text& name, const void* object) noexcept;
+  /// Tells the observers of the name. One that throws does not silence the others: when all have been told,
+  /// the first exception passes on to the poster; further ones are logged. A nil name tells nobody.
+  void postNotificationName(const Text& name, const void* object);
 
  private:
   std::shared_ptr<Registry> registry_;

@@ -47,7 +47,8 @@ void raise(FaultInjectingUserDefaults::Fault fault, const char* what) {
 
 UserDefaults& UserDefaults::standardUserDefaults() {
   if (replacementStore) return *replacementStore;
-  static FileUserDefaults files;
+  static FileUserDefaults& files =
+      *new FileUserDefaults;  // Never destroyed: saves may come until the very end.
   return files;
 }
 

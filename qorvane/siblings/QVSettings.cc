@@ -31,14 +31,18 @@ int currentFilingSeason() {
   return today.tm_year + 1900 - 1;
 }
 
-const QVSettings::Source*& chosenSource() {
-  static const QVSettings::Source* source = nullptr;
-  return source;
-}
+// The professional personal product of the current filing season, which the calendar moves on.
+class Season : public FixedProduct {
+ public:
+  Season() : FixedProduct({}) {}
+  int YOR() const override { return currentFilingSeason(); }
+};
+
+constinit const QVSettings::Source* chosen = nullptr;
 
 const QVSettings::Source& source() {
-  if (const QVSettings::Source* chosen = chosenSource()) return *chosen;
-  static const FixedProduct season({.taxYear = currentFilingSeason()});
+  if (chosen) return *chosen;
+  static const Season& season = *new Season;  // Never destroyed: settings are asked for until the very end.
   return season;
 }
 
@@ -51,11 +55,11 @@ bool QVSettings::isT2_VER2() { return source().isT2_VER2(); }
 bool QVSettings::isT2VER(const Text& release) { return source().isT2VER(release); }
 
 void QVSettings::setProduct(Product product) {
-  static FixedProduct fixed{{}};
+  static FixedProduct& fixed = *new FixedProduct({});
   fixed = FixedProduct(std::move(product));
   setSource(&fixed);
 }
 
-void QVSettings::setSource(const Source* source) { chosenSource() = source; }
+void QVSettings::setSource(const Source* source) { chosen = source; }
 
 }  // namespace qorvane

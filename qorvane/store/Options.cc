@@ -1,6 +1,5 @@
 #include "qorvane/store/Options.h"
 
-#include <array>
 #include <mutex>
 
 #include "qorvane/foundation/Exception.h"
@@ -32,10 +31,10 @@ Options::Options() { notifyAll = false; }
 Options::~Options() = default;
 
 Options& Options::getOptionsObj() {
-  static std::recursive_mutex creation;
-  static std::unique_ptr<Options> shared;
+  static std::recursive_mutex& creation = *new std::recursive_mutex;
+  static Options* shared = nullptr;  // Never destroyed, like the facade's store.
   const std::lock_guard lock(creation);
-  if (!shared) shared = std::make_unique<Options>();
+  if (!shared) shared = new Options;
   return *shared;
 }
 

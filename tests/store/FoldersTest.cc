@@ -1,6 +1,7 @@
 // Where the suite's folders are, and that they exist.
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "qorvane/platform/Bundle.h"
@@ -137,6 +138,28 @@ TEST_F(FoldersTest, APlainFileInTheWayIsAnsweredAsItIs) {
   testing_support::writeFile(suite() / "2020" / "CIF", "a file");
   EXPECT_EQ(store.cifFileFolder(), Text((suite() / "2020/CIF").string()));
   EXPECT_TRUE(fs::is_regular_file(suite() / "2020" / "CIF"));
+}
+
+TEST_F(FoldersTest, WhereSomethingIsNothingIsAskedToBeMade) {
+  MemoryFileManager files;
+  const Text path = (suite() / "2020/CIF").string();
+  files.addFile(path);
+  EXPECT_EQ(store.cifFileFolder(), path);
+  EXPECT_EQ(std::ranges::count(files.asked(), path), 0);
+}
+
+TEST_F(FoldersTest, AnEntryThatIsNoTextReadsAsNilAndMakesNothing) {
+  MemoryFileManager files;
+  store.options()->set(Text("CIFFileFolder"), Data("x"));
+  EXPECT_TRUE(store.cifFileFolder().isNil());
+  EXPECT_EQ(files.asked(), std::vector<Text>{nullptr}) << "the file manager knows that nil is no path";
+}
+
+TEST_F(FoldersTest, TheRootsPassOnWhatTheFileManagerThrows) {
+  MemoryFileManager files;
+  files.setCreation(MemoryFileManager::Creation::Throws);
+  EXPECT_THROW(store.rootPath(), Exception);
+  EXPECT_THROW(store.lastYearRootPath(), Exception);
 }
 
 TEST_F(FoldersTest, ADanglingLinkIsAnsweredAndStays) {

@@ -1,6 +1,11 @@
 // Loading, saving and announcing.
 #include "qorvane/store/Options.h"
 
+#include <array>
+#include <barrier>
+#include <iterator>
+#include <span>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -89,17 +94,78 @@ TEST_F(OptionsTest, TheProductsOfOneYearNeverShareAnEntry) {
   EXPECT_EQ(*saved("QorvaneT1Settings2020").find("Language"), Value(Text("French")));
 }
 
+std::vector<std::string> words(const std::string& text) {
+  std::istringstream in(text);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
 TEST_F(OptionsTest, TheLoadListsAreThoseOfTheProducts) {
-  const auto personal = personalLoadList();
-  const auto corporate = corporateLoadList();
-  ASSERT_EQ(personal.size(), 41u);
-  ASSERT_EQ(corporate.size(), 51u);
-  EXPECT_EQ(personal[0], "yor");
-  EXPECT_EQ(personal[40], "preparerNoticeOfAssAndTaxRefundOption");
-  EXPECT_TRUE(std::equal(personal.begin(), personal.begin() + 39, corporate.begin()));
-  EXPECT_EQ(corporate[39], "bDisclaimer");
-  EXPECT_EQ(corporate[49], "bDisclaimer");
-  EXPECT_EQ(corporate[50], "preparerNoticeOfAssAndTaxRefundOption");
+  const std::string common =
+      "yor language languageOfCorrespondance preparerProvinceAsDefault zsupress allowOverriding "
+      "preparerEfileNumber preparerPassword preparerNameOfRepresentative preparerFirmName "
+      "preparerAddressLine1 preparerAddressLine2 preparerAddressLine3 preparerSuitNo "
+      "preparerStreetNo preparerStreetName preparerPostalCode preparerCity preparerPhone "
+      "preparerPostBoxNo preparerFax preparerEmail preparerCountry preparerPreAssessmentReview "
+      "preparerTaxpyersNameAsLastYr preparerPostAssessmentReview t1013RepID repFirstName "
+      "repLastName t1013BussinessNo t1013LevelOfAuth t1013ExpiryDate t1013AuthForAllYrs "
+      "t1013AuthForSelectiveYrs t1013OnlineAuthorization printBarCode donotShowPDFValidityPage "
+      "printHeaderOption printFontForFooter ";
+  const auto asStrings = [](std::span<const std::string_view> list) {
+    return std::vector<std::string>(list.begin(), list.end());
+  };
+  EXPECT_EQ(asStrings(personalLoadList()),
+            words(common + "bDisclaimer preparerNoticeOfAssAndTaxRefundOption"));
+  EXPECT_EQ(asStrings(corporateLoadList()),
+            words(common +
+                  "bDisclaimer t2ClientFileFolder cifFileFolder pName paddr1 t1013GroupID alberta_FirstName "
+                  "alberta_LastName alberta_Position alberta_OrganizationType bDisclaimer "
+                  "preparerNoticeOfAssAndTaxRefundOption"));
+  EXPECT_EQ(personalLoadList().size(), 41u);
+  EXPECT_EQ(corporateLoadList().size(), 51u);
+}
+
+TEST_F(OptionsTest, TheAnnouncementComesWhenTheChangeIsSavedAndBeforeTheFlagIsLowered) {
+  Options store;
+  store.loadOptions();
+  int heard = 0;
+  const auto listen = [&](const Text& name, bool flag) {
+    return NotificationCenter::defaultCenter().addObserver(name, [this, &heard, flag](const Notification&) {
+      ++heard;
+      EXPECT_NE(saved("QorvaneT1Settings2020").find("AllowOverriding"), nullptr);
+      EXPECT_EQ(*saved("QorvaneT1Settings2020").find("AllowOverriding"), Value(Text("YES")));
+      EXPECT_EQ(defaults.synchronizeCount(), heard == 1 ? 1 : 2);
+      EXPECT_EQ(notifyAll, flag);
+    });
+  };
+  const Observer preferences = listen(kPreferenceChangeEvt, true);
+  const Observer steps = listen(kStepFormsModeChangeEvt, false);
+  store.setAllowOverriding(true);
+  store.saveOptions();
+  EXPECT_EQ(heard, 1);
+  store.setIsStepsMode(true);
+  EXPECT_EQ(heard, 2);
+}
+
+TEST_F(OptionsTest, AnObserverThatThrowsEndsTheSaveAndTheNextOneAnnouncesAgain) {
+  Options store;
+  store.loadOptions();
+  store.setAllowOverriding(true);
+  {
+    const Observer thrower = NotificationCenter::defaultCenter().addObserver(
+        kPreferenceChangeEvt, [](const Notification&) { throw Exception("no room"); });
+    logged.clear();
+    store.saveOptions();
+    EXPECT_EQ(logged.lines(), std::vector<Text>{"Options couldn't be loaded"});
+    EXPECT_TRUE(notifyAll);
+  }
+  takePosted();
+  store.saveOptions();
+  EXPECT_EQ(takePosted(), Posted{"kPreferenceChangeEvt"});
+  store.setAllowOverriding(false);
+  const Observer other = NotificationCenter::defaultCenter().addObserver(
+      kPreferenceChangeEvt, [](const Notification&) { throw std::logic_error("a bug"); });
+  EXPECT_THROW(store.saveOptions(), std::logic_error);
+  EXPECT_TRUE(notifyAll);
 }
 
 TEST_F(OptionsTest, AYearThatChangesBetweenLoadAndSaveIsTheYearSavedUnder) {
@@ -139,10 +205,18 @@ TEST_F(OptionsTest, FileNameWithPathIsConstant) {
   EXPECT_EQ(store.getFileNameWithPath(), Text("/Settings.opt"));
 }
 
-TEST_F(OptionsTest, TheSharedInstanceIsOneObjectAndIsNotLoaded) {
-  Options* other = nullptr;
-  std::thread([&] { other = &Options::getOptionsObj(); }).join();
-  EXPECT_EQ(other, &Options::getOptionsObj());
+TEST_F(OptionsTest, TheSharedInstanceIsOneObjectWhoeverAsksAtOnceAndIsNotLoaded) {
+  constexpr int kThreads = 8;
+  std::barrier start(kThreads);
+  std::array<Options*, kThreads> found{};
+  std::vector<std::thread> threads;
+  for (Options*& mine : found)
+    threads.emplace_back([&] {
+      start.arrive_and_wait();
+      mine = &Options::getOptionsObj();
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (const Options* mine : found) EXPECT_EQ(mine, &Options::getOptionsObj());
   EXPECT_EQ(Options::getOptionsObj().options(), nullptr);
 }
 

@@ -208,6 +208,31 @@ TEST_F(OptionVerbsTest, AnotherStoreFolderIsUsedWhenNamed) {
   EXPECT_FALSE(fs::exists(home.store()));
 }
 
+TEST_F(OptionVerbsTest, FilesOfAnIndependentWriterKeepTheirUnknownEntries) {
+  constexpr const char* kWrite =
+      "import plistlib,datetime,sys,os\n"
+      "os.makedirs(os.path.dirname(sys.argv[1]),exist_ok=True)\n"
+      "all={'text':'L\\u00e9o','int':-7,'big':2**63+1,'real':0.1,'true':True,'data':b'\\0\\xff',"
+      "'date':datetime.datetime(2020,3,1,12,0,1),'array':[1,'a',[]],'dict':{'in':{'deep':False}}}\n"
+      "top={'QorvaneT1Settings2020':dict(all,Language='French'),'Somebody else':all}\n"
+      "if sys.argv[2]=='write': plistlib.dump(top,open(sys.argv[1],'wb'),fmt=getattr(plistlib,sys.argv[3]))\n"
+      "else:\n"
+      "  now=plistlib.load(open(sys.argv[1],'rb'))\n"
+      "  ours=now['QorvaneT1Settings2020']\n"
+      "  same=lambda a,b: type(a)==type(b) and a==b\n"
+      "  assert all.keys()<=ours.keys() and [same(ours[k],all[k]) for k in all]==[True]*len(all)\n"
+      "  assert now['Somebody else']==all and ours['Language']=='French' and ours['PCity']=='Alma'\n";
+  for (const char* format : {"FMT_BINARY", "FMT_XML"}) {
+    const ToolResult written = run({"python3", "-c", kWrite, file().string(), "write", format});
+    if (written.exit == 127) GTEST_SKIP() << "python3 is not installed";
+    ASSERT_EQ(written.exit, 0) << written.err;
+    EXPECT_EQ(tool({"get", "language"}).out, "French\n");
+    EXPECT_EQ(tool({"set", "preparerCity", "Alma"}).exit, 0);
+    const ToolResult read = run({"python3", "-c", kWrite, file().string(), "read"});
+    EXPECT_EQ(read.exit, 0) << format << read.err;
+  }
+}
+
 TEST_F(OptionVerbsTest, TheStoreOpensInAnIndependentReader) {
   EXPECT_EQ(tool({"set", "disclaimerTxt", "L'été"}).exit, 0);
   const ToolResult xml = run({"plistutil", "-i", file().string(), "-f", "xml"});
