@@ -60,11 +60,13 @@ struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
   const Value& object(const Text& key) const { return *top.asDictionary()->find(key.view()); }
 };
 
-// A new file beside the one that it is to replace: written and synced, removed again unless published.
+// A new file in the folder of the one that it is to replace: written and synced, removed again unless
+// published.
 class FileUserDefaults::StagedFile {
  public:
-  StagedFile(FileUserDefaults& store, const std::string& target, std::string_view bytes)
-      : store_(store), target_(target), path_(target + ".new") {
+  StagedFile(FileUserDefaults& store, const std::string& path, const std::string& target,
+             std::string_view bytes)
+      : store_(store), path_(path), target_(target) {
     OpenFile file(store_.calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
     if (!file) FileException::raise("cannot create " + path_, errno);
     try {
@@ -96,8 +98,8 @@ class FileUserDefaults::StagedFile {
   void discard() noexcept { store_.calls_.unlink(path_.c_str()); }
 
   FileUserDefaults& store_;
-  std::string target_;
   std::string path_;
+  std::string target_;
   bool published_ = false;
 };
 
@@ -231,7 +233,7 @@ Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
     // Another process may have mended or replaced the file meanwhile.
     const Contents now = examine(path, key);
     if (now.state != Inspection::State::Damaged) return now.isGood() ? now.object(key) : Value();
-    if (good.state == Inspection::State::Damaged) setAside(backup, "damaged");
+    if (good.state == Inspection::State::Damaged) setAside(backup, backup, backup + ".new", false);
     // The copy takes the file's place at once, so that the settings do not hang on a later save.
     aside = replace(path, now, good.isGood() ? &bytes : nullptr);
   } catch (const FileException& error) {
@@ -315,26 +317,25 @@ void FileUserDefaults::save(const Text& key, const Value& value) {
 std::string FileUserDefaults::replace(const std::string& path, const Contents& old,
                                       const std::string* bytes) {
   const std::string file = targetOf(path);
-  const std::string backup = path + ".bak";
   const std::string staging = file + ".new";
+  const std::string backup = path + ".bak";
+  const std::string spare = backup + ".new";
   // Opened now: once the new file is in its place, nothing but the sync itself may fail.
   OpenFile folder(calls_, folderOf(file), O_RDONLY | O_DIRECTORY);
   if (!folder) FileException::raise("cannot open the folder " + folderOf(file), errno);
-  // Only the holder of the lock stages files, so one found here was left by a process that died.
+  // Only the holder of the lock makes these, so any found here were left by a process that died.
   calls_.unlink(staging.c_str());
+  calls_.unlink(spare.c_str());
   std::optional<StagedFile> replacement;
-  if (bytes) replacement.emplace(*this, file, *bytes);
+  if (bytes) replacement.emplace(*this, staging, file, *bytes);
 
   std::string aside;
   if (old.isGood())
-    keepAsBackup(file, backup);
+    keepAsBackup(file, spare, backup);
   else if (old.state == Inspection::State::Damaged)
-    aside = setAside(file, old.unreadable ? "unreadable" : "damaged");
+    aside = setAside(file, path, spare, old.unreadable);
   lock_->requireHeld();
   try {
-    // A power cut may keep any of the changes of names since the last sync and drop the others.
-    if (!aside.empty() && !folder.syncFolder())
-      FileException::raise("cannot sync the folder of " + file + " to the disk", errno);
     if (replacement)
       replacement->publish();
     else if (calls_.unlink(file.c_str()) != 0 && errno != ENOENT)
@@ -345,7 +346,7 @@ std::string FileUserDefaults::replace(const std::string& path, const Contents& o
     // Nobody can say what the disk holds now; the caller is told that the save failed, so what it sees must
     // be the old file again.
     if (old.isGood())
-      putBack(backup, file, staging);
+      putBack(backup, staging, file);
     else if (aside.empty())
       calls_.unlink(file.c_str());
     else if (calls_.rename(aside.c_str(), file.c_str()) == 0)
@@ -355,53 +356,61 @@ std::string FileUserDefaults::replace(const std::string& path, const Contents& o
   return aside;
 }
 
-void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& backup) {
-  const std::string link = backup + ".new";
-  calls_.unlink(link.c_str());
-  if (calls_.link(file.c_str(), link.c_str()) == 0) {
-    const bool kept = calls_.rename(link.c_str(), backup.c_str()) == 0;
-    const int error = errno;
-    calls_.unlink(link.c_str());  // Still there when the copy was another name of the file already.
-    if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
-    return;
-  }
-  // A file system without hard links, or a target on another one: a copy does as well.
-  const std::optional<std::string> bytes = readFile(file);
-  if (!bytes) FileException::raise("cannot read " + file, ENOENT);
-  StagedFile copy(*this, backup, *bytes);
-  copy.publish();
+void FileUserDefaults::copy(const std::string& from, const std::string& staging, const std::string& to) {
+  const std::optional<std::string> bytes = readFile(from);
+  if (!bytes) FileException::raise("cannot read " + from, ENOENT);
+  StagedFile(*this, staging, to, *bytes).publish();
 }
 
-void FileUserDefaults::putBack(const std::string& backup, const std::string& file,
-                               const std::string& staging) noexcept {
+void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& spare,
+                                    const std::string& backup) {
+  // A file system without hard links, or a target on another one: a copy does as well.
+  if (calls_.link(file.c_str(), spare.c_str()) != 0) return copy(file, spare, backup);
+  const bool kept = calls_.rename(spare.c_str(), backup.c_str()) == 0;
+  const int error = errno;
+  calls_.unlink(spare.c_str());  // Still there when the copy was another name of the file already.
+  if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
+}
+
+void FileUserDefaults::putBack(const std::string& backup, const std::string& staging,
+                               const std::string& file) noexcept {
   calls_.unlink(staging.c_str());
   const bool back =
       calls_.link(backup.c_str(), staging.c_str()) == 0 && calls_.rename(staging.c_str(), file.c_str()) == 0;
   calls_.unlink(staging.c_str());
   if (back) return;
   try {
-    if (const std::optional<std::string> bytes = readFile(backup)) {
-      StagedFile old(*this, file, *bytes);
-      old.publish();
-    }
+    copy(backup, staging, file);
   } catch (const std::exception&) {
     // The last good copy still holds the old settings.
   }
 }
 
-std::string FileUserDefaults::setAside(const std::string& file, const char* why) {
-  const std::string wanted = file + "." + why + "-" + utcText(calls_.time());
-  for (int copy = 1;; ++copy) {
-    std::string aside = copy == 1 ? wanted : wanted + "-" + std::to_string(copy);
-    if (calls_.link(file.c_str(), aside.c_str()) == 0) return aside;
-    if (errno == EEXIST) continue;
-    // Some file systems have no hard links, and some files of others may not be linked to: moving it does
-    // as well, for something else takes its place next. But never over another one.
+std::string FileUserDefaults::setAside(const std::string& file, const std::string& path,
+                                       const std::string& spare, bool unreadable) {
+  const std::string wanted = path + (unreadable ? ".unreadable-" : ".damaged-") + utcText(calls_.time());
+  std::string aside = wanted;
+  // Whatever the clock says, nothing that was set aside before is overwritten.
+  for (int copies = 2; calls_.link(file.c_str(), aside.c_str()) != 0; ++copies) {
     struct stat status;
-    if (calls_.lstat(aside.c_str(), &status) == 0) continue;
-    if (errno == ENOENT && calls_.rename(file.c_str(), aside.c_str()) == 0) return aside;
-    FileException::raise("cannot set " + file + " aside as " + aside, errno);
+    const int error = errno;
+    if (error != EEXIST && calls_.lstat(aside.c_str(), &status) != 0) {
+      if (errno != ENOENT) FileException::raise("cannot examine " + aside, errno);
+      // No hard links here: a copy does as well, and what cannot be copied is moved.
+      if (!unreadable)
+        copy(file, spare, aside);
+      else if (calls_.rename(file.c_str(), aside.c_str()) != 0)
+        FileException::raise("cannot set " + file + " aside as " + aside, errno);
+      break;
+    }
+    aside = wanted + "-" + std::to_string(copies);
   }
+  // A power cut may keep any of the changes of names since the last sync and drop the others: this name must
+  // be there before the file's goes to another.
+  OpenFile folder(calls_, folder_, O_RDONLY | O_DIRECTORY);
+  if (!folder || !folder.syncFolder())
+    FileException::raise("cannot sync the folder " + folder_ + " to the disk", errno);
+  return aside;
 }
 
 // The path, or where it points if it is a symbolic link.

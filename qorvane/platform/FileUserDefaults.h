@@ -12,8 +12,8 @@
 // promised, what is not, and which test proves it.
 //
 // Files written by other programs, binary or XML, are read too; other entries beside <key> at their top level
-// are kept when we save. The file may be a symbolic link: its target is replaced, not the link, and a damaged
-// target is set aside beside the target. A target that belongs to another user is read, never replaced.
+// are kept when we save. The file may be a symbolic link: its target is replaced, not the link. A target that
+// belongs to another user is read, never replaced.
 //
 // Files are for their owner alone from the moment they exist, and so are folders that we make. The folder
 // must be ours to save in it and ours or root's to read from it (root reads any), and nobody else may be able
@@ -106,9 +106,11 @@ class FileUserDefaults : public UserDefaults {
   Value recover(const Text& key, const std::string& damage);
   void save(const Text& key, const Value& value);
   std::string replace(const std::string& path, const Contents& old, const std::string* bytes);
-  void keepAsBackup(const std::string& file, const std::string& backup);
-  void putBack(const std::string& backup, const std::string& file, const std::string& staging) noexcept;
-  std::string setAside(const std::string& file, const char* why);
+  void copy(const std::string& from, const std::string& staging, const std::string& to);
+  void keepAsBackup(const std::string& file, const std::string& spare, const std::string& backup);
+  void putBack(const std::string& backup, const std::string& staging, const std::string& file) noexcept;
+  std::string setAside(const std::string& file, const std::string& path, const std::string& spare,
+                       bool unreadable);
   void noteFailure(const std::string& key, const char* reason, int systemError) noexcept;
   void makeFolder(const std::string& folder);
   std::string targetOf(const std::string& path) const;
