@@ -77,7 +77,9 @@ class FolderLock::Claim {
     }
   }
   ~Claim() {
-    if (isLock()) calls_.unlink(held_.c_str());
+    struct stat status;
+    if (calls_.lstat(held_.c_str(), &status) == 0 && status.st_ino == made_.st_ino)
+      calls_.unlink(held_.c_str());
     calls_.unlink(path_.c_str());
   }
   Claim(const Claim&) = delete;

@@ -8,11 +8,16 @@ namespace {
 
 thread_local std::size_t count = 0;
 thread_local std::size_t limit = std::numeric_limits<std::size_t>::max();
+thread_local bool once = false;
+thread_local bool failed = false;
 
 }  // namespace
 
 void* operator new(std::size_t size) {
-  if (count >= limit) throw std::bad_alloc();
+  if (count >= limit && !(once && failed)) {
+    failed = true;
+    throw std::bad_alloc();
+  }
   ++count;
   if (void* block = std::malloc(size ? size : 1)) return block;
   throw std::bad_alloc();
@@ -25,7 +30,12 @@ namespace testing_support {
 
 std::size_t allocations() { return count; }
 
-AllocationsFailAfter::AllocationsFailAfter(std::size_t more) { limit = count + more; }
+AllocationsFailAfter::AllocationsFailAfter(std::size_t more, bool onlyOne) {
+  limit = count + more;
+  once = onlyOne;
+  failed = false;
+}
 AllocationsFailAfter::~AllocationsFailAfter() { limit = std::numeric_limits<std::size_t>::max(); }
+bool AllocationsFailAfter::hadEffect() const { return failed; }
 
 }  // namespace testing_support

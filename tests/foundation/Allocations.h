@@ -9,13 +9,16 @@ namespace testing_support {
 std::size_t allocations();
 
 /// While it lives, the allocation after `count` more of this thread throws std::bad_alloc, as do all later
-/// ones.
+/// ones, or only that one.
 class AllocationsFailAfter {
  public:
-  explicit AllocationsFailAfter(std::size_t count);
+  explicit AllocationsFailAfter(std::size_t count, bool onlyOne = false);
   ~AllocationsFailAfter();
   AllocationsFailAfter(const AllocationsFailAfter&) = delete;
   AllocationsFailAfter& operator=(const AllocationsFailAfter&) = delete;
+
+  /// True when an allocation has failed.
+  bool hadEffect() const;
 };
 
 }  // namespace testing_support
