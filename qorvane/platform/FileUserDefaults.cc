@@ -370,6 +370,8 @@ void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& 
   const int error = errno;
   calls_.unlink(spare.c_str());  // Still there when the copy was another name of the file already.
   if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
+  // Another program may have left the file open to others; a failure leaves the copy as open as that was.
+  calls_.chmod(backup.c_str(), kPrivateFile);
 }
 
 void FileUserDefaults::putBack(const std::string& backup, const std::string& staging,
@@ -405,6 +407,7 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
     }
     aside = wanted + "-" + std::to_string(copies);
   }
+  if (!unreadable) calls_.chmod(aside.c_str(), kPrivateFile);  // As for the last good copy.
   // A power cut may keep any of the changes of names since the last sync and drop the others: this name must
   // be there before the file's goes to another.
   OpenFile folder(calls_, folder_, O_RDONLY | O_DIRECTORY);

@@ -113,8 +113,9 @@ class FolderLock::Claim {
     const std::string removed = path_ + ".stale";
     if (calls_.rename(held_.c_str(), removed.c_str()) != 0) return false;
     struct stat taken;
-    if (calls_.lstat(removed.c_str(), &taken) == 0 && taken.st_ino != theirs.st_ino)
-      calls_.link(removed.c_str(), held_.c_str());  // Another was quicker and has the lock: back with it.
+    // Another was quicker and has the lock: back with it, unless it is done by now.
+    if (calls_.lstat(removed.c_str(), &taken) == 0 && taken.st_ino != theirs.st_ino && taken.st_nlink == 2)
+      calls_.link(removed.c_str(), held_.c_str());
     calls_.unlink(removed.c_str());
     return true;
   }

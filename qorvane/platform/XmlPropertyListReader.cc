@@ -94,11 +94,13 @@ class XmlReader {
                     std::to_string(column) + ": " + std::string(why));
   }
 
-  /// The tag as messages show it.
+  /// The tag as messages show it. Of a damaged file, what stands in the place of a name may be a piece of a
+  /// value, and a password does not belong in a log: only names that mean something are shown.
   static std::string inTag(std::string_view name, std::string_view begin = "<") {
-    std::string tag(begin);
-    tag += name.substr(0, 40);
-    return tag += '>';
+    constexpr std::string_view kNames[] = {"plist", "dict", "array",   "key",  "string", "data",
+                                           "date",  "real", "integer", "true", "false"};
+    const bool known = std::ranges::find(kNames, name) != std::end(kNames);
+    return std::string(begin) + (known ? std::string(name) : "…") + ">";
   }
 
   void checkCharacters() const {

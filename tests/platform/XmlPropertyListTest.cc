@@ -287,7 +287,7 @@ TEST(XmlPropertyList, SaysWhatIsWrongAndWhere) {
     const char* why;
   };
   const Case cases[] = {
-      {"<plist>\n<dict>\n  <é/>", "line 3, column 3: <é> where a <key> should be"},
+      {"<plist>\n<dict>\n  <é/>", "line 3, column 3: <…> where a <key> should be"},
       {"<plist><array>\n\n é <x/>", "line 3, column 2: there is text in <array>"},
       {"<plist>\n<string>é&nbsp;", "line 2, column 1: <string> does not end"},
       {"<plist>\n<string>é&nbsp;</string>", "line 2, column 10: an entity that XML itself does not have"},
@@ -313,7 +313,7 @@ TEST(XmlPropertyList, SaysWhatIsWrongAndWhere) {
       {"<plist><true/></dict>", "line 1, column 15: </dict> where <plist> ends"},
       {"<plist><true>1</true></plist>", "line 1, column 8: <true> is not empty"},
       {"<plist><key>a</key></plist>", "line 1, column 8: a <key> where a value should be"},
-      {"<plist><ustring>a</ustring></plist>", "line 1, column 8: <ustring> is no element of a property list"},
+      {"<plist><ustring>a</ustring></plist>", "line 1, column 8: <…> is no element of a property list"},
       {"<plist><dict><key>a</key></dict></plist>", "line 1, column 14: a <key> has no value"},
       {"<plist><dict><key>a</key><key>b</key></dict></plist>",
        "line 1, column 26: a <key> where a value should be"},
