@@ -7,7 +7,9 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "bench/Peers.h"
 #include "bench/Ratios.h"
@@ -120,15 +122,15 @@ Text handWritten(const std::array<double, 3>& channels) {
   return Text(std::string_view(text, sizeof text));
 }
 
-std::array<double, 4> handRead(std::string_view text) {
-  std::array<double, 4> channels{};
-  if (text.size() != 7) return channels;
+std::optional<Color> handRead(std::string_view text) {
+  if (text.size() != 7) return std::nullopt;
+  double channels[3];
   for (std::size_t i = 0; i < 3; ++i) {
     const int code = kDigitValues[static_cast<unsigned char>(text[1 + 2 * i])] * 16 +
                      kDigitValues[static_cast<unsigned char>(text[2 + 2 * i])];
     channels[i] = static_cast<float>(code) / 255.99989318847656F;
   }
-  return channels;
+  return Color::colorWithCalibratedRed(channels[0], channels[1], channels[2], 0);
 }
 
 void colors() {

@@ -1,5 +1,7 @@
 #include "bench/Peers.h"
 
+#include <cstdio>
+
 namespace peers {
 
 std::vector<Store> stores([[maybe_unused]] const Entries& entries,
@@ -7,9 +9,13 @@ std::vector<Store> stores([[maybe_unused]] const Entries& entries,
   std::vector<Store> all;
 #ifdef HAVE_QT
   addQtStores(all, entries, folder);
+#else
+  std::fputs("Qt 6 is not installed: QSettings is not measured\n", stderr);
 #endif
 #ifdef HAVE_GLIB
   addGlibStores(all, entries, folder);
+#else
+  std::fputs("GLib is not installed: GKeyFile and GSettings are not measured\n", stderr);
 #endif
   return all;
 }

@@ -78,17 +78,18 @@ std::optional<std::array<char16_t, kUnits>> unitsOf(std::string_view utf8) {
   return units;
 }
 
-/// The codes of the usual text: seven ASCII characters, of which six are digits.
-std::optional<std::array<int, 3>> plainCodes(std::string_view text) {
-  if (text.size() != kUnits || static_cast<unsigned char>(text[0]) >= 0x80) return std::nullopt;
-  std::array<int, 3> codes;
-  for (std::size_t i = 0; i < codes.size(); ++i) {
-    const int high = kDigitValues[static_cast<unsigned char>(text[1 + 2 * i])];
-    const int low = kDigitValues[static_cast<unsigned char>(text[2 + 2 * i])];
-    if ((high | low) < 0) return std::nullopt;
-    codes[i] = high * 16 + low;
+/// The three codes of the usual text, seven ASCII characters of which six are digits, as one number; -1 for
+/// any other.
+int plainCodes(std::string_view text) {
+  if (text.size() != kUnits || static_cast<unsigned char>(text[0]) >= 0x80) return -1;
+  int codes = 0;
+  int unknown = 0;
+  for (const char c : text.substr(1)) {
+    const int digit = kDigitValues[static_cast<unsigned char>(c)];
+    codes = codes << 4 | (digit & 0xF);
+    unknown |= digit;
   }
-  return codes;
+  return unknown < 0 ? -1 : codes;
 }
 
 double componentOf(int code) { return static_cast<float>(code) / kDecodingDivisor; }
@@ -107,9 +108,9 @@ Text NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(const Color& color) {
 
 std::optional<Color> NSColorHexadecimalValue::nsColorFromHexadecimalValue(const Text& text) {
   if (text.isNil()) return std::nullopt;
-  if (const std::optional<std::array<int, 3>> codes = plainCodes(text))
-    return Color::colorWithCalibratedRed(componentOf((*codes)[0]), componentOf((*codes)[1]),
-                                         componentOf((*codes)[2]), 0);
+  if (const int codes = plainCodes(text); codes >= 0)
+    return Color::colorWithCalibratedRed(componentOf(codes >> 16), componentOf(codes >> 8 & 0xFF),
+                                         componentOf(codes & 0xFF), 0);
   const auto units = unitsOf(text);
   if (!units) return std::nullopt;
   const auto component = [&](std::size_t at) {
