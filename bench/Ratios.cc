@@ -51,11 +51,13 @@ void Table::time(std::string name, std::function<void(std::size_t)> repeat, doub
     repeat(count);
     return now() - start;
   };
-  // The first call warms up and finds out how many make a batch.
+  // The first call warms up, then finds out how many make a batch.
   auto take = [this, timed, units, count = std::size_t{0}]() mutable {
-    if (count == 0)
+    if (count == 0) {
+      timed(1);
       for (count = 1; timed(count) < batchSeconds_ / 2; count *= 2) {
       }
+    }
     return timed(count) / static_cast<double>(count) / units;
   };
   measurements_.push_back({std::move(name), std::move(take), {}});

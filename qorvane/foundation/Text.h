@@ -9,6 +9,7 @@
 // between threads.
 #pragma once
 
+#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -166,10 +167,13 @@ constexpr bool isWellFormedUtf8(std::string_view bytes) {
     if (!std::is_constant_evaluated() && bytes.size() - at >= 8) {
       std::uint64_t word;
       std::memcpy(&word, bytes.data() + at, 8);
-      if ((word & 0x8080808080808080) == 0) {
+      const std::uint64_t high = word & 0x8080808080808080;
+      if (high == 0) {
         at += 8;
         continue;
       }
+      if (std::endian::native == std::endian::little)
+        at += static_cast<std::size_t>(std::countr_zero(high)) / 8;
     }
     const std::size_t length = utf8SequenceLength(bytes, at);
     if (length == 0) return false;

@@ -61,8 +61,8 @@ bool EverydayAmounts::learn(std::string_view sample) {
   suffix_ = sample;
   const auto holdsDigit = [](const std::string& part) { return std::ranges::any_of(part, isDigit); };
   if (decimals_ > kMostDecimals || suffix_.size() > kLongestPart || holdsDigit(prefix_) ||
-      holdsDigit(suffix_) || (decimals_ > 0 && decimalSeparator_.empty()) ||
-      groupSeparator_ == decimalSeparator_)
+      holdsDigit(suffix_) ||
+      (decimals_ > 0 && (decimalSeparator_.empty() || decimalSeparator_ == groupSeparator_)))
     return false;
   scale_ = kPowers[static_cast<std::size_t>(decimals_)];
   return true;

@@ -92,13 +92,11 @@ struct Accessor {
   typename Form::Type current() const { return Read::template read<Form>(options, key, fallback); }
   void store(typename Form::Argument value) const { options->set(key, Form::encode(value)); }
 
-  /// Whether the option reads as this text.
-  bool isEqualTo(const Text& value) const {
-    // Where the text is kept as it is, it is compared in its place.
+  /// The entry, if it is there and holds a text as the option reads; else null.
+  const Value* textEntry() const {
     if constexpr (requires { Form::textIn, Read::misses; })
-      if (const Value* entry = options->find(key); !Read::misses(entry))
-        if (const Text* text = Form::textIn(*entry)) return text->isEqualTo(value);
-    return current().isEqualTo(value);
+      if (const Value* entry = options->find(key); !Read::misses(entry) && Form::textIn(*entry)) return entry;
+    return nullptr;
   }
 };
 
@@ -144,7 +142,13 @@ template <NilAs Nil>
 struct ComparingText {
   template <class A>
   static void write(const A& option, const Text& value) {
-    storeIfChanged([&] { return !option.isEqualTo(value); }, [&] { storeUnlessNil<Nil>(option, value); });
+    // What nearly every call is: one text in the place of another, found once and compared there.
+    if (const Value* entry = value.isNil() ? nullptr : option.textEntry())
+      storeIfChanged([&] { return !entry->asText()->isEqualTo(value); },
+                     [&] { option.options->replace(*entry, value); });
+    else
+      storeIfChanged([&] { return !option.current().isEqualTo(value); },
+                     [&] { storeUnlessNil<Nil>(option, value); });
   }
 };
 using ComparingNilAsEmpty = ComparingText<NilAs::Empty>;

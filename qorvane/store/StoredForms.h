@@ -24,7 +24,7 @@ struct TextForm {
   using Argument = const Text&;
   static Text decode(const Value& entry) { return entry.textValue(); }
   static Value encode(const Text& value) { return value; }
-  /// The text in its place; null where reading the entry makes a text of another kind of value.
+  /// The text in its place, which is also what would be stored for it; null in an entry of another kind.
   static const Text* textIn(const Value& entry) { return entry.asText(); }
 };
 
