@@ -40,10 +40,11 @@ void addQtStores(std::vector<Store>& stores, const Entries& entries, const std::
                         },
                     .set = change,
                     .load =
-                        [file, key](std::size_t count) {
+                        [file, key, second = time_t{0}](std::size_t count) mutable {
                           while (count-- > 0) {
                             // It keeps a file that it has read until the time of its last change differs.
-                            utimensat(AT_FDCWD, file.c_str(), nullptr, 0);
+                            const timespec times[] = {{0, UTIME_OMIT}, {++second, 0}};
+                            utimensat(AT_FDCWD, file.c_str(), times, 0);
                             const QSettings fresh(wide(file), QSettings::IniFormat);
                             ratios::keep(fresh.value(key).toString());
                           }

@@ -185,7 +185,7 @@ void load(const Scene& scene, const std::vector<peers::Store>& stores) {
 
 void save(Scene& scene, const std::vector<peers::Store>& stores) {
   ratios::Table table("Saving 150 options, durably: with checksum, lock and last good copy",
-                      ratios::Clock::Wall, 0.002, 41);
+                      ratios::Clock::Wall, 0.002, 101);
   const std::string bytes = readWhole(scene.file);
   table.time("write, sync, rename, sync",
              repeated([&] { writeDurably(scene.folder, "floor.plist", bytes); }));

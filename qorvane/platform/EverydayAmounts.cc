@@ -95,8 +95,9 @@ Text EverydayAmounts::text(double amount) const {
   for (int i = 0; i < decimals_; ++i) putDigit();
   if (decimals_ > 0) put(decimalSeparator_);
   putDigit();
-  for (int digits = 1; left > 0; ++digits) {
-    if (digits % 3 == 0) put(groupSeparator_);
+  int digits = 1;
+  while (left > 0) {
+    if (digits++ % 3 == 0) put(groupSeparator_);
     putDigit();
   }
   put(prefix_);
