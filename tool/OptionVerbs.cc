@@ -2,22 +2,25 @@
 
 #include <fnmatch.h>
 
+#include <cstdint>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <span>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/ColorArchive.h"
 #include "tool/ColorText.h"
+#include "tool/Columns.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
 #include "tool/OptionText.h"
 #include "tool/Verbs.h"
 
 namespace optionsmgr {
 
 using qorvane::Choice;
-using qorvane::FileUserDefaults;
 using qorvane::OptionRow;
 using qorvane::Options;
 using qorvane::Text;
@@ -149,22 +152,39 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
         << choice.french << '\n';
 }
 
-struct Nothing {};
-
-void restore(Session& session, const Nothing&, std::ostream& out) {
-  FileUserDefaults& files = session.files();
-  const Text key = Options().settingsDomainKey();
-  const auto before = files.inspect(key);
-  if (before.state != FileUserDefaults::Inspection::State::Damaged) {
-    out << files.pathForKey(key)
-        << (before.state == FileUserDefaults::Inspection::State::Good ? " is in order\n"
-                                                                      : " does not exist\n");
-    return;
+void range(Session& session, const OptionRequest& request, std::ostream& out) {
+  const OptionRow& row = Session::option(request.option);
+  Json told{{"name", std::string(row.name)}, {"type", typeName(row)}};
+  std::vector<std::vector<std::string>> rows;
+  if (const auto* list = row.choices()) {
+    told["choices"] = Json::array();
+    for (const Choice& choice : list->choices) {
+      told["choices"].push_back({{"neutral", choice.neutral.string()},
+                                 {"english", choice.english.string()},
+                                 {"french", choice.french.string()}});
+      rows.push_back({choice.neutral.string(), choice.english.string(), choice.french.string()});
+    }
+  } else if (row.type == qorvane::OptionType::Flag) {
+    rows = {{"true"}, {"false"}};
+  } else if (row.type == qorvane::OptionType::Integer) {
+    told["least"] = std::numeric_limits<std::int32_t>::min();
+    told["most"] = std::numeric_limits<std::int32_t>::max();
+    rows = {{told["least"].dump() + " .. " + told["most"].dump()}};
+  } else if (row.type == qorvane::OptionType::Folder) {
+    rows = {{say("an absolute path")}};
+  } else if (row.type == qorvane::OptionType::Font) {
+    rows = {{say("a font's name and size, such as \"Helvetica, 12\"")}};
+  } else if (row.type == qorvane::OptionType::Color) {
+    rows = {{say("a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\"")}};
+  } else if (row.type == qorvane::OptionType::Date) {
+    rows = {{say("a number, or an empty text for none")}};
+  } else {
+    rows = {{say("any text")}};
   }
-  // Reading a damaged file sets it aside, puts the last good copy in its place and logs what it did.
-  files.objectForKey(key);
-  if (files.inspect(key).state == FileUserDefaults::Inspection::State::Damaged)
-    throw Failure(Exit::NoPermission, files.pathForKey(key) + " is still damaged: nothing could be moved");
+  if (session.json())
+    out << told.dump(2) << '\n';
+  else
+    printColumns(rows, out, session.terminalWidth());
 }
 
 void declareOption(CLI::App& verb, OptionRequest& request) {
@@ -202,8 +222,7 @@ void addOptionVerbs(Verbs& verbs) {
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
       describe);
-  verbs.add<Nothing>(
-      "restore", "replace a damaged file by its last good copy", [](CLI::App&, Nothing&) {}, restore);
+  verbs.add<OptionRequest>("range", "show which values an option takes", declareOption, range);
 }
 
 }  // namespace optionsmgr

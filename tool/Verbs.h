@@ -48,7 +48,7 @@ class Verbs {
   std::vector<std::pair<CLI::App*, Action>> verbs_;
 };
 
-/// list, get, set, reset, describe, restore.
+/// list, get, set, reset, describe, range.
 void addOptionVerbs(Verbs& verbs);
 /// paths, format, vocabulary.
 void addAnswerVerbs(Verbs& verbs);
@@ -58,6 +58,8 @@ void addJurisdictionVerbs(Verbs& verbs);
 void addProductVerbs(Verbs& verbs);
 /// diff, carry-forward.
 void addYearVerbs(Verbs& verbs);
+/// doctor, restore, watch.
+void addCareVerbs(Verbs& verbs);
 /// export, import.
 void addExchangeVerbs(Verbs& verbs);
 

@@ -95,6 +95,7 @@ int run(int argc, char** argv) {
   addProductVerbs(verbs);
   addYearVerbs(verbs);
   addExchangeVerbs(verbs);
+  addCareVerbs(verbs);
 
   try {
     app.parse(parsable(app, {argv + 1, argv + argc}));
