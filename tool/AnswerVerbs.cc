@@ -13,6 +13,7 @@
 #include "qorvane/vocabulary/Vocabulary.h"
 #include "tool/Columns.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
 
@@ -97,7 +98,7 @@ void format(Session& session, const FormatRequest& request, std::ostream& out) {
     const auto [end, error] = std::from_chars(words.data(), words.data() + words.size(), amount);
     if (error != std::errc() || end != words.data() + words.size() || !std::isfinite(amount))
       throw Failure(Exit::BadData,
-                    "\"" + words + "\" is no amount; write digits with a point, such as -1234.5");
+                    say("\"{}\" is no amount; write digits with a point, such as -1234.5", words));
     Json shown{{"amount", words}};
     for (const Style& style : kStyles) {
       // In memory only: the language is not saved.
@@ -143,8 +144,8 @@ void vocabulary(Session& session, const VocabularyRequest& request, std::ostream
     const bool known = group.empty() || std::ranges::any_of(groups, [&](std::string_view name) {
                          return lowered(name) == wantedGroup;
                        });
-    throw Failure(Exit::NotFound, known ? "no constant contains \"" + search + "\""
-                                        : "there is no group \"" + group + "\"" + didYouMean(group, groups));
+    throw Failure(Exit::NotFound, known ? say("no constant contains \"{}\"", search)
+                                        : say("there is no group \"{}\"", group) + didYouMean(group, groups));
   }
   if (session.json()) {
     Json all = Json::array();
@@ -167,20 +168,20 @@ void addAnswerVerbs(Verbs& verbs) {
       [](CLI::App& verb, PathsRequest& request) {
         verb.add_flag("--create", request.create, "make those that are missing");
       },
-      paths);
+      paths, "  optionsmgr paths\n");
   verbs.add<FormatRequest>(
       "format", "show amounts in each of the suite's styles, in both languages",
       [](CLI::App& verb, FormatRequest& request) {
         verb.add_option("AMOUNT", request.amounts, "digits with a point, such as 1234.5")->required();
       },
-      format);
+      format, "  optionsmgr format 1234.5 -0.5\n");
   verbs.add<VocabularyRequest>(
       "vocabulary", "print exported constants as name = string",
       [](CLI::App& verb, VocabularyRequest& request) {
         verb.add_option("GROUP", request.group, "only this list or group");
         verb.add_option("--search", request.search, "only those that contain this text");
       },
-      vocabulary);
+      vocabulary, "  optionsmgr vocabulary Colours\n  optionsmgr vocabulary --search Preference\n");
 }
 
 }  // namespace optionsmgr

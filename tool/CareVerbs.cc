@@ -297,7 +297,7 @@ void addCareVerbs(Verbs& verbs) {
       [](CLI::App& verb, DoctorRequest& request) {
         verb.add_flag("--repair", request.repair, "mend what can be mended");
       },
-      doctor);
+      doctor, "  optionsmgr doctor\n  optionsmgr doctor --repair\n");
   verbs.add<Nothing>(
       "restore", "replace a damaged file by its last good copy", [](CLI::App&, Nothing&) {}, restore);
   verbs.add<WatchRequest>(
@@ -307,7 +307,7 @@ void addCareVerbs(Verbs& verbs) {
         verb.add_option("--count", request.count, "end after so many changes")->check(CLI::Range(1, 1000000));
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
-      watch);
+      watch, "  optionsmgr watch 'preparer*'\n  optionsmgr watch --json\n");
 }
 
 }  // namespace optionsmgr

@@ -272,7 +272,8 @@ void addExchangeVerbs(Verbs& verbs) {
         verb.add_flag("--all", request.all, "every product and year in the store");
         verb.add_flag("--show-secrets", request.showSecrets, "passwords too");
       },
-      exportSettings);
+      exportSettings,
+      "  optionsmgr --year 2024 export settings.plist\n  optionsmgr export --all --format json\n");
   verbs.add<ImportRequest>(
       "import", "take settings from a preferences file, wholly or not at all",
       [](CLI::App& verb, ImportRequest& request) {
@@ -284,7 +285,8 @@ void addExchangeVerbs(Verbs& verbs) {
         verb.add_flag("--replace", request.replace, "settings that the file does not have go");
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
-      importSettings);
+      importSettings,
+      "  optionsmgr import --dry-run settings.plist\n  optionsmgr --year 2024 import - <settings.json\n");
 }
 
 }  // namespace optionsmgr

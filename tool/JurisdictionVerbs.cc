@@ -7,6 +7,7 @@
 #include "qorvane/manager/OptionsMgr.h"
 #include "tool/Columns.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
 
@@ -47,7 +48,7 @@ void choices(Session& session, const ChoicesRequest& request, std::ostream& out)
   }
   if (lists.empty())
     throw Failure(Exit::NotFound,
-                  "there is no choice list \"" + request.list + "\"" + didYouMean(request.list, names));
+                  say("there is no choice list \"{}\"", request.list) + didYouMean(request.list, names));
   if (session.json()) {
     Json all = Json::object();
     for (const ChoiceList* list : lists) all[std::string(list->name)] = asJson(*list);
@@ -79,9 +80,9 @@ void province(Session& session, const ProvinceRequest& request, std::ostream& ou
   if (code.isNilOrEmpty()) {
     std::vector<std::string_view> names;
     for (const Text& name : ProvinceCodeMapping::provinceList()) names.push_back(name);
-    throw Failure(Exit::NotFound, "\"" + request.name +
-                                      "\" is neither a jurisdiction of this product nor a postal code" +
-                                      didYouMean(request.name, names));
+    throw Failure(Exit::NotFound,
+                  say("\"{}\" is neither a jurisdiction of this product nor a postal code", request.name) +
+                      didYouMean(request.name, names));
   }
   // The personal product has a full name for the number of "MJ", but no neutral name for the code.
   const Text neutral = ProvinceCodeMapping::getNeutralProvinceName(code);
@@ -110,13 +111,13 @@ void addJurisdictionVerbs(Verbs& verbs) {
       [](CLI::App& verb, ChoicesRequest& request) {
         verb.add_option("LIST", request.list, "the list's class, such as ModeOfDelivery; all by default");
       },
-      choices);
+      choices, "  optionsmgr choices ModeOfDelivery\n");
   verbs.add<ProvinceRequest>(
       "province", "show a province or other jurisdiction in all its forms",
       [](CLI::App& verb, ProvinceRequest& request) {
         verb.add_option("NAME", request.name, "a name, a two-letter code, or a postal code")->required();
       },
-      province);
+      province, "  optionsmgr province QC\n  optionsmgr province 'H2X 1Y4'\n");
 }
 
 }  // namespace optionsmgr

@@ -10,6 +10,7 @@
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "tool/ColorText.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
 
 namespace optionsmgr {
 
@@ -45,8 +46,7 @@ std::optional<T> numberMeant(std::string_view words) {
 }
 
 [[noreturn]] void refuse(const OptionRow& row, std::string_view words, const std::string& wanted) {
-  throw Failure(Exit::BadData, "\"" + std::string(words) + "\" does not fit " + std::string(row.name) +
-                                   ": it takes " + wanted);
+  throw Failure(Exit::BadData, say("\"{}\" does not fit {}: it takes {}", words, row.name, wanted));
 }
 
 // The option's value for the choice that the words are: its neutral value, or its label in either language.
@@ -67,24 +67,24 @@ Text choiceMeant(const OptionRow& row, const ChoiceList& list, const Text& words
 
 Value parsedFor(const OptionRow& row, std::string_view words) {
   if (!qorvane::detail::isWellFormedUtf8(words))
-    throw Failure(Exit::BadData, "the value for " + std::string(row.name) + " is not well-formed UTF-8");
+    throw Failure(Exit::BadData, say("the value for {} is not well-formed UTF-8", row.name));
   switch (row.type) {
     case OptionType::Flag:
       if (const auto flag = flagMeant(words)) return Number(*flag);
-      refuse(row, words, "true or false (or yes/no, on/off, 1/0)");
+      refuse(row, words, say("true or false (or yes/no, on/off, 1/0)"));
     case OptionType::Integer:
       if (const auto number = numberMeant<std::int32_t>(words)) return Number(*number);
-      refuse(row, words, "a whole number between -2147483648 and 2147483647");
+      refuse(row, words, say("a whole number between -2147483648 and 2147483647"));
     case OptionType::Date:
       if (words.empty()) return Text("");
       if (const auto number = numberMeant<double>(words)) return Number(*number);
-      refuse(row, words, "a date as the number that is stored, or an empty text for none");
+      refuse(row, words, say("a date as the number that is stored, or an empty text for none"));
     case OptionType::Font:
       if (const auto font = qorvane::fontFromText(words)) return qorvane::fontText(font);
-      refuse(row, words, "a font's PostScript name and its size in points, such as \"Helvetica, 12\"");
+      refuse(row, words, say("a font's PostScript name and its size in points, such as \"Helvetica, 12\""));
     case OptionType::Color:
       if (const auto color = colorMeant(words)) return qorvane::archiveColor(*color);
-      refuse(row, words, "a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\" (alpha last)");
+      refuse(row, words, say("a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\" (alpha last)"));
     case OptionType::Text:
     case OptionType::Folder:
       break;
@@ -136,8 +136,8 @@ Value readIn(qorvane::Options& store, const OptionRow& row) try {
 }
 
 Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
-  return Failure(Exit::BadData, "the entry " + row.key().string() + " cannot be read (" + error.what() +
-                                    "); `optionsmgr reset " + std::string(row.name) + "` mends it");
+  return Failure(Exit::BadData, say("the entry {} cannot be read ({}); `optionsmgr reset {}` mends it",
+                                    row.key().view(), error.what(), row.name));
 }
 
 const char* typeName(const OptionRow& row) {

@@ -50,12 +50,12 @@ void writeIn(Options& store, const OptionRow& row, const Value& value) try {
 const OptionRow& settable(const std::string& name) {
   const OptionRow& row = Session::option(name);
   if (!row.write)
-    throw Failure(Exit::BadData, std::string(row.name) + " cannot be set: the library answers it itself");
+    throw Failure(Exit::BadData, say("{} cannot be set: the library answers it itself", row.name));
   return row;
 }
 
 std::string quoted(const OptionRow& row, const Value& value) {
-  return row.secret ? "another value" : "\"" + shown(row, value) + "\"";
+  return row.secret ? say("another value") : "\"" + shown(row, value) + "\"";
 }
 
 void list(Session& session, const ListRequest& request, std::ostream& out) {
@@ -72,13 +72,13 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
                                    : Json(masked(row, value, request.showSecrets));
     } catch (const Failure& failure) {
       // One bad entry must not hide the others.
-      found[name] = session.json() ? Json(nullptr) : Json("(unreadable)");
+      found[name] = session.json() ? Json(nullptr) : Json(say("(unreadable)"));
       std::cerr << "optionsmgr: " << failure.what() << '\n';
     }
     widest = std::max(widest, name.size());
   }
   if (found.empty() && !request.changedOnly)
-    throw Failure(Exit::NotFound, "no option's name matches \"" + request.glob + "\"");
+    throw Failure(Exit::NotFound, say("no option's name matches \"{}\"", request.glob));
   if (session.json()) {
     out << found.dump(2) << '\n';
     return;
@@ -91,7 +91,7 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
 void get(Session& session, const OptionRequest& request, std::ostream& out) {
   const OptionRow& row = Session::option(request.option);
   const Value value = readIn(*session.load(), row);
-  if (value.isNil()) throw Failure(Exit::NotFound, std::string(row.name) + " is not set and has no default");
+  if (value.isNil()) throw Failure(Exit::NotFound, say("{} is not set and has no default", row.name));
   if (session.json()) {
     out << shownAsJson(row, value).dump() << '\n';
     return;
@@ -107,15 +107,15 @@ void set(Session& session, const OptionRequest& request, std::ostream&) {
   const Value wanted = parsedFor(row, request.value);
   const auto now = session.change([&](Options& store) { writeIn(store, row, wanted); });
   if (const Value kept = readIn(*now, row); shown(row, kept) != shown(row, wanted))
-    throw Failure(Exit::NotFound, std::string(row.name) + " was saved but reads " + quoted(row, kept) +
-                                      ", not " + quoted(row, wanted));
+    throw Failure(Exit::NotFound,
+                  say("{} was saved but reads {}, not {}", row.name, quoted(row, kept), quoted(row, wanted)));
 }
 
 void reset(Session& session, const OptionRequest& request, std::ostream&) {
   const OptionRow& row = settable(request.option);
   const auto now = session.change([&](Options& store) { store.options()->remove(row.key()); });
   if (const Value kept = readIn(*now, row); shown(row, kept) != shown(row, row.fallback()))
-    throw Failure(Exit::NotFound, std::string(row.name) + " was reset but reads " + quoted(row, kept));
+    throw Failure(Exit::NotFound, say("{} was reset but reads {}", row.name, quoted(row, kept)));
 }
 
 void describe(Session& session, const OptionRequest& request, std::ostream& out) {
@@ -201,8 +201,9 @@ void addOptionVerbs(Verbs& verbs) {
         verb.add_flag("--changed", request.changedOnly, "only those that differ from their default");
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
-      list);
-  verbs.add<OptionRequest>("get", "print one option's value", declareOption, get);
+      list, "  optionsmgr list 'preparer*'\n  optionsmgr list --changed\n");
+  verbs.add<OptionRequest>("get", "print one option's value", declareOption, get,
+                           "  optionsmgr get language\n");
   verbs.add<OptionRequest>(
       "set", "change one option and save it",
       [](CLI::App& verb, OptionRequest& request) {
@@ -213,16 +214,18 @@ void addOptionVerbs(Verbs& verbs) {
                         "its label in either language; for a font \"Helvetica, 12\"")
             ->required();
       },
-      set);
-  verbs.add<OptionRequest>("reset", "put one option back to its default", declareOption, reset);
+      set, "  optionsmgr set autoSaveAfter 5\n  optionsmgr set zsupress off\n");
+  verbs.add<OptionRequest>("reset", "put one option back to its default", declareOption, reset,
+                           "  optionsmgr reset zsupress\n");
   verbs.add<OptionRequest>(
       "describe", "tell all about one option",
       [](CLI::App& verb, OptionRequest& request) {
         declareOption(verb, request);
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
-      describe);
-  verbs.add<OptionRequest>("range", "show which values an option takes", declareOption, range);
+      describe, "  optionsmgr describe mr69_AuthType\n");
+  verbs.add<OptionRequest>("range", "show which values an option takes", declareOption, range,
+                           "  optionsmgr range preparerModeOfDelivery\n");
 }
 
 }  // namespace optionsmgr

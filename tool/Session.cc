@@ -12,6 +12,7 @@
 #include "qorvane/siblings/QVSettings.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
 #include "tool/Suggest.h"
 
 namespace optionsmgr {
@@ -97,9 +98,13 @@ void Session::requireUndamaged(const Text& key) {
   const auto found = files_.inspect(key);
   if (found.state != State::Damaged) return;
   const bool copy = files_.inspectBackup(key).state == State::Good;
-  throw Failure(Exit::BadData, files_.pathForKey(key) + " is damaged (" + found.damage.string() +
-                                   "); nothing was changed. `optionsmgr restore` sets it aside and " +
-                                   (copy ? "puts the last good copy in its place" : "starts afresh"));
+  throw Failure(
+      Exit::BadData,
+      say(copy ? "{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and puts "
+                 "the last good copy in its place"
+               : "{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and "
+                 "starts afresh",
+          files_.pathForKey(key), found.damage.view()));
 }
 
 std::unique_ptr<Options> Session::load() try {
@@ -119,18 +124,18 @@ std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& ch
     change(*store);
     store->saveOptions();
     if (const auto failure = files_.lastFailure())
-      throw Failure(exitFor(failure->systemError), failure->reason.string() + "; nothing was changed");
+      throw Failure(exitFor(failure->systemError), say("{}; nothing was changed", failure->reason.view()));
   }
   return load();
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), std::string(error.what()) + "; nothing was changed");
+  throw Failure(exitFor(error.systemError()), say("{}; nothing was changed", error.what()));
 }
 
 const qorvane::OptionRow& Session::option(const std::string& nameOrKey) {
   if (const qorvane::OptionRow* row = qorvane::findOption(nameOrKey)) return *row;
   std::vector<std::string_view> names;
   for (const qorvane::OptionRow& row : qorvane::optionTable()) names.push_back(row.name);
-  throw Failure(Exit::NotFound, "there is no option \"" + nameOrKey + "\"" + didYouMean(nameOrKey, names));
+  throw Failure(Exit::NotFound, say("there is no option \"{}\"", nameOrKey) + didYouMean(nameOrKey, names));
 }
 
 }  // namespace optionsmgr

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "tool/Language.h"
+
 namespace optionsmgr {
 
 namespace {
@@ -39,10 +41,12 @@ std::string didYouMean(std::string_view word, std::span<const std::string_view> 
 
   std::string text;
   for (std::size_t i = 0; i < std::min(found.size(), kMostCandidates); ++i) {
-    text += i == 0 ? "; did you mean " : i + 1 == std::min(found.size(), kMostCandidates) ? " or " : ", ";
+    text += i == 0                                             ? say("; did you mean ")
+            : i + 1 == std::min(found.size(), kMostCandidates) ? say(" or ")
+                                                               : ", ";
     text.append("\"").append(found[i].second).append("\"");
   }
-  return text.empty() ? text : text + "?";
+  return text.empty() ? text : text + say("?");
 }
 
 }  // namespace optionsmgr

@@ -264,7 +264,9 @@ void addYearVerbs(Verbs& verbs) {
         verb.add_option("B", request.second, "the same; by default the store's --product and --year");
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
-      diff);
+      diff,
+      "  optionsmgr diff 2023 2024\n  optionsmgr --year 2024 diff T1 T2\n  optionsmgr --year 2024 diff "
+      "old.plist\n");
   verbs.add<CarryRequest>(
       "carry-forward", "copy last year's settings into this year's",
       [](CLI::App& verb, CarryRequest& request) {
@@ -278,7 +280,9 @@ void addYearVerbs(Verbs& verbs) {
         verb.add_flag("--folders", request.folders, "copy folders too");
         verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
       },
-      carryForward);
+      carryForward,
+      "  optionsmgr carry-forward --from 2023 --to 2024 --dry-run\n  optionsmgr --year 2024 carry-forward "
+      "--secrets\n");
 }
 
 }  // namespace optionsmgr

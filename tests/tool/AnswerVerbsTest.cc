@@ -17,7 +17,7 @@ using nlohmann::json;
 class AnswerVerbsTest : public testing::Test {
  protected:
   static ToolResult tool(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"--year", "2020"});
+    arguments.insert(arguments.begin(), {"--lang", "en", "--year", "2020"});
     return optionsmgr(arguments);
   }
   static std::string shown(std::vector<std::string> arguments) {

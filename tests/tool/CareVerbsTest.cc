@@ -20,7 +20,7 @@ using nlohmann::json;
 class CareVerbsTest : public testing::Test {
  protected:
   static ToolResult tool(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"--year", "2020"});
+    arguments.insert(arguments.begin(), {"--lang", "en", "--year", "2020"});
     return optionsmgr(arguments);
   }
   fs::path file() const { return home.store() / "QorvaneT1Settings2020.plist"; }

@@ -24,7 +24,7 @@ class OptionVerbsTest : public testing::Test {
 
   /// Runs the tool for the personal product of 2020.
   static ToolResult tool(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"--year", "2020"});
+    arguments.insert(arguments.begin(), {"--lang", "en", "--year", "2020"});
     return optionsmgr(arguments);
   }
   /// Expects one line on stderr, nothing on stdout, and this exit code.

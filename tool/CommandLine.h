@@ -1,0 +1,43 @@
+// The command line: the common options, the verbs, and what was said of them.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "tool/Session.h"
+#include "tool/Verbs.h"
+
+namespace optionsmgr {
+
+class CommandLine {
+ public:
+  CommandLine();
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
+
+  /// What is to be done with the words.
+  enum class Wish { Run, Help, Version };
+
+  /// Reads the words behind the program's name and sets the language of help and messages: that of --lang,
+  /// or else the display language that the store has. Throws Failure (usage).
+  Wish parse(const std::vector<std::string>& words);
+
+  const CLI::App& app() const { return app_; }
+  const Verbs& verbs() const { return verbs_; }
+  const Settings& settings() const { return settings_; }
+  /// The verb that was named, or null.
+  const CLI::App* verb() const;
+
+ private:
+  std::vector<std::string> parsable(const std::vector<std::string>& words) const;
+  void settle();
+
+  CLI::App app_;
+  Verbs verbs_;
+  Settings settings_;
+  std::string product_ = "T1";
+  std::string language_;
+};
+
+}  // namespace optionsmgr
