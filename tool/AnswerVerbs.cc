@@ -78,7 +78,7 @@ void paths(Session& session, const PathsRequest& request, std::ostream& out) {
     lines.push_back({row["name"].get<std::string>(), row["from"].get<std::string>(),
                      row["exists"].get<bool>() ? "exists" : "missing",
                      row["path"].is_null() ? "(none)" : row["path"].get<std::string>()});
-  printColumns(lines, out);
+  printColumns(lines, out, session.terminalWidth());
 }
 
 // Each amount in each of the suite's styles, in both languages.
@@ -120,7 +120,7 @@ void format(Session& session, const FormatRequest& request, std::ostream& out) {
     for (const Style& style : kStyles)
       lines.push_back({style.name, shown[style.name]["en"].get<std::string>(),
                        shown[style.name]["fr"].get<std::string>()});
-    printColumns(lines, out);
+    printColumns(lines, out, session.terminalWidth());
   }
 }
 

@@ -52,14 +52,15 @@ void printColumns(const std::vector<std::vector<std::string>>& rows, std::ostrea
     if (*widest <= kNarrowest) break;
     --*widest;
   }
-  for (const auto& row : rows)
+  for (const auto& row : rows) {
+    std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
       const std::string cell = clipped(oneLine(row[i]), widths[i]);
-      if (i + 1 < row.size())
-        out << padded(cell, widths[i] + kGap);
-      else
-        out << cell << '\n';
+      line += i + 1 < row.size() ? padded(cell, widths[i] + kGap) : cell;
     }
+    // What is empty at the end takes no blanks.
+    out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
+  }
 }
 
 }  // namespace optionsmgr

@@ -60,7 +60,7 @@ void choices(Session& session, const ChoicesRequest& request, std::ostream& out)
     std::vector<std::vector<std::string>> rows;
     for (const Choice& choice : list->choices)
       rows.push_back({choice.neutral.string(), choice.english.string(), choice.french.string()});
-    printColumns(rows, out);
+    printColumns(rows, out, session.terminalWidth());
   }
 }
 
@@ -100,7 +100,7 @@ void province(Session& session, const ProvinceRequest& request, std::ostream& ou
   std::vector<std::vector<std::string>> rows;
   for (const auto& [name, value] : told.items())
     rows.push_back({name, value.is_string() ? value.get<std::string>() : value.dump()});
-  printColumns(rows, out);
+  printColumns(rows, out, session.terminalWidth());
 }
 
 }  // namespace

@@ -61,7 +61,6 @@ std::string quoted(const OptionRow& row, const Value& value) {
 void list(Session& session, const ListRequest& request, std::ostream& out) {
   const auto store = session.load();
   Json found = Json::object();
-  std::size_t widest = 0;
   for (const OptionRow& row : qorvane::optionTable()) {
     const std::string name(row.name);
     if (fnmatch(request.glob.c_str(), name.c_str(), 0) != 0) continue;
@@ -75,7 +74,6 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
       found[name] = session.json() ? Json(nullptr) : Json(say("(unreadable)"));
       std::cerr << "optionsmgr: " << failure.what() << '\n';
     }
-    widest = std::max(widest, name.size());
   }
   if (found.empty() && !request.changedOnly)
     throw Failure(Exit::NotFound, say("no option's name matches \"{}\"", request.glob));
@@ -83,9 +81,9 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
     out << found.dump(2) << '\n';
     return;
   }
-  for (const auto& [name, value] : found.items())
-    out << std::left << std::setw(static_cast<int>(widest)) << name << "  " << value.get<std::string>()
-        << '\n';
+  std::vector<std::vector<std::string>> rows;
+  for (const auto& [name, value] : found.items()) rows.push_back({name, value.get<std::string>()});
+  printColumns(rows, out, session.terminalWidth());
 }
 
 void get(Session& session, const OptionRequest& request, std::ostream& out) {

@@ -248,7 +248,8 @@ void carryForward(Session& session, const CarryRequest& request, std::ostream& o
   printColumns(rows, out, session.terminalWidth());
   out << say("{} to {}: {} copied, {} kept, {} left out", from.name(), to.name(), std::to_string(plan.copied),
              std::to_string(plan.kept), std::to_string(plan.left))
-      << (request.dryRun ? say(" (a preview: nothing was changed)") : "") << '\n';
+      << '\n';
+  if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), error.what());
 }

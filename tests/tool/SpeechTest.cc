@@ -234,6 +234,23 @@ TEST_F(SpeechTest, EveryVerbSaysWhatItSaidBefore) {
   }
 }
 
+TEST_F(SpeechTest, OnATerminalNoLineIsWiderThanIt) {
+  if (run({"sh", "-c", "command -v script"}).exit != 0) GTEST_SKIP() << "script is not installed";
+  const std::string accents = "ÉéèàÉéèàÉéèàÉéèàÉéèàÉéèàÉéèà";
+  optionsmgr({"--year", "2023", "set", "disclaimerTxt", accents + "\n" + accents + accents});
+  optionsmgr({"--year", "2024", "set", "disclaimerTxt", accents + accents + accents + accents});
+  for (const char* words : {"list", "diff 2023 2024", "carry-forward --dry-run --from 2023 --to 2024",
+                            "doctor", "paths", "choices", "province QC", "range mr69_Authorization"}) {
+    const ToolResult result = run(
+        {"script", "-qec", std::string("stty cols 80; ") + TOOL_PATH + " --year 2023 " + words, "/dev/null"});
+    EXPECT_NE(result.out, "") << words;
+    for (std::string line : linesOf(result.out)) {
+      if (line.ends_with('\r')) line.pop_back();
+      EXPECT_LE(columnsOf(line), 80u) << words << ": " << line;
+    }
+  }
+}
+
 // ---- the exit codes ---------------------------------------------------------------------------------------
 
 TEST_F(SpeechTest, EachExitCodeThatIsDocumentedIsReached) {

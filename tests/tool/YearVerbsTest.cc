@@ -53,7 +53,7 @@ TEST_F(YearVerbsTest, DiffShowsWhatDiffersAndSaysSoWithItsExitCode) {
   EXPECT_EQ(result.out,
             "option        T1 2024  T1 2025\n"
             "language      French   English\n"
-            "preparerCity  Gaspé    \n");
+            "preparerCity  Gaspé\n");
   const json told = json::parse(optionsmgr({"--json", "diff", "2024", "2025"}).out);
   EXPECT_EQ(told["options"][0], (json{{"name", "language"}, {"first", "French"}, {"second", "English"}}));
   EXPECT_EQ(optionsmgr({"--quiet", "diff", "2024", "2025"}).out, "");
