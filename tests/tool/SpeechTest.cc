@@ -223,7 +223,7 @@ TEST_F(SpeechTest, EveryVerbSaysWhatItSaidBefore) {
     const fs::path expected =
         fs::path(TEST_DATA_DIR) / "tool" / "golden" / (how.language + (how.json ? "-json" : "") + ".txt");
     // The system's own messages would come in the language of the locale.
-    setenv("LANGUAGE", "C", 1);
+    setenv("LC_ALL", "C", 1);  // Editing formats and the system's own messages follow the locale.
     const std::string now = golden(how, ownHome.path());
     if (std::getenv("UPDATE_GOLDEN")) {
       fs::create_directories(expected.parent_path());
