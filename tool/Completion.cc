@@ -136,7 +136,7 @@ std::vector<std::string> completions(const CLI::App& app, Session& session,
   }
   std::erase_if(all, [&](const std::string& candidate) { return !candidate.starts_with(last); });
   std::ranges::sort(all);
-  all.erase(std::ranges::unique(all).begin(), all.end());
+  all.erase(std::unique(all.begin(), all.end()), all.end());
   return all;
 }
 
