@@ -257,22 +257,23 @@ double numberOfPostalDistrict(std::string_view postalCode) {
 }  // namespace
 
 const std::vector<Text>& ProvinceCodeMapping::provinceList() {
+  static constexpr Text kNames[] = {"Alberta",
+                                    "New Brunswick",
+                                    "Quebec",
+                                    "Non-Resident",
+                                    "Prince Edward Island",
+                                    "Northwest Territories",
+                                    "Manitoba",
+                                    "British Columbia",
+                                    "Yukon",
+                                    "Nova Scotia",
+                                    "Newfoundland and Labrador",
+                                    "Nunavut",
+                                    "Saskatchewan",
+                                    "Ontario"};
   // A list for each language, which callers may tell apart; the French one holds English names on purpose.
   // Kept for the life of the process: destructors of static objects may still ask.
-  static const std::vector<Text>& english = *new std::vector<Text>{"Alberta",
-                                                                   "New Brunswick",
-                                                                   "Quebec",
-                                                                   "Non-Resident",
-                                                                   "Prince Edward Island",
-                                                                   "Northwest Territories",
-                                                                   "Manitoba",
-                                                                   "British Columbia",
-                                                                   "Yukon",
-                                                                   "Nova Scotia",
-                                                                   "Newfoundland and Labrador",
-                                                                   "Nunavut",
-                                                                   "Saskatchewan",
-                                                                   "Ontario"};
+  static const std::vector<Text>& english = *new std::vector<Text>(std::begin(kNames), std::end(kNames));
   static const std::vector<Text>& french = *new std::vector<Text>(english);
   return displayLanguageIsEnglish() ? english : french;
 }
