@@ -64,8 +64,9 @@ std::string_view afterBlanks(std::string_view words) {
 
 std::optional<Color> colorMeant(std::string_view words) {
   if (isHexCode(words)) {
-    const auto transparent = NSColorHexadecimalValue::nsColorFromHexadecimalValue(Text(words))->components();
-    return Color::colorWithCalibratedRed(transparent[0], transparent[1], transparent[2], 1);
+    const Color transparent = *NSColorHexadecimalValue::nsColorFromHexadecimalValue(Text(words));
+    const auto channels = transparent.components();
+    return Color::colorWithCalibratedRed(channels[0], channels[1], channels[2], 1);
   }
   if (words.size() > 8 && words[7] == ' ' && isHexCode(words.substr(0, 7)))
     words = afterBlanks(words.substr(7));
