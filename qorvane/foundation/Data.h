@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Data {
  public:

@@ -14,7 +14,7 @@
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// A dictionary key and its hash.
 class Key {

@@ -6,7 +6,7 @@
 
 #include <stdexcept>
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Exception : public std::runtime_error {
  public:

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <type_traits>
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 struct HashKey {
   std::uint64_t k0;

@@ -20,7 +20,7 @@
 #include <string>
 #include <string_view>
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 namespace detail {
 
@@ -186,9 +186,9 @@ constexpr bool isWellFormedUtf8(std::string_view bytes) {
 
 }  // namespace qorvane
 
+namespace std {
 template <>
-struct std::hash<qorvane::Text> {
-  std::size_t operator()(const qorvane::Text& text) const noexcept {
-    return std::hash<std::string_view>()(text.view());
-  }
+struct hash<qorvane::Text> {
+  size_t operator()(const qorvane::Text& text) const noexcept { return hash<string_view>()(text.view()); }
 };
+}

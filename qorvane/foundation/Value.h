@@ -17,7 +17,7 @@
 #include "qorvane/foundation/Number.h"
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Dictionary;
 class Value;

@@ -8,7 +8,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class MR69AuthoriztionOrPowerOfAttorneyMapping {
  public:

@@ -9,7 +9,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Province {
  public:

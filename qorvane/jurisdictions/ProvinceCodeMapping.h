@@ -15,7 +15,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class ProvinceCodeMapping {
  public:

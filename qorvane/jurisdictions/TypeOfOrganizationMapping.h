@@ -6,7 +6,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class TypeOfOrganizationMapping {
  public:

@@ -7,7 +7,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class UseAddressMapping {
  public:

@@ -17,7 +17,7 @@
 #include "qorvane/platform/FontDescriptor.h"
 #include "qorvane/platform/NumberFormatter.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Options;
 

@@ -8,7 +8,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// The user's home: HOME. Nil when it is not set.
 Text homeDirectory();

@@ -7,7 +7,7 @@
 
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// A day and a time of day, as a calendar and a clock show them.
 struct CalendarFields {

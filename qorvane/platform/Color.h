@@ -14,7 +14,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 enum class ColorSpace : std::uint8_t {
   CalibratedRGB,    // red, green, blue, alpha

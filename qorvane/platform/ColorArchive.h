@@ -11,7 +11,7 @@
 #include "qorvane/foundation/Data.h"
 #include "qorvane/platform/Color.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// The colour's archive. Throws Exception for a pattern, or a name that stands for one.
 Data archiveColor(const Color& color);

@@ -15,7 +15,7 @@
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class DateFormatter {
  public:

@@ -5,7 +5,7 @@
 
 #include "qorvane/foundation/Exception.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class FileException : public Exception {
  public:

@@ -33,7 +33,7 @@
 #include "qorvane/platform/SystemCalls.h"
 #include "qorvane/platform/UserDefaults.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class FolderLock;
 

@@ -9,7 +9,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Receives each message as it is logged: one line, without a line break at its end.
 using LogSink = std::function<void(const Text& line)>;

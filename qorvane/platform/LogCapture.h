@@ -6,7 +6,7 @@
 
 #include "qorvane/platform/Log.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Captures nest: the innermost receives the lines, and hands back to the one around it when it ends.
 class LogCapture {

@@ -10,7 +10,7 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/FileManager.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Paths are taken letter by letter: "." and ".." and doubled slashes have no meaning here.
 class MemoryFileManager : public FileManager {

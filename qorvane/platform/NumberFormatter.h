@@ -19,7 +19,7 @@
 #include "qorvane/foundation/Number.h"
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class NumberFormatter {
  public:

@@ -17,7 +17,7 @@
 
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 enum class PropertyListFormat : std::uint8_t { Binary, Xml };
 

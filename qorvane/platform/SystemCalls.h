@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Each operation returns what the call of its name returns and leaves the cause of a failure in errno.
 class SystemCalls {

@@ -12,7 +12,7 @@
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Why a preference store could not do what it was asked.
 struct StoreFailure {

@@ -3,7 +3,7 @@
 // that of the release build.
 #pragma once
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class QorvaneAppSettings {
  public:

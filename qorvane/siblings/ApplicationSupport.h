@@ -3,7 +3,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// The absolute path of the user's application-support folder: Qorvane below XDG_DATA_HOME, else below
 /// .local/share in the home. Nil when there is neither. The folder may not exist yet; nothing is created.

@@ -3,7 +3,7 @@
 
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Utils {
  public:

@@ -9,7 +9,7 @@
 #include "qorvane/foundation/Text.h"
 #include "qorvane/platform/Color.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class NSColorHexadecimalValue {
  public:

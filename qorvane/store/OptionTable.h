@@ -12,7 +12,7 @@
 #include "qorvane/jurisdictions/ChoiceLists.h"
 #include "qorvane/platform/FontDescriptor.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class Options;
 

@@ -26,7 +26,7 @@
 #include "qorvane/platform/Color.h"
 #include "qorvane/platform/FontDescriptor.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 class DateFormatter;
 class NumberFormatter;

@@ -4,7 +4,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Owns the option keys; has no behaviour.
 class OptionStrings {};

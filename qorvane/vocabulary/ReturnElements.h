@@ -7,7 +7,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Owns the keys of T1 return elements; has no behaviour.
 class ReturnElements {};

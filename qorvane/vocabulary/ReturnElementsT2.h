@@ -4,7 +4,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 /// Owns the keys of T2 return elements; has no behaviour.
 class ReturnElementsT2 {};

@@ -6,7 +6,7 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace qorvane {
+namespace [[gnu::visibility("default")]] qorvane {
 
 struct VocabularyEntry {
   /// The list, such as "option-keys".
