@@ -1,6 +1,6 @@
 // A preparer types a new city in the preferences: the suite's typical request, as an application makes it.
 //
-//   typical_request CITY
+//   TypicalRequest CITY
 #include <iostream>
 
 #include "qorvane/manager/OptionsMgr.h"
@@ -12,7 +12,7 @@ using namespace qorvane;
 
 int main(int argc, char** argv) {
   if (argc != 2) {
-    std::cerr << "usage: typical_request CITY\n";
+    std::cerr << "usage: TypicalRequest CITY\n";
     return 2;
   }
   QVSettings::setProduct({.corporate = false, .professional = true, .taxYear = 2020});
