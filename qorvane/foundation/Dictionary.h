@@ -58,8 +58,9 @@ class Dictionary {
   void set(const Key& key, Value value) { set(key.text(), key.hash(), std::move(value)); }
   void set(const Text& key, Value value) { set(key, Key::hashOf(key), std::move(value)); }
 
-  /// Puts the value, which may not be nil, in the place of one that `find` answered and that is still valid.
-  void replace(const Value& found, Value value) { const_cast<Value&>(found) = std::move(value); }
+  /// Puts the text, which may not be nil, in the place of a value that `find` answered and that is still
+  /// valid.
+  void replace(const Value& found, const Text& text) { const_cast<Value&>(found) = text; }
 
   /// Removes the entry; the order of the others stays. Returns whether there was one.
   bool remove(std::string_view key);

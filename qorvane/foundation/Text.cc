@@ -88,7 +88,10 @@ Text Text::fromWellFormed(std::string_view bytes) {
 }
 
 void Text::dropOwner() noexcept {
-  if (__gnu_cxx::__exchange_and_add_dispatch(owners(), -1) == 1) ::operator delete(owners());
+  // A lone owner cannot be joined by another meanwhile, so it needs no locked instruction to be the last.
+  if (__atomic_load_n(owners(), __ATOMIC_ACQUIRE) == 1 ||
+      __gnu_cxx::__exchange_and_add_dispatch(owners(), -1) == 1)
+    ::operator delete(owners());
 }
 
 int Text::intValue() const noexcept { return leadingInteger(view()); }

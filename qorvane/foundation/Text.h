@@ -163,17 +163,18 @@ constexpr std::size_t utf8SequenceLength(std::string_view bytes, std::size_t at)
 
 constexpr bool isWellFormedUtf8(std::string_view bytes) {
   for (std::size_t at = 0; at < bytes.size();) {
-    // Eight ASCII characters at a time, which is what most texts are made of.
-    if (!std::is_constant_evaluated() && bytes.size() - at >= 8) {
+    // Eight ASCII characters at a time, which is what most texts are made of; the last eight again with those
+    // that were seen shifted out.
+    if (!std::is_constant_evaluated() && std::endian::native == std::endian::little && bytes.size() >= 8) {
+      const std::size_t from = at < bytes.size() - 8 ? at : bytes.size() - 8;
       std::uint64_t word;
-      std::memcpy(&word, bytes.data() + at, 8);
-      const std::uint64_t high = word & 0x8080808080808080;
+      std::memcpy(&word, bytes.data() + from, 8);
+      const std::uint64_t high = word >> (at - from) * 8 & 0x8080808080808080;
       if (high == 0) {
-        at += 8;
+        at = from + 8;
         continue;
       }
-      if (std::endian::native == std::endian::little)
-        at += static_cast<std::size_t>(std::countr_zero(high)) / 8;
+      at += static_cast<std::size_t>(std::countr_zero(high)) / 8;
     }
     const std::size_t length = utf8SequenceLength(bytes, at);
     if (length == 0) return false;

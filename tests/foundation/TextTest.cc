@@ -142,6 +142,27 @@ TEST(TextTest, CopiesMayBeMadeAndDroppedByManyThreads) {
   EXPECT_EQ(shared, Text("shared"));
 }
 
+TEST(TextTest, FindsIllFormedBytesWhereverTheyStand) {
+  // Well-formed bytes are looked at eight at a time, so where a sequence begins and what follows it matters.
+  const std::string_view wellFormed[] = {"", "é", "日", "\U0001F341", "éé", "日é"};
+  const std::string_view illFormed[] = {"\x80", "\xC3", "\xE6\x97", "\xF0\x9F\x8D", "\xFF", "\xC3\xC3\xA9"};
+  for (std::size_t before = 0; before <= 20; ++before) {
+    for (std::size_t after = 0; after <= 20; ++after) {
+      const auto framed = [&](std::string_view middle) {
+        return std::string(before, 'b').append(middle).append(after, 'a');
+      };
+      for (const std::string_view middle : wellFormed) {
+        ASSERT_TRUE(detail::isWellFormedUtf8(framed(middle))) << framed(middle);
+        ASSERT_EQ(made(framed(middle)).view(), framed(middle));
+      }
+      for (const std::string_view middle : illFormed) {
+        ASSERT_FALSE(detail::isWellFormedUtf8(framed(middle))) << before << " " << after;
+        ASSERT_NE(made(framed(middle)).view().find("\xEF\xBF\xBD"), std::string_view::npos);
+      }
+    }
+  }
+}
+
 TEST(TextTest, EmbeddedNulsAreCharacters) {
   const Text text = made(std::string_view("a\0b\0", 4));
   EXPECT_EQ(text.size(), 4u);

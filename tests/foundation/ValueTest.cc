@@ -76,6 +76,37 @@ TEST(ValueTest, KeepsTheIdentityOfItsText) {
   EXPECT_TRUE(copy.asText()->isSameObject(text));
 }
 
+TEST(ValueTest, TakesATextInThePlaceOfAnything) {
+  const Text text = std::string("Gaspé");
+  for (Value value : {Value(), Value(Text("Alma")), Value(Number(1)), Value(Array{Text("x")})}) {
+    const Value before = value;
+    value = text;
+    ASSERT_TRUE(value.asText());
+    EXPECT_TRUE(value.asText()->isSameObject(text));
+    EXPECT_NE(value, before);
+    value = Text();
+    EXPECT_TRUE(value.isNil()) << "a nil text makes a nil value";
+  }
+  Value itself = text;
+  itself = *itself.asText();
+  EXPECT_EQ(itself, Value(Text("Gaspé")));
+}
+
+TEST(ValueTest, HandsItsDictionaryOver) {
+  const Dictionary made{{"city", Text("Gaspé")}};
+  Value alone = made;
+  EXPECT_EQ(std::move(alone).takeDictionary(), made);
+  // One that another value shares is copied: values never change.
+  Value shared = made;
+  const Value other = shared;
+  Dictionary taken = std::move(shared).takeDictionary();
+  EXPECT_EQ(taken, made);
+  taken.set("city", Text("Alma"));
+  EXPECT_EQ(*other.asDictionary(), made);
+  EXPECT_TRUE(Value(Text("no dictionary")).takeDictionary().empty());
+  EXPECT_TRUE(Value().takeDictionary().empty());
+}
+
 TEST(ValueTest, CopiesShareArraysAndDictionaries) {
   for (const Value& value : kOneOfEach) {
     const std::size_t before = testing_support::allocations();
