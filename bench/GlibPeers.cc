@@ -15,7 +15,6 @@ namespace peers {
 namespace {
 
 constexpr const char* kGroup = "Options";
-constexpr const char* kChanges[] = {"Gaspé, in Quebec", "Alma, in Quebec"};
 
 void addKeyFile(std::vector<Store>& stores, const Entries& entries, const std::string& folder) {
   const std::string file = folder + "/glib.ini";
@@ -24,8 +23,8 @@ void addKeyFile(std::vector<Store>& stores, const Entries& entries, const std::s
     g_key_file_set_string(keys.get(), kGroup, key.c_str(), value.c_str());
   if (!g_key_file_save_to_file(keys.get(), file.c_str(), nullptr)) abort();
   const std::string key = entries.front().first;
-  const auto change = [keys, key](std::size_t count) {
-    while (count-- > 0) g_key_file_set_string(keys.get(), kGroup, key.c_str(), kChanges[count % 2]);
+  const auto change = [keys, key](std::size_t which) {
+    g_key_file_set_string(keys.get(), kGroup, key.c_str(), kTexts[which]);
   };
   stores.push_back({.name = "GKeyFile",
                     .read =
@@ -36,7 +35,7 @@ void addKeyFile(std::vector<Store>& stores, const Entries& entries, const std::s
                             g_free(value);
                           }
                         },
-                    .set = change,
+                    .set = setBy(change),
                     .load =
                         [file](std::size_t count) {
                           while (count-- > 0) {
@@ -46,13 +45,9 @@ void addKeyFile(std::vector<Store>& stores, const Entries& entries, const std::s
                             g_key_file_unref(fresh);
                           }
                         },
-                    .save =
-                        [keys, change, file](std::size_t count) {
-                          for (; count > 0; --count) {
-                            change(count);
-                            if (!g_key_file_save_to_file(keys.get(), file.c_str(), nullptr)) abort();
-                          }
-                        }});
+                    .save = saveBy(change, [keys, file] {
+                      if (!g_key_file_save_to_file(keys.get(), file.c_str(), nullptr)) abort();
+                    })});
 }
 
 // Its keys are words of small letters and digits.
@@ -87,8 +82,8 @@ void addSettings(std::vector<Store>& stores, const Entries& entries, const std::
   g_settings_apply(settings.get());
   g_settings_sync();
   const std::string key = schemaKey(0);
-  const auto change = [settings, key](std::size_t count) {
-    while (count-- > 0) g_settings_set_string(settings.get(), key.c_str(), kChanges[count % 2]);
+  const auto change = [settings, key](std::size_t which) {
+    g_settings_set_string(settings.get(), key.c_str(), kTexts[which]);
   };
   stores.push_back({.name = "GSettings",
                     .read =
@@ -99,19 +94,15 @@ void addSettings(std::vector<Store>& stores, const Entries& entries, const std::
                             g_free(value);
                           }
                         },
-                    .set = change,
+                    .set = setBy(change),
                     .load =
                         [opened, key](std::size_t count) {
                           while (count-- > 0) g_free(g_settings_get_string(opened().get(), key.c_str()));
                         },
-                    .save =
-                        [settings, change](std::size_t count) {
-                          for (; count > 0; --count) {
-                            change(count);
-                            g_settings_apply(settings.get());
-                            g_settings_sync();
-                          }
-                        }});
+                    .save = saveBy(change, [settings] {
+                      g_settings_apply(settings.get());
+                      g_settings_sync();
+                    })});
 }
 
 }  // namespace

@@ -43,7 +43,8 @@ int main(int, char** arguments) {
   const Value value = Dictionary{{"QorvaneT1Settings2020", Value(*store.options())}};
   const std::string binary = writePropertyList(value, PropertyListFormat::Binary);
   const std::string xml = writePropertyList(value, PropertyListFormat::Xml);
-  const Text cities[] = {Text(std::string("Gaspé, in Quebec")), Text(std::string("Alma, in Quebec"))};
+  const std::string newCities[] = {"Gaspé, in Quebec", "Alma, in Quebec"};
+  const Text cities[] = {Text(newCities[0]), Text(newCities[1])};
   bool turn = false;
   NumberFormatter amounts;
   amounts.setLocale("fr_CA");
@@ -59,6 +60,7 @@ int main(int, char** arguments) {
       {"read-text", {10'000, [&] { keep(OptionsMgr::language()); }}},
       {"read-flag", {10'000, [&] { keep(store.zsupress()); }}},
       {"set-text", {10'000, [&] { store.setPreparerCity(cities[turn = !turn]); }}},
+      {"set-new-text", {10'000, [&] { store.setPreparerCity(Text(newCities[turn = !turn])); }}},
       {"set-flag", {10'000, [&] { store.setZsupress(turn = !turn); }}},
       {"load", {100, [&] { store.loadOptions(); }}},
       {"read-binary", {100, [&] { keep(readPropertyList(binary)); }}},

@@ -17,6 +17,16 @@ std::vector<Store> stores([[maybe_unused]] const Entries& entries,
 #else
   std::fputs("GLib is not installed: GKeyFile and GSettings are not measured\n", stderr);
 #endif
+#ifdef HAVE_KDE
+  addKdeStores(all, entries, folder);
+#else
+  std::fputs("KConfig is not installed and not measured\n", stderr);
+#endif
+#ifdef HAVE_BOOST
+  addBoostStores(all, entries, folder);
+#else
+  std::fputs("Boost is not installed: PropertyTree is not measured\n", stderr);
+#endif
   return all;
 }
 

@@ -27,6 +27,28 @@ struct Store {
   std::function<void(std::size_t count)> save;
 };
 
+/// The two texts that changes take in turn.
+inline constexpr const char* kTexts[] = {"Gaspé, in Quebec", "Alma, in Quebec"};
+
+/// `set` and `save` of a store from what the library does for one of them: `change(i)` sets the first entry
+/// to kTexts[i].
+template <class Change>
+auto setBy(Change change) {
+  return [change](std::size_t count) {
+    while (count-- > 0) change(count % 2);
+  };
+}
+template <class Change, class Sync>
+auto saveBy(Change change, Sync sync) {
+  // The turn goes on from call to call: a library may see that nothing changed, and save nothing.
+  return [change, sync, turn = std::size_t{0}](std::size_t count) mutable {
+    while (count-- > 0) {
+      change(turn = 1 - turn);
+      sync();
+    }
+  };
+}
+
 /// The stores of the libraries that are installed, each holding the entries in a file in the folder.
 std::vector<Store> stores(const Entries& entries, const std::string& folder);
 
@@ -37,6 +59,8 @@ extern const std::function<void(std::string_view)> parseAmount;
 // What each library adds; defined only where it is installed.
 void addQtStores(std::vector<Store>& stores, const Entries& entries, const std::string& folder);
 void addGlibStores(std::vector<Store>& stores, const Entries& entries, const std::string& folder);
+void addKdeStores(std::vector<Store>& stores, const Entries& entries, const std::string& folder);
+void addBoostStores(std::vector<Store>& stores, const Entries& entries, const std::string& folder);
 void formatAmountByQt(double amount);
 void parseAmountByQt(std::string_view text);
 

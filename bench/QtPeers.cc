@@ -29,16 +29,14 @@ void addQtStores(std::vector<Store>& stores, const Entries& entries, const std::
   for (const auto& [key, value] : entries) settings->setValue(wide(key), wide(value));
   settings->sync();
   const QString key = wide(entries.front().first);
-  const auto change = [settings, key](std::size_t count) {
-    static const QString values[] = {QStringLiteral("Gaspé, in Quebec"), QStringLiteral("Alma, in Quebec")};
-    while (count-- > 0) settings->setValue(key, values[count % 2]);
-  };
+  const QString values[] = {wide(kTexts[0]), wide(kTexts[1])};
+  const auto change = [=](std::size_t which) { settings->setValue(key, values[which]); };
   stores.push_back({.name = "QSettings",
                     .read =
                         [settings, key](std::size_t count) {
                           while (count-- > 0) ratios::keep(settings->value(key).toString());
                         },
-                    .set = change,
+                    .set = setBy(change),
                     .load =
                         [file, key, second = time_t{0}](std::size_t count) mutable {
                           while (count-- > 0) {
@@ -49,13 +47,7 @@ void addQtStores(std::vector<Store>& stores, const Entries& entries, const std::
                             ratios::keep(fresh.value(key).toString());
                           }
                         },
-                    .save =
-                        [settings, change](std::size_t count) {
-                          for (; count > 0; --count) {
-                            change(count);
-                            settings->sync();
-                          }
-                        }});
+                    .save = saveBy(change, [settings] { settings->sync(); })});
 }
 
 void formatAmountByQt(double amount) { ratios::keep(canada().toString(amount, 'f', 2).toUtf8()); }
