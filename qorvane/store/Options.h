@@ -77,13 +77,16 @@ class Options {
   /// Takes the dictionary of the running product and tax year from the preference store, or starts an empty
   /// one, then reads the product's list of options once in bulk mode, so that each storing default gets its
   /// entry. Lowers `notifyAll`. When the preference store raises, the log says "Options couldn't be loaded"
-  /// and the dictionary is the one from before.
+  /// and the dictionary is the one from before; when a getter raises, the log says "Could not load default
+  /// options" and the next one is read. An exception that is none of the platform's passes through, out of a
+  /// getter with bulk mode still on.
   void loadOptions();
 
   /// Writes the dictionary under the key of the product and tax year that run now, and asks the preference
   /// store to put it on the disk. Then, if `notifyAll` is up, posts kPreferenceChangeEvt with this store as
   /// the object and lowers it. When the preference store raises, the log says "Options couldn't be loaded"
-  /// and `notifyAll` keeps its value. Whether the disk took it is told by UserDefaults::lastFailure.
+  /// and `notifyAll` keeps its value; an exception that is none of the platform's passes through. Whether the
+  /// disk took it is told by UserDefaults::lastFailure.
   void saveOptions();
 
   /// The key of the preference store under which the product and tax year that run now keep their dictionary,

@@ -16,18 +16,18 @@
 namespace qorvane {
 namespace {
 
-using testing_support::Edition;
-using testing_support::kEditions;
+using testing_support::kProductKinds;
 using testing_support::lookalikes;
 using testing_support::nameOf;
+using testing_support::ProductKind;
 using testing_support::readTable;
 using testing_support::Row;
 using testing_support::StoreWorld;
 using Map = ProvinceCodeMapping;
 
 // Columns that differ by product come in pairs, the personal product's first.
-std::size_t of(Edition edition, std::size_t column) {
-  return column + (edition == Edition::Corporate ? 1 : 0);
+std::size_t of(ProductKind product, std::size_t column) {
+  return column + (product == ProductKind::Corporate ? 1 : 0);
 }
 
 double number(const std::string& cell) { return Text(cell).doubleValue(); }
@@ -44,12 +44,12 @@ enum : std::size_t {
   kFrench = 12
 };
 
-class BothProducts : public testing::TestWithParam<Edition> {
+class BothProducts : public testing::TestWithParam<ProductKind> {
  protected:
   StoreWorld world{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(ProvinceCodeMapping, BothProducts, testing::ValuesIn(kEditions),
+INSTANTIATE_TEST_SUITE_P(ProvinceCodeMapping, BothProducts, testing::ValuesIn(kProductKinds),
                          [](const auto& test) { return nameOf(test.param); });
 
 TEST_P(BothProducts, convertEveryFormAsTheTableSays) {
@@ -151,9 +151,9 @@ TEST_P(BothProducts, countOnlyTheLowBitsOfThePostalLetter) {
 
 TEST_P(BothProducts, askTheProductOnEveryCall) {
   const Text nonResident = "Non-Resident";
-  StoreWorld::become(Edition::Personal);
+  StoreWorld::become(ProductKind::Personal);
   EXPECT_EQ(Map::getOurProvCodeFromProvName(nonResident), 12);
-  StoreWorld::become(Edition::Corporate);
+  StoreWorld::become(ProductKind::Corporate);
   EXPECT_EQ(Map::getOurProvCodeFromProvName(nonResident), 15);
 }
 
@@ -189,9 +189,9 @@ TEST(ProvinceCodeMapping, listsTheSameProvincesInTheSameObjectEachTime) {
 
 TEST(ProvinceCodeMapping, keepsItsOddities) {
   StoreWorld world;
-  for (const Edition edition : kEditions) {
-    world.become(edition);
-    const bool corporate = edition == Edition::Corporate;
+  for (const ProductKind product : kProductKinds) {
+    world.become(product);
+    const bool corporate = product == ProductKind::Corporate;
     EXPECT_EQ(Map::getProvinceCode("Québec"), Text("QC"));
     EXPECT_EQ(Map::getProvinceCode("quebec"), Text(""));
     EXPECT_EQ(Map::getProvinceCode("Non-Resident"), Text("NR"));

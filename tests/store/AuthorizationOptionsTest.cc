@@ -6,12 +6,12 @@
 namespace qorvane {
 namespace {
 
-using testing_support::Edition;
-using testing_support::kEditions;
+using testing_support::kProductKinds;
+using testing_support::ProductKind;
 using testing_support::StoreWorld;
 
 TEST(AuthorizationOptionsTest, InTheCorporateProductT1013AndRC59ShareTheirNumbers) {
-  StoreWorld world(Edition::Corporate);
+  StoreWorld world(ProductKind::Corporate);
   world.store.setT1013RepID("ABC123");
   EXPECT_EQ(world.store.rc59_RepID(), Text("ABC123"));
   EXPECT_EQ(world.entry("RepID"), Value(Text("ABC123")));
@@ -46,9 +46,9 @@ TEST(AuthorizationOptionsTest, InThePersonalProductTheBusinessNumbersAreTwo) {
 }
 
 TEST(AuthorizationOptionsTest, GroupsAndOnlineAccessAreNeverShared) {
-  for (const Edition edition : kEditions) {
-    SCOPED_TRACE(nameOf(edition));
-    StoreWorld world(edition);
+  for (const ProductKind product : kProductKinds) {
+    SCOPED_TRACE(nameOf(product));
+    StoreWorld world(product);
     world.start();
     world.store.setT1013GroupID("G1");
     world.store.setRc59_GroupID("G2");
@@ -64,9 +64,9 @@ TEST(AuthorizationOptionsTest, GroupsAndOnlineAccessAreNeverShared) {
 // ---- expiry dates ---------------------------------------------------------------------------------------
 
 TEST(AuthorizationOptionsTest, ClearingTheT1013DateEmptiesTheBusinessNumberInstead) {
-  for (const Edition edition : kEditions) {
-    SCOPED_TRACE(nameOf(edition));
-    StoreWorld world(edition);
+  for (const ProductKind product : kProductKinds) {
+    SCOPED_TRACE(nameOf(product));
+    StoreWorld world(product);
     world.start({{"T1013ConsentED", Number(12345.5)},
                  {"T1013BussinessNo", Text("123456789")},
                  {"RepBN", Text("55")}});
@@ -199,7 +199,7 @@ TEST(AuthorizationOptionsTest, QuebecLabelsAreKeptAsNeutralValuesAndReadInTheLan
 TEST(AuthorizationOptionsTest, AnEmptyQuebecLabelIsStoredAsItIsAndReadsAsTheFirst) {
   for (const char* language : {"English", "French"}) {
     const bool english = std::string_view(language) == "English";
-    StoreWorld world(Edition::Personal, language);
+    StoreWorld world(ProductKind::Personal, language);
     for (const Text& nothing : {Text(), Text("")}) {
       world.start();
       world.store.setMr69_AuthType(nothing);

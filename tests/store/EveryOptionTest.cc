@@ -14,11 +14,11 @@
 namespace qorvane {
 namespace {
 
-using testing_support::Edition;
 using testing_support::ExpectedOption;
 using testing_support::expectedOptions;
-using testing_support::kEditions;
+using testing_support::kProductKinds;
 using testing_support::nameOf;
+using testing_support::ProductKind;
 using testing_support::StoreWorld;
 
 // Equal in depth, numbers of one kind: a failure prints both.
@@ -34,7 +34,7 @@ Value another(const Value& value) { return value.asText() ? Value(Text(value.asT
 struct Trial {
   const ExpectedOption& expected;
   const OptionRow& row;
-  Edition edition;
+  ProductKind product;
   std::string_view language;
   Text key;
   StoreWorld& world;
@@ -53,22 +53,24 @@ struct Trial {
     return entries;
   }
   // The setter has no effect in this product.
-  bool deaf() const { return expected.setting == "direct, corporate only" && edition == Edition::Personal; }
+  bool deaf() const {
+    return expected.setting == "direct, corporate only" && product == ProductKind::Personal;
+  }
   // The getter does not look at the entry in this product.
-  bool blind() const { return expected.getter == "isStepsMode" && edition == Edition::Corporate; }
+  bool blind() const { return expected.getter == "isStepsMode" && product == ProductKind::Corporate; }
 };
 
 void forEveryOption(const std::function<void(const Trial&)>& body, const char* language = "English") {
-  for (const Edition edition : kEditions) {
-    StoreWorld world(edition, language);
+  for (const ProductKind product : kProductKinds) {
+    StoreWorld world(product, language);
     for (const ExpectedOption& expected : expectedOptions()) {
       if (expected.triedElsewhere()) continue;
-      SCOPED_TRACE(std::string(nameOf(edition)) + " " + language + " " + expected.getter);
+      SCOPED_TRACE(std::string(nameOf(product)) + " " + language + " " + expected.getter);
       const OptionRow* row = findProperty(expected.getter);
       ASSERT_TRUE(row);
       ASSERT_TRUE(row->write);
       world.start();
-      body({expected, *row, edition, language, expected.key(edition), world});
+      body({expected, *row, product, language, expected.key(product), world});
     }
   }
 }
@@ -84,9 +86,9 @@ TEST(EveryOptionTest, StandsOnceInTheTableUnderItsNamesAndKeys) {
     setter[3] = static_cast<char>(std::toupper(static_cast<unsigned char>(setter[3])));
     EXPECT_EQ(row->setter, expected.readOnly() ? "" : setter);
     EXPECT_EQ(row->secret, expected.getter == "preparerPassword");
-    for (const Edition edition : kEditions) {
-      StoreWorld::become(edition);
-      EXPECT_EQ(row->key(), expected.derived() ? Text() : expected.key(edition)) << nameOf(edition);
+    for (const ProductKind product : kProductKinds) {
+      StoreWorld::become(product);
+      EXPECT_EQ(row->key(), expected.derived() ? Text() : expected.key(product)) << nameOf(product);
     }
     QVSettings::setSource(nullptr);
   }
@@ -410,7 +412,7 @@ TEST(EveryOptionTest, AnOptionIsFoundByNameAndByTheKeyOfTheProduct) {
   EXPECT_EQ(findOption("RepFirstName"), findOption("repFirstName"));
   EXPECT_EQ(findOption("PName"), findOption("preparerNameOfRepresentative"));
   EXPECT_EQ(findOption("no such option"), nullptr);
-  StoreWorld::become(Edition::Corporate);
+  StoreWorld::become(ProductKind::Corporate);
   EXPECT_EQ(findOption("RepFirstName"), nullptr);
   EXPECT_EQ(findOption("RepID"), findOption("t1013RepID"));
 }
@@ -421,12 +423,12 @@ TEST(EveryOptionTest, TheProductIsAskedOnEachCall) {
   for (const char* name : {"repFirstName", "t1013RepID", "t1013BussinessNo"}) {
     SCOPED_TRACE(name);
     const OptionRow& row = *findProperty(name);
-    StoreWorld::become(Edition::Personal);
+    StoreWorld::become(ProductKind::Personal);
     row.write(world.store, Text("one"));
-    StoreWorld::become(Edition::Corporate);
+    StoreWorld::become(ProductKind::Corporate);
     EXPECT_EQ(row.read(world.store), Value(Text("")));
     row.write(world.store, Text("two"));
-    StoreWorld::become(Edition::Personal);
+    StoreWorld::become(ProductKind::Personal);
     EXPECT_EQ(row.read(world.store), Value(Text("one")));
   }
 }

@@ -33,8 +33,8 @@ struct ExpectedOption {
   bool writesOthers() const {
     return setting == "comparing, province" || setting == "comparing, postal code" || form == "font";
   }
-  qorvane::Text key(Edition edition) const {
-    return qorvane::Text(edition == Edition::Corporate ? corporateKey : personalKey);
+  qorvane::Text key(ProductKind product) const {
+    return qorvane::Text(product == ProductKind::Corporate ? corporateKey : personalKey);
   }
   /// What the option reads as without an entry, in that language.
   qorvane::Value fallbackIn(std::string_view language) const;

@@ -9,8 +9,8 @@
 namespace qorvane {
 namespace {
 
-using testing_support::Edition;
-using testing_support::kEditions;
+using testing_support::kProductKinds;
+using testing_support::ProductKind;
 using testing_support::StoreWorld;
 
 // One entry a line: the key, the kind (a number's is that of its bits) and the value.
@@ -24,38 +24,38 @@ std::string written(const Dictionary& entries) {
   return out.str();
 }
 
-std::string golden(Edition edition, const char* language) {
+std::string golden(ProductKind product, const char* language) {
   return testing_support::readFile(std::filesystem::path(TEST_DATA_DIR) / "store" /
-                                   (std::string("first-load-") + nameOf(edition) + "-" + language + ".txt"));
+                                   (std::string("first-load-") + nameOf(product) + "-" + language + ".txt"));
 }
 
 TEST(FirstLoadTest, LeavesTheDefaultsOfTheProduct) {
-  for (const Edition edition : kEditions) {
-    SCOPED_TRACE(nameOf(edition));
-    StoreWorld world(edition);
-    EXPECT_EQ(written(world.entries()), golden(edition, "English"));
+  for (const ProductKind product : kProductKinds) {
+    SCOPED_TRACE(nameOf(product));
+    StoreWorld world(product);
+    EXPECT_EQ(written(world.entries()), golden(product, "English"));
     EXPECT_FALSE(notifyAll);
     EXPECT_FALSE(bSettingVals);
     world.store.saveOptions();
     const Value saved = world.defaults.objectForKey(world.store.settingsDomainKey());
     ASSERT_TRUE(saved.asDictionary());
-    EXPECT_EQ(written(*saved.asDictionary()), golden(edition, "English"));
+    EXPECT_EQ(written(*saved.asDictionary()), golden(product, "English"));
   }
 }
 
 TEST(FirstLoadTest, OfAFrenchStoreLeavesTheSameButTheLanguage) {
-  for (const Edition edition : kEditions) {
-    SCOPED_TRACE(nameOf(edition));
-    StoreWorld world(edition, "French");
+  for (const ProductKind product : kProductKinds) {
+    SCOPED_TRACE(nameOf(product));
+    StoreWorld world(product, "French");
     world.defaults.setObject(Dictionary{{"Language", Text("French")}}, world.store.settingsDomainKey());
     world.store.loadOptions();
-    EXPECT_EQ(written(world.entries()), golden(edition, "French"));
+    EXPECT_EQ(written(world.entries()), golden(product, "French"));
   }
 }
 
 TEST(FirstLoadTest, ASecondLoadChangesNothing) {
-  for (const Edition edition : kEditions) {
-    StoreWorld world(edition);
+  for (const ProductKind product : kProductKinds) {
+    StoreWorld world(product);
     world.store.saveOptions();
     Options later;
     later.loadOptions();

@@ -22,7 +22,8 @@ std::string defaultOf(const OptionRow& row) {
   if (value.isNil()) return "none";
   if (row.type == OptionType::Flag) return value.boolValue() ? "true" : "false";
   if (const Data* archive = value.asData())
-    return "`" + NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(unarchiveColor(*archive)).string() + "`";
+    return "`" + NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(unarchiveColor(*archive)).string() +
+           "`";
   std::string text = "\"" + value.textValue().string() + "\"";
   if (row.type == OptionType::Integer || row.type == OptionType::Date) text = value.textValue().string();
   return text;

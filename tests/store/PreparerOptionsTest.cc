@@ -6,8 +6,8 @@
 namespace qorvane {
 namespace {
 
-using testing_support::Edition;
-using testing_support::kEditions;
+using testing_support::kProductKinds;
+using testing_support::ProductKind;
 using testing_support::StoreWorld;
 
 Text text(const char* characters) { return Text(std::string(characters)); }
@@ -53,10 +53,10 @@ TEST(PreparerOptionsTest, AFreshStoreStoresItsCodes) {
 }
 
 TEST(PreparerOptionsTest, TheRepresentativesNameIsOneEntryOfSeveralOptions) {
-  for (const Edition edition : kEditions) {
-    SCOPED_TRACE(nameOf(edition));
-    const bool corporate = edition == Edition::Corporate;
-    StoreWorld world(edition);
+  for (const ProductKind product : kProductKinds) {
+    SCOPED_TRACE(nameOf(product));
+    const bool corporate = product == ProductKind::Corporate;
+    StoreWorld world(product);
     world.store.setPreparerNameOfRepresentative("Zoë Roy");
     EXPECT_EQ(world.store.pName(), Text("Zoë Roy"));
     EXPECT_EQ(world.store.repFirstName(), corporate ? Text("Zoë Roy") : Text(""));

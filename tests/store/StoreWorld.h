@@ -15,14 +15,14 @@
 
 namespace testing_support {
 
-enum class Edition { Personal, Corporate };
-inline constexpr Edition kEditions[] = {Edition::Personal, Edition::Corporate};
-inline const char* nameOf(Edition edition) { return edition == Edition::Corporate ? "T2" : "T1"; }
+enum class ProductKind { Personal, Corporate };
+inline constexpr ProductKind kProductKinds[] = {ProductKind::Personal, ProductKind::Corporate};
+inline const char* nameOf(ProductKind product) { return product == ProductKind::Corporate ? "T2" : "T1"; }
 
 class StoreWorld {
  public:
-  explicit StoreWorld(Edition edition = Edition::Personal, const char* language = "English") {
-    become(edition);
+  explicit StoreWorld(ProductKind product = ProductKind::Personal, const char* language = "English") {
+    become(product);
     qorvane::UserDefaults::setStandardUserDefaults(&defaults);
     speak(language);
     store.loadOptions();
@@ -36,9 +36,11 @@ class StoreWorld {
   StoreWorld(const StoreWorld&) = delete;
   StoreWorld& operator=(const StoreWorld&) = delete;
 
-  static void become(Edition edition) {
-    qorvane::QVSettings::setProduct(
-        {.corporate = edition == Edition::Corporate, .professional = true, .taxYear = 2020, .release = ""});
+  static void become(ProductKind product) {
+    qorvane::QVSettings::setProduct({.corporate = product == ProductKind::Corporate,
+                                     .professional = true,
+                                     .taxYear = 2020,
+                                     .release = ""});
   }
   /// The display language, which is the facade's to say.
   static void speak(const char* language) {

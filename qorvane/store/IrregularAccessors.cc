@@ -1,5 +1,5 @@
-// The preparer's accessors that depart from the pattern. What they do looks odd, and is what the settings
-// of installed copies rely on.
+// The preparer's and the authorizations' accessors that depart from the pattern. What they do looks odd, and
+// is what the settings of installed copies rely on.
 #include <string>
 
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
