@@ -4,16 +4,14 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <iomanip>
-#include <nlohmann/json.hpp>
 
 #include "qorvane/platform/FileManager.h"
 #include "qorvane/platform/NumberFormatter.h"
 #include "qorvane/siblings/Utils.h"
 #include "qorvane/vocabulary/Vocabulary.h"
-#include "tool/Columns.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
+#include "tool/Output.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
 
@@ -26,7 +24,6 @@ using qorvane::Options;
 using qorvane::OptionType;
 using qorvane::Text;
 using qorvane::Value;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -70,15 +67,17 @@ void paths(Session& session, const PathsRequest& request, std::ostream& out) {
                     {"path", path.isNil() ? Json(nullptr) : Json(path.string())}});
   }
   if (session.json()) {
-    out << rows.dump(2) << '\n';
+    printJson(rows, out);
     return;
   }
-  std::vector<std::vector<std::string>> lines;
-  for (const Json& row : rows)
-    lines.push_back({row["name"].get<std::string>(), row["from"].get<std::string>(),
-                     row["exists"].get<bool>() ? "exists" : "missing",
-                     row["path"].is_null() ? "(none)" : row["path"].get<std::string>()});
-  printColumns(lines, out, session.terminalWidth());
+  std::vector<Row> lines;
+  for (const Json& row : rows) {
+    const auto answer = [](bool is) { return is ? say("yes") : say("no"); };
+    lines.push_back({row["name"].get<std::string>(), answer(row["from"] == "stored"),
+                     answer(row["exists"].get<bool>()),
+                     row["path"].is_null() ? say("(none)") : row["path"].get<std::string>()});
+  }
+  printTable(session, {say("folder"), say("set"), say("exists"), say("path")}, lines, out, Holding::Paths);
 }
 
 // Each amount in each of the suite's styles, in both languages.
@@ -106,21 +105,21 @@ void format(Session& session, const FormatRequest& request, std::ostream& out) {
       const Text english = ((*store).*style.formatter)()->stringFromNumber(amount);
       store->setLanguage("French");
       const Text french = ((*store).*style.formatter)()->stringFromNumber(amount);
-      shown[style.name] = {{"en", english.string()}, {"fr", french.string()}};
+      shown[style.name] = {{"english", english.string()}, {"french", french.string()}};
     }
     all.push_back(shown);
   }
   if (session.json()) {
-    out << all.dump(2) << '\n';
+    printJson(all, out);
     return;
   }
   for (const Json& shown : all) {
     if (all.size() > 1) out << shown["amount"].get<std::string>() << '\n';
-    std::vector<std::vector<std::string>> lines;
+    std::vector<Row> lines;
     for (const Style& style : kStyles)
-      lines.push_back({style.name, shown[style.name]["en"].get<std::string>(),
-                       shown[style.name]["fr"].get<std::string>()});
-    printColumns(lines, out, session.terminalWidth());
+      lines.push_back({style.name, shown[style.name]["english"].get<std::string>(),
+                       shown[style.name]["french"].get<std::string>()});
+    printTable(session, {say("style"), say("English"), say("French")}, lines, out, Holding::Values);
   }
 }
 
@@ -154,7 +153,7 @@ void vocabulary(Session& session, const VocabularyRequest& request, std::ostream
                      {"string", entry->string.string()},
                      {"list", std::string(entry->list)},
                      {"group", std::string(entry->group)}});
-    out << all.dump(2) << '\n';
+    printJson(all, out);
     return;
   }
   for (const auto* entry : found) out << entry->name << " = " << entry->string.view() << '\n';
@@ -166,20 +165,20 @@ void addAnswerVerbs(Verbs& verbs) {
   verbs.add<PathsRequest>(
       "paths", "show every folder, where it comes from and whether it exists",
       [](CLI::App& verb, PathsRequest& request) {
-        verb.add_flag("--create", request.create, "make those that are missing");
+        verb.add_flag("--create", request.create, Phrase("make those that are missing"));
       },
       paths, "  optionsmgr paths\n");
   verbs.add<FormatRequest>(
       "format", "show amounts in each of the suite's styles, in both languages",
       [](CLI::App& verb, FormatRequest& request) {
-        verb.add_option("AMOUNT", request.amounts, "digits with a point, such as 1234.5")->required();
+        verb.add_option("AMOUNT", request.amounts, Phrase("digits with a point, such as 1234.5"))->required();
       },
       format, "  optionsmgr format 1234.5 -0.5\n");
   verbs.add<VocabularyRequest>(
       "vocabulary", "print exported constants as name = string",
       [](CLI::App& verb, VocabularyRequest& request) {
-        verb.add_option("GROUP", request.group, "only this list or group");
-        verb.add_option("--search", request.search, "only those that contain this text");
+        verb.add_option("GROUP", request.group, Phrase("only this list or group"));
+        verb.add_option("--search", request.search, Phrase("only those that contain this text"));
       },
       vocabulary, "  optionsmgr vocabulary Colours\n  optionsmgr vocabulary --search Preference\n");
 }

@@ -1,6 +1,7 @@
-// Text in columns on a terminal.
+// Plain text in columns on a terminal, whatever letters it has.
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -8,16 +9,39 @@
 
 namespace optionsmgr {
 
-/// The width of a text on a terminal, for texts whose characters take one column each.
+/// The width of a text on a terminal: an accented letter takes one column, composed or not, a wide letter
+/// two.
 std::size_t columns(std::string_view text);
 
 /// The text with blanks after it, at least that wide.
 std::string padded(std::string_view text, std::size_t width);
 
-/// Prints rows of cells, each column as wide as its widest cell and two blanks. Line breaks and other control
-/// characters within a cell become blanks, and no line ends in blanks. With a width, the widest columns give
-/// way until a row fits into it, and a cell that is cut ends in "…".
-void printColumns(const std::vector<std::vector<std::string>>& rows, std::ostream& out,
-                  std::size_t width = 0);
+/// The text in lines that are no wider than that. They break at blanks, and a word that is itself wider is
+/// broken as `breakWords` says.
+enum class LongWords : std::uint8_t { Broken, Whole };
+std::vector<std::string> wrapped(std::string_view text, std::size_t width, LongWords words);
+
+using Row = std::vector<std::string>;
+
+/// What becomes of a cell that is wider than its column.
+enum class Overlong : std::uint8_t {
+  Cut,     ///< It ends in "…", and no line is wider than the table.
+  Whole,   ///< It stays as it is, and pushes the rest of its line to the right.
+  Wrapped  ///< It goes on in the next line of its column.
+};
+
+struct Layout {
+  std::size_t width = 80;
+  Overlong overlong = Overlong::Whole;
+  /// Of a wrapped cell's words that are wider than their column.
+  LongWords longWords = LongWords::Whole;
+  /// The first row is a heading, to be printed bold.
+  bool boldHeading = false;
+};
+
+/// Prints rows of cells, each column as wide as its widest cell and two blanks. Where that is wider than the
+/// layout, the widest columns give way, the first one, which names the row, last. Line breaks and other
+/// control characters within a cell become blanks, and no line ends in blanks.
+void printColumns(const std::vector<Row>& rows, std::ostream& out, const Layout& layout);
 
 }  // namespace optionsmgr

@@ -36,7 +36,7 @@ bool storeIsFrench(const Settings& settings) try {
 
 // What the parser says, in the language of the tool.
 std::string told(std::string what) {
-  static constexpr std::string_view kPhrases[] = {
+  static constexpr Phrase kPhrases[] = {
       "A subcommand is required",
       "The following argument was not expected",
       "The following arguments were not expected",
@@ -46,9 +46,9 @@ std::string told(std::string what) {
       " not in ",
       "Value ",
   };
-  for (const std::string_view phrase : kPhrases)
-    if (const std::size_t at = what.find(phrase); at != what.npos)
-      what.replace(at, phrase.size(), translated(phrase));
+  for (const Phrase& phrase : kPhrases)
+    if (const std::size_t at = what.find(phrase.english()); at != what.npos)
+      what.replace(at, phrase.english().size(), phrase.text());
   return what;
 }
 
@@ -58,26 +58,29 @@ CommandLine::CommandLine()
     : app_("optionsmgr shows and changes the settings of the tax suite.", "optionsmgr"), verbs_(app_) {
   app_.require_subcommand(1);
   app_.fallthrough();
-  app_.set_version_flag("--version", OPTIONSMGR_VERSION, "print the version");
-  app_.set_help_flag("-h,--help", "print this help");
+  // As usual at a shell, what is said last counts.
+  app_.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  app_.set_version_flag("--version", OPTIONSMGR_VERSION, Phrase("print the version"));
+  app_.set_help_flag("-h,--help", Phrase("print this help"));
 
-  app_.add_option("--product", product_, "T1 (personal, the default) or T2 (corporate)")
+  app_.add_option("--product", product_, Phrase("T1 (personal, the default) or T2 (corporate)"))
       ->check(CLI::IsMember({"T1", "T2"}, CLI::ignore_case));
-  app_.add_option("--year", settings_.year, "the tax year; by default the current filing season's")
+  app_.add_option("--year", settings_.year, Phrase("the tax year; by default the current filing season's"))
       ->check(CLI::Range(1, 9999));
-  app_.add_option("--release", settings_.release, "the T2 release, such as VER2021_2");
+  app_.add_option("--release", settings_.release, Phrase("the T2 release, such as VER2021_2"));
   app_.add_flag("--single-filer", settings_.singleFiler,
-                "the single-filer edition, not the professional one");
-  app_.add_option("--store", settings_.folder, "the folder of the preference files");
+                Phrase("the single-filer edition, not the professional one"));
+  app_.add_option("--store", settings_.folder, Phrase("the folder of the preference files"));
   app_.add_option("--lock-wait", settings_.lockWait,
-                  "seconds to wait while another program saves; 10 by default")
+                  Phrase("seconds to wait while another program saves; 10 by default"))
       ->check(CLI::Range(0.0, 86400.0));
-  app_.add_option("--lang", language_,
-                  "en or fr: the language of help and messages; by default the store's display language")
+  app_.add_option(
+          "--lang", language_,
+          Phrase("en or fr: the language of help and messages; by default the store's display language"))
       ->check(CLI::IsMember({"en", "fr"}));
-  app_.add_flag("--json", settings_.json, "print JSON");
-  app_.add_flag("--quiet", settings_.quiet, "no reports, only answers and errors");
-  app_.add_flag("--no-color", settings_.noColor, "no colours on the terminal");
+  app_.add_flag("--json", settings_.json, Phrase("print JSON"));
+  app_.add_flag("--quiet", settings_.quiet, Phrase("no reports, only answers and errors"));
+  app_.add_flag("--no-color", settings_.noColor, Phrase("no colours on the terminal"));
 
   addOptionVerbs(verbs_);
   addYearVerbs(verbs_);

@@ -144,7 +144,7 @@ void addCompletionVerb(Verbs& verbs) {
   verbs.add<CompletionRequest>(
       "completion", "print the script that makes a shell complete optionsmgr's words",
       [](CLI::App& verb, CompletionRequest& request) {
-        verb.add_option("SHELL", request.shell, "bash, zsh or fish")
+        verb.add_option("SHELL", request.shell, Phrase("bash, zsh or fish"))
             ->required()
             ->check(CLI::IsMember({"bash", "zsh", "fish"}));
       },

@@ -48,7 +48,7 @@ void removeNote(Session& session) {
   FileUserDefaults note(noteFolder(session));
   note.setObject(nullptr, kNote);
   if (!note.synchronize())
-    throw Failure(exitFor(note.lastFailure()->systemError), note.lastFailure()->reason.string());
+    throw Failure(exitFor(note.lastFailure()->systemError), retold(note.lastFailure()->reason));
   std::error_code ignored;
   fs::remove_all(noteFolder(session), ignored);
 }
@@ -59,7 +59,7 @@ void save(FileUserDefaults& files, const Text& key, const Value& value) {
   const auto failure = *files.lastFailure();
   // What could not be written must not be tried again with the next save.
   files.forget(key);
-  throw Failure(exitFor(failure.systemError), failure.reason.string());
+  throw Failure(exitFor(failure.systemError), retold(failure.reason));
 }
 
 // Puts each file back that still is what the note says it was to become.
@@ -107,7 +107,7 @@ std::vector<Domain> storedDomains(Session& session) {
       if (const auto domain = Domain::fromKey(file->path().stem().string())) found.push_back(*domain);
   if (error && error != std::errc::no_such_file_or_directory)
     throw Failure(exitFor(error.value()),
-                  say("cannot look into {}: {}", session.files().folder(), error.message()));
+                  say("cannot look into {}: {}", session.files().folder(), retold(error.message())));
   std::ranges::sort(found);
   return found;
 }
@@ -121,7 +121,7 @@ std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) 
                   say("{} holds no dictionary of settings", session.files().pathForKey(domain.key())));
   return *stored.asDictionary();
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), error.what());
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
 }
 
 std::vector<OptionState> optionStates(Session& session, const Domain& domain, const Dictionary& entries) {
@@ -183,9 +183,9 @@ void changeAll(Session& session, const Changes& changes) try {
   }
   removeNote(session);
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), error.what());
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
 } catch (const fs::filesystem_error& error) {
-  throw Failure(exitFor(error.code().value()), error.what());
+  throw Failure(exitFor(error.code().value()), retold(error.what()));
 }
 
 bool undoUnfinished(Session& session) try {
@@ -204,9 +204,9 @@ bool undoUnfinished(Session& session) try {
   fs::remove_all(noteFolder(session));
   return false;
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), error.what());
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
 } catch (const fs::filesystem_error& error) {
-  throw Failure(exitFor(error.code().value()), error.what());
+  throw Failure(exitFor(error.code().value()), retold(error.what()));
 }
 
 }  // namespace optionsmgr

@@ -1,17 +1,15 @@
 // The verbs that hand settings over and take them: export and import.
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
-#include <nlohmann/json.hpp>
 #include <set>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/ColorArchive.h"
-#include "tool/Columns.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
 #include "tool/OptionText.h"
+#include "tool/Output.h"
 #include "tool/PreferenceFile.h"
 #include "tool/Verbs.h"
 
@@ -24,7 +22,6 @@ using qorvane::OptionRow;
 using qorvane::OptionType;
 using qorvane::Text;
 using qorvane::Value;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -86,9 +83,7 @@ void exportSettings(Session& session, const ExportRequest& request, std::ostream
   else
     writeWholeFile(request.file, bytes);
   if (secrets > 0 && session.reports())
-    std::cerr << "optionsmgr: "
-              << say("{} left out, being secret; --show-secrets has them in", std::to_string(secrets))
-              << '\n';
+    tell(say("{} left out, being secret; --show-secrets has them in", std::to_string(secrets)));
 }
 
 // ---- import ---------------------------------------------------------------------------------------------
@@ -103,7 +98,7 @@ std::string objection(const OptionRow& row, const Value& entry) {
       try {
         static_cast<void>(qorvane::unarchiveColor(*entry.asData()));
       } catch (const qorvane::Exception& error) {
-        return say("it is no colour: {}", error.what());
+        return say("it is no colour: {}", retold(error.what()));
       }
       return {};
     case OptionType::Date:
@@ -119,7 +114,7 @@ std::string objection(const OptionRow& row, const Value& entry) {
 
 struct ChangedEntry {
   std::string name;
-  const char* action;  // "new", "changed", "removed", "unknown".
+  Phrase action;  // "new", "changed", "removed", "unknown".
   std::string from;
   std::string to;
 };
@@ -128,7 +123,7 @@ struct ChangedEntry {
 std::string plain(const Value* entry) {
   if (!entry) return {};
   const Text text = entry->textValue();
-  return text.isNil() ? std::string("(") + kindName(entry->kind()) + ")" : text.string();
+  return text.isNil() ? "(" + std::string(translated(kindName(entry->kind()))) + ")" : text.string();
 }
 
 std::vector<ChangedEntry> changesOf(Session& session, const ImportRequest& request, const Domain& domain,
@@ -140,9 +135,9 @@ std::vector<ChangedEntry> changesOf(Session& session, const ImportRequest& reque
     if (old && now && isIdentical(*old, *now)) return;
     if (old || now)
       lines.push_back({std::move(name),
-                       !old  ? "new"
-                       : now ? "changed"
-                             : "removed",
+                       !old  ? Phrase("new")
+                       : now ? Phrase("changed")
+                             : Phrase("removed"),
                        std::move(from), std::move(to)});
   };
   const auto befores = optionStates(session, domain, before);
@@ -234,28 +229,30 @@ void importSettings(Session& session, const ImportRequest& request, std::ostream
     for (const auto& [domain, lines] : plan.lines) {
       told[domain.name()] = Json::array();
       for (const ChangedEntry& line : lines)
-        told[domain.name()].push_back(
-            {{"name", line.name}, {"action", line.action}, {"from", line.from}, {"to", line.to}});
+        told[domain.name()].push_back({{"name", line.name},
+                                       {"action", std::string(line.action.english())},
+                                       {"from", line.from},
+                                       {"to", line.to}});
     }
-    out << Json{{"dryRun", request.dryRun}, {"settings", told}, {"leftOut", file.others}}.dump(2) << '\n';
+    printJson({{"dryRun", request.dryRun}, {"settings", told}, {"leftOut", file.others}}, out);
     return;
   }
   if (!session.reports()) return;
   for (const auto& [domain, lines] : plan.lines) {
     out << domain.name() << (lines.empty() ? say(": nothing to change") : "") << '\n';
-    std::vector<std::vector<std::string>> rows;
+    std::vector<Row> rows;
     for (const ChangedEntry& line : lines) {
-      const bool both = std::string_view(line.action) == "changed";
-      rows.push_back({"  " + line.name, std::string(translated(line.action)),
-                      both ? line.from + " -> " + line.to : line.to});
+      const bool both = line.action.english() == "changed";
+      rows.push_back({"  " + line.name, say(line.action),
+                      both ? inWords(line.from) + " -> " + inWords(line.to) : line.to});
     }
-    printColumns(rows, out, session.terminalWidth());
+    printTable(session, {}, rows, out, Holding::Values);
   }
   for (const std::string& other : file.others)
     out << say("{}: left out, for it is no product's settings", other) << '\n';
   if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), error.what());
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
 }
 
 }  // namespace
@@ -264,26 +261,28 @@ void addExchangeVerbs(Verbs& verbs) {
   verbs.add<ExportRequest>(
       "export", "write settings as a property list or JSON",
       [](CLI::App& verb, ExportRequest& request) {
-        verb.add_option("FILE", request.file, "the file; standard output by default, or \"-\"");
-        verb.add_option("--format", request.form,
-                        "binary, xml or json; by default what the file's name ends in, binary for other "
-                        "files, XML on standard output")
+        verb.add_option("FILE", request.file, Phrase("the file; standard output by default, or \"-\""));
+        verb.add_option(
+                "--format", request.form,
+                Phrase("binary, xml or json; by default what the file's name ends in, binary for other "
+                       "files, XML on standard output"))
             ->check(CLI::IsMember({"binary", "xml", "json"}));
-        verb.add_flag("--all", request.all, "every product and year in the store");
-        verb.add_flag("--show-secrets", request.showSecrets, "passwords too");
+        verb.add_flag("--all", request.all, Phrase("every product and year in the store"));
+        verb.add_flag("--show-secrets", request.showSecrets, Phrase("passwords too"));
       },
       exportSettings,
       "  optionsmgr --year 2024 export settings.plist\n  optionsmgr export --all --format json\n");
   verbs.add<ImportRequest>(
       "import", "take settings from a preferences file, wholly or not at all",
       [](CLI::App& verb, ImportRequest& request) {
-        verb.add_option("FILE", request.file,
-                        "a property list or JSON; \"-\" is standard input. Every product and year in it, or "
-                        "those of --product and --year")
+        verb.add_option(
+                "FILE", request.file,
+                Phrase("a property list or JSON; \"-\" is standard input. Every product and year in it, or "
+                       "those of --product and --year"))
             ->required();
-        verb.add_flag("--dry-run", request.dryRun, "show what would be done, and change nothing");
-        verb.add_flag("--replace", request.replace, "settings that the file does not have go");
-        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+        verb.add_flag("--dry-run", request.dryRun, Phrase("show what would be done, and change nothing"));
+        verb.add_flag("--replace", request.replace, Phrase("settings that the file does not have go"));
+        verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       importSettings,
       "  optionsmgr import --dry-run settings.plist\n  optionsmgr --year 2024 import - <settings.json\n");

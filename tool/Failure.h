@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace optionsmgr {
 
@@ -27,6 +28,13 @@ class Failure : public std::runtime_error {
  private:
   Exit code_;
 };
+
+/// Prints the message to standard error, behind the tool's name. Characters that would steer the terminal,
+/// and bytes that are no UTF-8, are shown as such.
+void tell(std::string_view message);
+
+/// The system's words for an error (errno), in the language of the tool.
+std::string systemReason(int systemError);
 
 /// The exit code for a system error (errno) met at the store.
 Exit exitFor(int systemError);

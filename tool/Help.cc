@@ -1,7 +1,6 @@
 #include "tool/Help.h"
 
 #include <algorithm>
-#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -23,7 +22,7 @@ constexpr std::size_t kWidth = 80;
 
 struct ExitRow {
   Exit code;
-  const char* meaning;
+  Phrase meaning;
 };
 constexpr ExitRow kExits[] = {{Exit::Done, "done"},
                               {Exit::NotFound, "not found, or different"},
@@ -33,25 +32,6 @@ constexpr ExitRow kExits[] = {{Exit::Done, "done"},
                               {Exit::InputOutput, "input/output error"},
                               {Exit::Locked, "locked by another program"},
                               {Exit::NoPermission, "no permission"}};
-
-// The text in lines, each but the first behind the indentation.
-std::string wrapped(std::string_view text, std::size_t indent) {
-  std::string lines;
-  std::size_t column = indent;
-  std::istringstream words{std::string(text)};
-  for (std::string word; words >> word;) {
-    if (column > indent && column + 1 + columns(word) > kWidth) {
-      lines += "\n" + std::string(indent, ' ');
-      column = indent;
-    } else if (column > indent) {
-      lines += ' ';
-      ++column;
-    }
-    lines += word;
-    column += columns(word);
-  }
-  return lines;
-}
 
 // "--year YEAR", "OPTION", "[GLOB]".
 std::string nameOf(const CLI::Option& option, bool inUsage) {
@@ -79,21 +59,19 @@ std::string usageOf(const CLI::App& verb) {
   return usage;
 }
 
-void printRows(const std::string& title, const std::vector<std::vector<std::string>>& rows,
-               std::ostream& out) {
+void printRows(const Phrase& title, const std::vector<Row>& rows, std::ostream& out) {
   if (rows.empty()) return;
-  std::size_t widest = 0;
-  for (const auto& row : rows) widest = std::max(widest, columns(row[0]));
-  out << '\n' << title << '\n';
-  for (const auto& row : rows)
-    out << "  " << padded(row[0], widest + 2) << wrapped(row[1], widest + 4) << '\n';
+  out << '\n' << say(title) << '\n';
+  std::vector<Row> indented = rows;
+  for (Row& row : indented) row[0].insert(0, "  ");
+  printColumns(indented, out, {.overlong = Overlong::Wrapped});
 }
 
-std::vector<std::vector<std::string>> rowsOf(const CLI::App& app, bool positional) {
-  std::vector<std::vector<std::string>> rows;
+std::vector<Row> rowsOf(const CLI::App& app, bool positional) {
+  std::vector<Row> rows;
   for (const CLI::Option* option : app.get_options())
     if (option->get_positional() == positional && !option->get_group().empty())
-      rows.push_back({nameOf(*option, false), say(option->get_description())});
+      rows.push_back({nameOf(*option, false), std::string(translated(option->get_description()))});
   return rows;
 }
 
@@ -115,7 +93,7 @@ std::string roff(std::string_view text) {
   return safe;
 }
 
-void printTerms(const std::vector<std::vector<std::string>>& rows, std::ostream& out) {
+void printTerms(const std::vector<Row>& rows, std::ostream& out) {
   for (const auto& row : rows) out << ".TP\n.B " << roff(row[0]) << '\n' << roff(row[1]) << '\n';
 }
 
@@ -123,7 +101,7 @@ void printExamples(const std::string& examples, std::ostream& out) {
   out << ".nf\n" << roff(examples) << (examples.ends_with('\n') ? "" : "\n") << ".fi\n";
 }
 
-void printHeading(std::string_view title, std::ostream& out) { out << ".SH " << say(title) << '\n'; }
+void printHeading(const Phrase& title, std::ostream& out) { out << ".SH " << say(title) << '\n'; }
 
 void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out) {
   out << ".TH OPTIONSMGR 1 \"\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
@@ -132,16 +110,16 @@ void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out)
   printHeading("SYNOPSIS", out);
   out << ".B optionsmgr\n[" << roff(say("common options")) << "] " << roff(say("VERB")) << " ...\n";
   printHeading("EXAMPLES", out);
-  printExamples(say(verbs.examples(nullptr)), out);
+  printExamples(verbs.examples(nullptr), out);
   printHeading("COMMON OPTIONS", out);
   printTerms(rowsOf(app, false), out);
   printHeading("VERBS", out);
   for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-    out << ".SS " << roff(usageOf(*verb)) << '\n' << roff(say(verb->get_description())) << ".\n";
-    if (const std::string examples = say(verbs.examples(verb)); !examples.empty())
-      printExamples(examples, out);
+    out << ".SS " << roff(usageOf(*verb)) << '\n'
+        << roff(std::string(translated(verb->get_description()))) << ".\n";
+    if (const std::string examples = verbs.examples(verb); !examples.empty()) printExamples(examples, out);
     printTerms(rowsOf(*verb, true), out);
-    std::vector<std::vector<std::string>> options = rowsOf(*verb, false);
+    std::vector<Row> options = rowsOf(*verb, false);
     std::erase_if(options, [](const auto& row) { return row[0].starts_with("-h"); });
     printTerms(options, out);
   }
@@ -185,7 +163,7 @@ void printFormatManual(std::ostream& out) {
       << '\n';
   // Twice through the table, since keys and defaults are the running product's.
   struct Line {
-    std::string name, form, key, fallback;
+    std::string name, stored, key, fallback;
   };
   std::vector<Line> lines;
   for (const bool corporate : {false, true}) {
@@ -198,7 +176,7 @@ void printFormatManual(std::ostream& out) {
       const std::string fallback =
           computed ? say("(a folder of the year)") : "\"" + shown(row, row.fallback()) + "\"";
       if (!corporate) {
-        lines.push_back({std::string(row.name), std::string(row.form), key.string(), fallback});
+        lines.push_back({std::string(row.name), std::string(translated(row.stored)), key.string(), fallback});
         continue;
       }
       Line& line = lines[at++];
@@ -208,33 +186,34 @@ void printFormatManual(std::ostream& out) {
   }
   for (const Line& line : lines)
     out << ".TP\n.B " << roff(line.key) << '\n'
-        << roff(line.name) << ", " << roff(line.form) << ", " << roff(line.fallback) << '\n';
+        << roff(line.name) << ", " << roff(line.stored) << ", " << roff(line.fallback) << '\n';
 }
 
 }  // namespace
 
 void printHelp(const CLI::App& app, const Verbs& verbs, const CLI::App* verb, std::ostream& out) {
-  const std::string examples = say(verbs.examples(verb));
+  const std::string examples = verbs.examples(verb);
   if (verb) {
-    out << wrapped(say(verb->get_description()), 0) << '\n';
+    for (const std::string& line : wrapped(translated(verb->get_description()), kWidth, LongWords::Whole))
+      out << line << '\n';
     if (!examples.empty()) out << '\n' << say("Examples:") << '\n' << examples;
     out << '\n' << say("Usage: {} [options]", usageOf(*verb)) << '\n';
-    printRows(say("Arguments:"), rowsOf(*verb, true), out);
-    printRows(say("Options:"), rowsOf(*verb, false), out);
+    printRows("Arguments:", rowsOf(*verb, true), out);
+    printRows("Options:", rowsOf(*verb, false), out);
     out << '\n' << say("Options of every verb: optionsmgr --help") << '\n';
     return;
   }
   out << say("Examples:") << '\n' << examples << '\n';
   out << say("Usage: {} [options]", "optionsmgr [options] VERB ...") << '\n';
-  std::vector<std::vector<std::string>> rows;
+  std::vector<Row> rows;
   for (const CLI::App* known : app.get_subcommands([](const CLI::App*) { return true; }))
-    rows.push_back({known->get_name(), say(known->get_description())});
-  printRows(say("Verbs:"), rows, out);
-  printRows(say("Options:"), rowsOf(app, false), out);
+    rows.push_back({known->get_name(), std::string(translated(known->get_description()))});
+  printRows("Verbs:", rows, out);
+  printRows("Options:", rowsOf(app, false), out);
   rows.clear();
   for (const ExitRow& row : kExits)
     rows.push_back({std::to_string(static_cast<int>(row.code)), say(row.meaning)});
-  printRows(say("Exit codes:"), rows, out);
+  printRows("Exit codes:", rows, out);
 }
 
 void printManual(const CLI::App& app, const Verbs& verbs, int section, std::ostream& out) {

@@ -1,23 +1,21 @@
 // The verbs that show choice lists and jurisdictions.
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "qorvane/jurisdictions/ChoiceLists.h"
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "tool/Columns.h"
+#include "tool/ChoiceText.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
+#include "tool/Output.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
 
 namespace optionsmgr {
 
-using qorvane::Choice;
 using qorvane::ChoiceList;
 using qorvane::ProvinceCodeMapping;
 using qorvane::Text;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -29,17 +27,9 @@ struct ProvinceRequest {
   std::string name;
 };
 
-Json asJson(const ChoiceList& list) {
-  Json rows = Json::array();
-  for (const Choice& choice : list.choices)
-    rows.push_back({{"neutral", choice.neutral.string()},
-                    {"en", choice.english.string()},
-                    {"fr", choice.french.string()}});
-  return rows;
-}
-
-// The choices of one list or of all: neutral value, English label, French label.
+// The choices of one list or of all.
 void choices(Session& session, const ChoicesRequest& request, std::ostream& out) {
+  session.requireSound();
   std::vector<const ChoiceList*> lists;
   std::vector<std::string_view> names;
   for (const ChoiceList& list : qorvane::choiceLists()) {
@@ -51,16 +41,14 @@ void choices(Session& session, const ChoicesRequest& request, std::ostream& out)
                   say("there is no choice list \"{}\"", request.list) + didYouMean(request.list, names));
   if (session.json()) {
     Json all = Json::object();
-    for (const ChoiceList* list : lists) all[std::string(list->name)] = asJson(*list);
-    out << all.dump(2) << '\n';
+    for (const ChoiceList* list : lists)
+      all[std::string(list->name)] = choicesAsJson(*list, list->defaultValue());
+    printJson(all, out);
     return;
   }
   for (const ChoiceList* list : lists) {
     if (lists.size() > 1) out << (list == lists.front() ? "" : "\n") << list->name << '\n';
-    std::vector<std::vector<std::string>> rows;
-    for (const Choice& choice : list->choices)
-      rows.push_back({choice.neutral.string(), choice.english.string(), choice.french.string()});
-    printColumns(rows, out, session.terminalWidth());
+    printChoices(session, *list, list->defaultValue(), out);
   }
 }
 
@@ -68,7 +56,7 @@ void choices(Session& session, const ChoicesRequest& request, std::ostream& out)
 void province(Session& session, const ProvinceRequest& request, std::ostream& out) {
   // Names are asked for in the display language, which is the store's: it must be in order. The language is
   // changed in memory only.
-  session.load();
+  session.requireSound();
   qorvane::OptionsMgr::setLanguage("English");
   const Text asked(request.name);
   const bool named = ProvinceCodeMapping::getOurProvCodeFromProvName(asked) != 0;
@@ -87,35 +75,45 @@ void province(Session& session, const ProvinceRequest& request, std::ostream& ou
   // The personal product has a full name for the number of "MJ", but no neutral name for the code.
   const Text neutral = ProvinceCodeMapping::getNeutralProvinceName(code);
   const Text english = neutral.isEqualTo(code) ? ProvinceCodeMapping::getProvinceFullName(code) : neutral;
-  const Json told{{"code", code.string()},
-                  {"number", static_cast<int>(ProvinceCodeMapping::getOurProvCodeFromProvName(code))},
-                  {"en", english.string()},
-                  {"fr", ProvinceCodeMapping::getFrProvNameFromEngProvName(english).string()},
-                  {"image", static_cast<int>(ProvinceCodeMapping::getImageIndexFromProvince(code))},
-                  {"foundBy", named ? "name or code" : "postal code"}};
-  if (session.json()) {
-    out << told.dump(2) << '\n';
-    return;
-  }
-  std::vector<std::vector<std::string>> rows;
-  for (const auto& [name, value] : told.items())
-    rows.push_back({name, value.is_string() ? value.get<std::string>() : value.dump()});
-  printColumns(rows, out, session.terminalWidth());
+  const Text french = ProvinceCodeMapping::getFrProvNameFromEngProvName(english);
+  const int number = static_cast<int>(ProvinceCodeMapping::getOurProvCodeFromProvName(code));
+  const int image = static_cast<int>(ProvinceCodeMapping::getImageIndexFromProvince(code));
+  if (session.json())
+    printJson({{"code", code.string()},
+               {"number", number},
+               {"english", english.string()},
+               {"french", french.string()},
+               {"image", image},
+               {"foundBy", named ? "name" : "postal"}},
+              out);
+  else
+    printTable(session, {},
+               {{say("code"), code.string()},
+                {say("number"), std::to_string(number)},
+                {say("English"), english.string()},
+                {say("French"), french.string()},
+                {say("image"), std::to_string(image)},
+                {say("found by"), named ? say("its name or code") : say("its postal code")}},
+               out, Holding::Words);
 }
 
 }  // namespace
 
 void addJurisdictionVerbs(Verbs& verbs) {
   verbs.add<ChoicesRequest>(
-      "choices", "show the choices of a list: what is stored, and the labels in both languages",
+      "choices", "show the choices of a list: neutral values, and labels in both languages",
       [](CLI::App& verb, ChoicesRequest& request) {
-        verb.add_option("LIST", request.list, "the list's class, such as ModeOfDelivery; all by default");
+        verb.add_option("LIST", request.list,
+                        Phrase("the list's class, such as ModeOfDelivery; all by default"));
       },
       choices, "  optionsmgr choices ModeOfDelivery\n");
   verbs.add<ProvinceRequest>(
-      "province", "show a province or other jurisdiction in all its forms",
+      "province", "show a province or other jurisdiction: code, number, names in both languages",
       [](CLI::App& verb, ProvinceRequest& request) {
-        verb.add_option("NAME", request.name, "a name, a two-letter code, or a postal code")->required();
+        verb.add_option("NAME", request.name,
+                        Phrase("a name in either language (Quebec, Québec), a two-letter code (QC) or a "
+                               "postal code (H2X 1Y4)"))
+            ->required();
       },
       province, "  optionsmgr province QC\n  optionsmgr province 'H2X 1Y4'\n");
 }

@@ -4,10 +4,12 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <span>
 
 #include "qorvane/foundation/Text.h"
 #include "qorvane/platform/ColorArchive.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
+#include "tool/ChoiceText.h"
 #include "tool/ColorText.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
@@ -100,15 +102,15 @@ std::string shown(const OptionRow& row, const Value& value) {
   return value.textValue().string();
 }
 
-nlohmann::json shownAsJson(const OptionRow& row, const Value& value) {
+Json shownAsJson(const OptionRow& row, const Value& value) {
   if (value.isNil()) return nullptr;
   if (row.type == OptionType::Flag) return value.boolValue();
   if (row.type == OptionType::Integer) return value.intValue();
   if (row.type == OptionType::Color && value.asData()) {
     const qorvane::Color color = qorvane::unarchiveColor(*value.asData());
     const Text code = qorvane::NSColorHexadecimalValue::hexadecimalValueOfAnNSColor(color);
-    nlohmann::json told{{"space", std::string(spaceName(color.colorSpace()))}};
-    if (!code.isNil()) told["code"] = code.string();
+    Json told{{"code", code.isNil() ? Json(nullptr) : Json(code.string())},
+              {"space", std::string(spaceName(color.colorSpace()))}};
     if (color.hasComponents())
       told["components"] = std::vector<double>(color.components().begin(), color.components().end());
     return told;
@@ -123,9 +125,9 @@ std::string masked(const OptionRow& row, const Value& value, bool showSecrets) {
   return row.secret && !showSecrets && !text.empty() ? kMask : text;
 }
 
-nlohmann::json maskedJson(const OptionRow& row, const Value& value, bool showSecrets) {
+Json maskedJson(const OptionRow& row, const Value& value, bool showSecrets) {
   const bool hidden = row.secret && !showSecrets && !shown(row, value).empty();
-  return hidden ? nlohmann::json(kMask) : shownAsJson(row, value);
+  return hidden ? Json(kMask) : shownAsJson(row, value);
 }
 
 Value readIn(qorvane::Options& store, const OptionRow& row) try {
@@ -137,10 +139,14 @@ Value readIn(qorvane::Options& store, const OptionRow& row) try {
 
 Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
   return Failure(Exit::BadData, say("the entry {} cannot be read ({}); `optionsmgr reset {}` mends it",
-                                    row.key().view(), error.what(), row.name));
+                                    row.key().view(), retold(error.what()), row.name));
 }
 
-const char* typeName(const OptionRow& row) {
+std::string inWords(const std::string& shown, bool isNil) {
+  return isNil ? say("(none)") : shown.empty() ? say("(empty)") : shown;
+}
+
+Phrase typeName(const OptionRow& row) {
   switch (row.type) {
     case OptionType::Flag:
       return "flag";
@@ -157,7 +163,60 @@ const char* typeName(const OptionRow& row) {
     case OptionType::Text:
       break;
   }
-  return row.choices() ? "choice" : "text";
+  return row.choices() ? Phrase("choice") : Phrase("text");
+}
+
+namespace {
+
+// clang-format off
+constexpr Habit kReadHabits[] = {
+    {"Storing",          "stores-default",            "a missing entry is given the default"},
+    {"StoringOverEmpty", "stores-default-over-empty", "a missing or empty entry is given the default"},
+    {"NonStoring",       "answers-default",           "a missing entry stays missing and reads as the default"},
+    {"ExistingFolder",   "makes-folder",              "a missing or empty entry reads as the default; the folder is made when it is missing"},
+    {"",                 "own",                       "in a way of its own"},
+};
+constexpr Habit kWriteHabits[] = {
+    {"Comparing",             "announces-change",              "a change is announced by the next save"},
+    {"ComparingNilAsEmpty",   "announces-change",              "a change is announced by the next save"},
+    {"ComparingAsEmpty",      "announces-change",              "a change is announced by the next save"},
+    {"ComparingNilAsDefault", "announces-change-nil-default",  "a change is announced by the next save; no value means the default"},
+    {"ComparingIdentity",     "announces-set",                 "setting it, even to the same, is announced by the next save"},
+    {"ComparingNumber",       "announces-change",              "a change is announced by the next save"},
+    {"ComparingNewColor",     "announces-change",              "a change is announced by the next save"},
+    {"ComparingCurrentColor", "announces-change",              "a change is announced by the next save"},
+    {"Direct",                "silent",                        "a change is not announced"},
+    {"DirectNilIgnored",      "silent-nil-ignored",            "a change is not announced; no value changes nothing"},
+    {"DirectNilAsDefault",    "silent-nil-default",            "a change is not announced; no value means the default"},
+    {"DirectEmptyAsDefault",  "silent-empty-default",          "a change is not announced; no value and the empty text mean the default"},
+    {"",                      "own",                           "in a way of its own"},
+};
+// clang-format on
+
+const Habit& habit(std::span<const Habit> habits, std::string_view kind) {
+  // A template's arguments are no part of its name.
+  const auto found = std::ranges::find(habits, kind.substr(0, kind.find('<')), &Habit::kind);
+  return found == habits.end() ? habits.back() : *found;
+}
+
+}  // namespace
+
+const Habit& readHabit(const OptionRow& row) { return habit(kReadHabits, row.readKind); }
+const Habit& writeHabit(const OptionRow& row) { return habit(kWriteHabits, row.writeKind); }
+
+Json factsAsJson(const OptionRow& row, const Value& value, bool showSecrets) {
+  const bool entry = !row.key().isNil();
+  Json facts{{"type", std::string(typeName(row).english())},
+             {"value", maskedJson(row, value, showSecrets)},
+             {"default", entry ? shownAsJson(row, row.fallback()) : Json(nullptr)},
+             {"key", entry ? Json(row.key().string()) : Json(nullptr)},
+             {"stored", entry ? Json(row.stored) : Json(nullptr)},
+             {"read", entry ? Json(readHabit(row).code) : Json(nullptr)},
+             {"set", row.write ? Json(writeHabit(row).code) : Json(nullptr)},
+             {"choices", nullptr}};
+  if (const ChoiceList* list = row.choices())
+    facts["choices"] = choicesAsJson(*list, row.fallback().textValue());
+  return facts;
 }
 
 }  // namespace optionsmgr

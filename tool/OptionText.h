@@ -2,7 +2,6 @@
 // shown.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
@@ -11,6 +10,8 @@
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
+#include "tool/Output.h"
 
 namespace optionsmgr {
 
@@ -23,14 +24,14 @@ qorvane::Value parsedFor(const qorvane::OptionRow& row, std::string_view words);
 std::string shown(const qorvane::OptionRow& row, const qorvane::Value& value);
 
 /// The same for JSON: flags and integers as such, nil as null.
-nlohmann::json shownAsJson(const qorvane::OptionRow& row, const qorvane::Value& value);
+Json shownAsJson(const qorvane::OptionRow& row, const qorvane::Value& value);
 
 /// What is shown in a secret's place.
 inline constexpr const char* kMask = "********";
 
 /// As `shown`, but a secret that is set is masked unless secrets are shown; one that is not hides nothing.
 std::string masked(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
-nlohmann::json maskedJson(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
+Json maskedJson(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
 
 /// The option's value in that store. The read that finds no entry may answer otherwise than all later ones,
 /// which count. Throws Failure (bad data) for an entry that its own accessors refuse.
@@ -39,7 +40,23 @@ qorvane::Value readIn(qorvane::Options& store, const qorvane::OptionRow& row);
 /// What to tell of such an entry: only a colour's can be so.
 Failure unreadable(const qorvane::OptionRow& row, const qorvane::Exception& error);
 
-/// The option's type as a word: "text", "choice", "flag", "integer", "date", "font".
-const char* typeName(const qorvane::OptionRow& row);
+/// The value on one line, with words in the place of nil and of the empty text.
+std::string inWords(const std::string& shown, bool isNil = false);
+
+/// The option's type in a word: "text", "choice", "flag", "integer", "date", "folder", "font", "colour".
+Phrase typeName(const qorvane::OptionRow& row);
+
+/// How an option is read or set.
+struct Habit {
+  std::string_view kind;  // As options.def names it; empty for an option that does it in a way of its own.
+  const char* code;       // For programs.
+  Phrase words;
+};
+const Habit& readHabit(const qorvane::OptionRow& row);
+const Habit& writeHabit(const qorvane::OptionRow& row);
+
+/// Everything about the option but its name, for programs: type, value, default, stored key and form, how it
+/// is read and set, and its choices. What it does not have is null.
+Json factsAsJson(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
 
 }  // namespace optionsmgr

@@ -3,29 +3,25 @@
 #include <fnmatch.h>
 
 #include <cstdint>
-#include <iomanip>
-#include <iostream>
 #include <limits>
-#include <nlohmann/json.hpp>
-#include <span>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/ColorArchive.h"
+#include "tool/ChoiceText.h"
 #include "tool/ColorText.h"
-#include "tool/Columns.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
 #include "tool/OptionText.h"
+#include "tool/Output.h"
 #include "tool/Verbs.h"
 
 namespace optionsmgr {
 
-using qorvane::Choice;
 using qorvane::OptionRow;
 using qorvane::Options;
+using qorvane::OptionType;
 using qorvane::Text;
 using qorvane::Value;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -61,29 +57,31 @@ std::string quoted(const OptionRow& row, const Value& value) {
 void list(Session& session, const ListRequest& request, std::ostream& out) {
   const auto store = session.load();
   Json found = Json::object();
+  std::vector<Row> rows;
+  bool matched = false;
   for (const OptionRow& row : qorvane::optionTable()) {
     const std::string name(row.name);
     if (fnmatch(request.glob.c_str(), name.c_str(), 0) != 0) continue;
+    matched = true;
+    const std::string byDefault = shown(row, row.fallback());
     try {
       const Value value = readIn(*store, row);
       if (request.changedOnly && (!row.write || value == row.fallback())) continue;
-      found[name] = session.json() ? Json(maskedJson(row, value, request.showSecrets))
-                                   : Json(masked(row, value, request.showSecrets));
+      found[name] = factsAsJson(row, value, request.showSecrets);
+      rows.push_back({name, say(typeName(row)), masked(row, value, request.showSecrets), byDefault});
     } catch (const Failure& failure) {
       // One bad entry must not hide the others.
-      found[name] = session.json() ? Json(nullptr) : Json(say("(unreadable)"));
-      std::cerr << "optionsmgr: " << failure.what() << '\n';
+      found[name] = factsAsJson(row, nullptr, request.showSecrets);
+      rows.push_back({name, say(typeName(row)), say("(unreadable)"), byDefault});
+      tell(failure.what());
     }
   }
-  if (found.empty() && !request.changedOnly)
-    throw Failure(Exit::NotFound, say("no option's name matches \"{}\"", request.glob));
-  if (session.json()) {
-    out << found.dump(2) << '\n';
-    return;
-  }
-  std::vector<std::vector<std::string>> rows;
-  for (const auto& [name, value] : found.items()) rows.push_back({name, value.get<std::string>()});
-  printColumns(rows, out, session.terminalWidth());
+  if (!matched) throw Failure(Exit::NotFound, say("no option's name matches \"{}\"", request.glob));
+  if (session.json())
+    printJson(found, out);
+  else if (!rows.empty())
+    printTable(session, {say("option"), say("type"), say("value"), say("default")}, rows, out,
+               Holding::Values);
 }
 
 void get(Session& session, const OptionRequest& request, std::ostream& out) {
@@ -91,11 +89,11 @@ void get(Session& session, const OptionRequest& request, std::ostream& out) {
   const Value value = readIn(*session.load(), row);
   if (value.isNil()) throw Failure(Exit::NotFound, say("{} is not set and has no default", row.name));
   if (session.json()) {
-    out << shownAsJson(row, value).dump() << '\n';
+    printJsonLine(shownAsJson(row, value), out);
     return;
   }
   out << shown(row, value);
-  if (row.type == qorvane::OptionType::Color && session.colorTerminal())
+  if (row.type == OptionType::Color && session.colorTerminal())
     out << ' ' << swatch(qorvane::unarchiveColor(*value.asData()));
   out << '\n';
 }
@@ -119,74 +117,75 @@ void reset(Session& session, const OptionRequest& request, std::ostream&) {
 void describe(Session& session, const OptionRequest& request, std::ostream& out) {
   const OptionRow& row = Session::option(request.option);
   const Value value = readIn(*session.load(), row);
-  const Text key = row.key();
-  Json fields = Json::object();
-  fields["name"] = std::string(row.name);
-  fields["type"] = typeName(row);
-  fields["value"] = Json(maskedJson(row, value, request.showSecrets));
-  if (row.write) fields["default"] = Json(shownAsJson(row, row.fallback()));
-  if (!key.isNil()) fields["key"] = key.string();
-  if (!row.form.empty()) fields["form"] = std::string(row.form);
-  if (!row.readKind.empty()) fields["read"] = std::string(row.readKind);
-  if (!row.writeKind.empty()) fields["write"] = std::string(row.writeKind);
-  fields["setter"] = row.setter.empty() ? Json(nullptr) : Json(std::string(row.setter));
-  const auto* list = row.choices();
   if (session.json()) {
-    for (const Choice& choice : list ? list->choices : std::span<const Choice>())
-      fields["choices"].push_back({{"neutral", choice.neutral.string()},
-                                   {"english", choice.english.string()},
-                                   {"french", choice.french.string()}});
-    out << fields.dump(2) << '\n';
+    Json told{{"name", std::string(row.name)}};
+    told.update(factsAsJson(row, value, request.showSecrets));
+    printJson(told, out);
     return;
   }
-  for (const auto& [name, field] : fields.items())
-    out << std::left << std::setw(9) << name
-        << (field.is_null()     ? "(none)"
-            : field.is_string() ? field.get<std::string>()
-                                : field.dump())
-        << '\n';
-  for (const Choice& choice : list ? list->choices : std::span<const Choice>())
-    out << std::setw(9) << "choice" << '"' << choice.neutral << "\": " << choice.english << " / "
-        << choice.french << '\n';
+  std::vector<Row> rows{{say("option"), std::string(row.name)},
+                        {say("type"), say(typeName(row))},
+                        {say("value"), inWords(masked(row, value, request.showSecrets), value.isNil())}};
+  if (const Text key = row.key(); !key.isNil()) {
+    const Value fallback = row.fallback();
+    rows.push_back({say("default"), inWords(shown(row, fallback), fallback.isNil())});
+    rows.push_back({say("key"), key.string()});
+    rows.push_back({say("stored"), std::string(translated(row.stored))});
+    rows.push_back({say("read"), say(readHabit(row).words)});
+  }
+  rows.push_back({say("set"), row.write ? say(writeHabit(row).words)
+                                        : say("it cannot be set: the library answers it itself")});
+  printTable(session, {}, rows, out, Holding::Words);
+  if (const auto* list = row.choices()) {
+    out << say("choices") << '\n';
+    printChoices(session, *list, row.fallback().textValue(), out, "  ");
+  }
+}
+
+// What a value must be, in words; for a type whose values are not counted.
+Phrase rangeOf(const OptionRow& row) {
+  switch (row.type) {
+    case OptionType::Folder:
+      return "an absolute path";
+    case OptionType::Font:
+      return "a font's name and size, such as \"Helvetica, 12\"";
+    case OptionType::Color:
+      return "a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\"";
+    case OptionType::Date:
+      return "a number, or an empty text for none";
+    default:
+      return "any text";
+  }
 }
 
 void range(Session& session, const OptionRequest& request, std::ostream& out) {
   const OptionRow& row = Session::option(request.option);
-  Json told{{"name", std::string(row.name)}, {"type", typeName(row)}};
-  std::vector<std::vector<std::string>> rows;
-  if (const auto* list = row.choices()) {
-    told["choices"] = Json::array();
-    for (const Choice& choice : list->choices) {
-      told["choices"].push_back({{"neutral", choice.neutral.string()},
-                                 {"english", choice.english.string()},
-                                 {"french", choice.french.string()}});
-      rows.push_back({choice.neutral.string(), choice.english.string(), choice.french.string()});
-    }
-  } else if (row.type == qorvane::OptionType::Flag) {
-    rows = {{"true"}, {"false"}};
-  } else if (row.type == qorvane::OptionType::Integer) {
+  session.requireSound();
+  Json told{{"name", std::string(row.name)}, {"type", std::string(typeName(row).english())}};
+  std::string words;
+  const auto* list = row.choices();
+  if (list) {
+    told["choices"] = choicesAsJson(*list, row.fallback().textValue());
+  } else if (row.type == OptionType::Flag) {
+    words = "true\nfalse";
+  } else if (row.type == OptionType::Integer) {
     told["least"] = std::numeric_limits<std::int32_t>::min();
     told["most"] = std::numeric_limits<std::int32_t>::max();
-    rows = {{told["least"].dump() + " .. " + told["most"].dump()}};
-  } else if (row.type == qorvane::OptionType::Folder) {
-    rows = {{say("an absolute path")}};
-  } else if (row.type == qorvane::OptionType::Font) {
-    rows = {{say("a font's name and size, such as \"Helvetica, 12\"")}};
-  } else if (row.type == qorvane::OptionType::Color) {
-    rows = {{say("a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\"")}};
-  } else if (row.type == qorvane::OptionType::Date) {
-    rows = {{say("a number, or an empty text for none")}};
+    words = told["least"].dump() + " .. " + told["most"].dump();
   } else {
-    rows = {{say("any text")}};
+    words = say(rangeOf(row));
   }
   if (session.json())
-    out << told.dump(2) << '\n';
+    printJson(told, out);
+  else if (list)
+    printChoices(session, *list, row.fallback().textValue(), out);
   else
-    printColumns(rows, out, session.terminalWidth());
+    out << words << '\n';
 }
 
 void declareOption(CLI::App& verb, OptionRequest& request) {
-  verb.add_option("OPTION", request.option, "its name (zsupress) or stored key (ZSuppress)")->required();
+  verb.add_option("OPTION", request.option, Phrase("its name (zsupress) or stored key (ZSuppress)"))
+      ->required();
 }
 
 }  // namespace
@@ -195,9 +194,9 @@ void addOptionVerbs(Verbs& verbs) {
   verbs.add<ListRequest>(
       "list", "show options with their values",
       [](CLI::App& verb, ListRequest& request) {
-        verb.add_option("GLOB", request.glob, "only names like this");
-        verb.add_flag("--changed", request.changedOnly, "only those that differ from their default");
-        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+        verb.add_option("GLOB", request.glob, Phrase("only names like this"));
+        verb.add_flag("--changed", request.changedOnly, Phrase("only those that differ from their default"));
+        verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       list, "  optionsmgr list 'preparer*'\n  optionsmgr list --changed\n");
   verbs.add<OptionRequest>("get", "print one option's value", declareOption, get,
@@ -206,10 +205,11 @@ void addOptionVerbs(Verbs& verbs) {
       "set", "change one option and save it",
       [](CLI::App& verb, OptionRequest& request) {
         declareOption(verb, request);
-        verb.add_option("VALUE", request.value,
-                        "a text; for a flag true or false; for an integer its digits; for a choice its "
-                        "neutral value or "
-                        "its label in either language; for a font \"Helvetica, 12\"")
+        verb.add_option(
+                "VALUE", request.value,
+                Phrase("a text; for a flag true or false; for an integer its digits; for a choice its "
+                       "neutral value or "
+                       "its label in either language; for a font \"Helvetica, 12\""))
             ->required();
       },
       set, "  optionsmgr set autoSaveAfter 5\n  optionsmgr set zsupress off\n");
@@ -219,7 +219,7 @@ void addOptionVerbs(Verbs& verbs) {
       "describe", "tell all about one option",
       [](CLI::App& verb, OptionRequest& request) {
         declareOption(verb, request);
-        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+        verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       describe, "  optionsmgr describe mr69_AuthType\n");
   verbs.add<OptionRequest>("range", "show which values an option takes", declareOption, range,

@@ -121,18 +121,18 @@ std::string allOf(int file, const std::string& name) {
     const ssize_t got = read(file, block.data(), block.size());
     if (got == 0) return bytes;
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) throw Failure(exitFor(errno), say("cannot read {}: {}", name, std::strerror(errno)));
+    if (got < 0) throw Failure(exitFor(errno), say("cannot read {}: {}", name, systemReason(errno)));
     bytes.append(block.data(), static_cast<std::size_t>(got));
     if (bytes.size() > kLargest) throw Failure(Exit::BadData, say("{} is too large for settings", name));
   }
 }
 
 std::string bytesOf(const std::string& path) {
-  if (path == "-") return allOf(STDIN_FILENO, "standard input");
+  if (path == "-") return allOf(STDIN_FILENO, say("standard input"));
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0)
     throw Failure(errno == ENOENT || errno == ENOTDIR ? Exit::NotFound : exitFor(errno),
-                  say("cannot open {}: {}", path, std::strerror(errno)));
+                  say("cannot open {}: {}", path, systemReason(errno)));
   const std::unique_ptr<const int, void (*)(const int*)> closing(&file,
                                                                  [](const int* open) { close(*open); });
   return allOf(file, path);
@@ -176,11 +176,11 @@ PreferenceFile readPreferenceFile(const std::string& path) {
     top = first != bytes.npos && bytes[first] == '{' ? valueFromJson(Json::parse(bytes))
                                                      : qorvane::readPropertyList(bytes);
   } catch (const qorvane::Exception& error) {
-    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, error.what()));
+    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, retold(error.what())));
   } catch (const Json::exception& error) {
-    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, error.what()));
+    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, retold(error.what())));
   } catch (const Failure& error) {
-    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, error.what()));
+    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, retold(error.what())));
   }
   PreferenceFile file;
   if (!top.asDictionary()) throw Failure(Exit::BadData, say("{} holds no dictionary of settings", path));
@@ -201,12 +201,12 @@ std::string preferenceFileBytes(const std::map<Domain, Dictionary>& settings, Ex
   return writePropertyList(top,
                            form == ExchangeForm::Xml ? PropertyListFormat::Xml : PropertyListFormat::Binary);
 } catch (const qorvane::Exception& error) {
-  throw Failure(Exit::BadData, say("these settings cannot be said in this form: {}", error.what()));
+  throw Failure(Exit::BadData, say("these settings cannot be said in this form: {}", retold(error.what())));
 }
 
 void writeWholeFile(const std::string& path, std::string_view bytes) {
   const auto fail = [&] {
-    throw Failure(exitFor(errno), say("cannot write {}: {}", path, std::strerror(errno)));
+    throw Failure(exitFor(errno), say("cannot write {}: {}", path, systemReason(errno)));
   };
   // A link's target is replaced, not the link; a pipe or a terminal is written to.
   struct stat status;

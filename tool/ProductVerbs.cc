@@ -1,12 +1,11 @@
 // The verbs that show what the facade knows of the product: its constants, its form pages, its notices. None
 // changes a setting.
 
-#include <iomanip>
-#include <nlohmann/json.hpp>
-
 #include "qorvane/manager/OptionsMgr.h"
 #include "qorvane/profile/PreReleaseDia.h"
 #include "tool/Failure.h"
+#include "tool/Language.h"
+#include "tool/Output.h"
 #include "tool/Suggest.h"
 #include "tool/Verbs.h"
 
@@ -14,7 +13,6 @@ namespace optionsmgr {
 
 using qorvane::OptionsMgr;
 using qorvane::Text;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -77,9 +75,6 @@ constexpr PageList kPageLists[] = {{"pagesWithDecimal", OptionsMgr::pagesWithDec
                                    {"elementsToMasked", OptionsMgr::elementsToMasked},
                                    {"OptOverideableCells", OptionsMgr::OptOverideableCells}};
 
-// The facade loads a store of its own, and would set a damaged file aside: better to fail before that.
-void requireSoundStore(Session& session) { session.load(); }
-
 std::string onOneLine(const Json& value) {
   if (value.is_string()) return value.get<std::string>();
   if (!value.is_array()) return value.dump();
@@ -90,30 +85,31 @@ std::string onOneLine(const Json& value) {
 
 // Every constant of the running product, year, release and edition.
 void product(Session& session, const ProductRequest&, std::ostream& out) {
-  requireSoundStore(session);
+  session.requireSound();
   Json all = Json::object();
   for (const Constant& constant : kConstants) all[constant.name] = constant.answer();
   if (session.json()) {
-    out << all.dump(2) << '\n';
+    printJson(all, out);
     return;
   }
-  for (const auto& [name, value] : all.items())
-    out << std::left << std::setw(25) << name << "  " << onOneLine(value) << '\n';
+  std::vector<Row> rows;
+  for (const auto& [name, value] : all.items()) rows.push_back({name, onOneLine(value)});
+  printTable(session, {}, rows, out, Holding::Values);
 }
 
 // A pre-release notice in the display language.
 void notice(Session& session, const NoticeRequest& request, std::ostream& out) {
-  requireSoundStore(session);
+  session.requireSound();
   const std::string text = qorvane::PreReleaseDia::getMessageToDisplay(request.number).string();
   if (session.json())
-    out << Json{{"notice", request.number}, {"text", text}}.dump(2) << '\n';
+    printJson({{"notice", request.number}, {"text", text}}, out);
   else
     out << text << '\n';
 }
 
 // The form pages and cells of one list, or of all.
 void pages(Session& session, const PagesRequest& request, std::ostream& out) {
-  requireSoundStore(session);
+  session.requireSound();
   Json all = Json::object();
   std::vector<std::string_view> names;
   for (const PageList& list : kPageLists) {
@@ -123,9 +119,9 @@ void pages(Session& session, const PagesRequest& request, std::ostream& out) {
   }
   if (all.empty())
     throw Failure(Exit::NotFound,
-                  "there is no list \"" + request.list + "\"" + didYouMean(request.list, names));
+                  say("there is no list \"{}\"", request.list) + didYouMean(request.list, names));
   if (session.json()) {
-    out << all.dump(2) << '\n';
+    printJson(all, out);
     return;
   }
   for (const auto& [name, entries] : all.items()) {
@@ -146,12 +142,14 @@ void addProductVerbs(Verbs& verbs) {
       "notice", "print a pre-release notice in the display language",
       [](CLI::App& verb, NoticeRequest& request) {
         verb.add_option("N", request.number,
-                        "0 or 1 for the printing notice, any other for the agencies' start");
+                        Phrase("0 or 1 for the printing notice, any other for the agencies' start"));
       },
       notice);
   verbs.add<PagesRequest>(
       "pages", "show the form pages and cells that are treated specially",
-      [](CLI::App& verb, PagesRequest& request) { verb.add_option("LIST", request.list, "only this list"); },
+      [](CLI::App& verb, PagesRequest& request) {
+        verb.add_option("LIST", request.list, Phrase("only this list"));
+      },
       pages);
 }
 

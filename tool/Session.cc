@@ -100,11 +100,12 @@ void Session::requireUndamaged(const Text& key) {
   const bool copy = files_.inspectBackup(key).state == State::Good;
   throw Failure(
       Exit::BadData,
-      say(copy ? "{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and puts "
-                 "the last good copy in its place"
-               : "{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and "
-                 "starts afresh",
-          files_.pathForKey(key), found.damage.view()));
+      say(copy
+              ? Phrase("{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and puts "
+                       "the last good copy in its place")
+              : Phrase("{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and "
+                       "starts afresh"),
+          files_.pathForKey(key), retold(found.damage)));
 }
 
 std::unique_ptr<Options> Session::load() try {
@@ -113,7 +114,7 @@ std::unique_ptr<Options> Session::load() try {
   store->loadOptions();
   return store;
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), error.what());
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
 }
 
 std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& change) try {
@@ -124,11 +125,11 @@ std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& ch
     change(*store);
     store->saveOptions();
     if (const auto failure = files_.lastFailure())
-      throw Failure(exitFor(failure->systemError), say("{}; nothing was changed", failure->reason.view()));
+      throw Failure(exitFor(failure->systemError), say("{}; nothing was changed", retold(failure->reason)));
   }
   return load();
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), say("{}; nothing was changed", error.what()));
+  throw Failure(exitFor(error.systemError()), say("{}; nothing was changed", retold(error.what())));
 }
 
 const qorvane::OptionRow& Session::option(const std::string& nameOrKey) {

@@ -65,6 +65,10 @@ class Session {
   static std::size_t terminalWidth();
   qorvane::FileUserDefaults& files() { return files_; }
 
+  /// Throws Failure as `load` does. For verbs that ask the facade, which loads a store of its own and would
+  /// set a damaged file aside.
+  void requireSound() { load(); }
+
   /// Throws Failure (bad data), with the file untouched, when the key's file is damaged.
   void requireUndamaged(const qorvane::Text& key);
 

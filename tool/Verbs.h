@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tool/Language.h"
 #include "tool/Session.h"
 
 namespace optionsmgr {
@@ -21,7 +22,7 @@ class Verbs {
   /// Adds a verb whose options are parsed into a `Request`, which `declare` describes and `run` is given.
   /// Its examples are lines of their own, each indented by two blanks.
   template <class Request>
-  void add(const std::string& name, const std::string& help,
+  void add(const std::string& name, const Phrase& help,
            const std::function<void(CLI::App&, Request&)>& declare,
            const std::function<void(Session&, const Request&, std::ostream&)>& run,
            const std::string& examples = "") {
@@ -47,17 +48,17 @@ class Verbs {
 
   /// The verb's examples, a line each; those of the tool for null.
   std::string examples(const CLI::App* app) const {
-    static constexpr const char* kTool =
+    static constexpr Phrase kTool(
         R"(  optionsmgr list                          every option with its value
   optionsmgr list 'preparer*' --changed    those that differ from their default
   optionsmgr get language                  the bare value
   optionsmgr set autoSaveAfter 5           changed, saved, and read back
   optionsmgr carry-forward                 last year's settings into this year's
   optionsmgr --product T2 --year 2021 describe zsupress
-)";
+)");
     for (const Verb& verb : verbs_)
       if (verb.app == app) return verb.examples;
-    return kTool;
+    return say(kTool);
   }
 
  private:

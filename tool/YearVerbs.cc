@@ -2,16 +2,15 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <set>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/vocabulary/OptionStrings.h"
-#include "tool/Columns.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
 #include "tool/OptionText.h"
+#include "tool/Output.h"
 #include "tool/PreferenceFile.h"
 #include "tool/Verbs.h"
 
@@ -24,7 +23,6 @@ using qorvane::OptionRow;
 using qorvane::OptionType;
 using qorvane::Text;
 using qorvane::Value;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -112,7 +110,7 @@ void diff(Session& session, const DiffRequest& request, std::ostream& out) {
     return state.unreadable ? Json(nullptr) : Json(maskedJson(*state.row, state.value, request.showSecrets));
   };
   Json told = Json::array();
-  std::vector<std::vector<std::string>> rows{{say("option"), first.name, second.name}};
+  std::vector<Row> rows;
   for (std::size_t i = 0; i < before.size(); ++i) {
     const OptionState& a = before[i];
     const OptionState& b = after[i];
@@ -125,16 +123,16 @@ void diff(Session& session, const DiffRequest& request, std::ostream& out) {
   }
   if (!told.empty()) session.setExit(Exit::NotFound);
   if (session.json())
-    out << Json{{"first", first.name}, {"second", second.name}, {"options", told}}.dump(2) << '\n';
+    printJson({{"first", first.name}, {"second", second.name}, {"options", told}}, out);
   else if (!told.empty() && session.reports())
-    printColumns(rows, out, session.terminalWidth());
+    printTable(session, {say("option"), first.name, second.name}, rows, out, Holding::Values);
 }
 
 // ---- carry-forward --------------------------------------------------------------------------------------
 
 struct CarriedEntry {
   std::string name;
-  const char* action;  // "copied", "same", "kept", "left".
+  Phrase action;       // "copied", "same", "kept", "left".
   std::string from;    // The value last year, masked.
   std::string detail;  // For people: the value, or why not.
 };
@@ -161,8 +159,8 @@ CarryPlan planned(Session& session, const CarryRequest& request, const Domain& f
   const auto before = optionStates(session, from, *source);
   const auto now = optionStates(session, to, plan.entries);
 
-  const auto add = [&](std::string name, const char* action, std::string from, std::string detail) {
-    const std::string_view done = action;
+  const auto add = [&](std::string name, const Phrase& action, std::string from, std::string detail) {
+    const std::string_view done = action.english();
     plan.copied += done == "copied";
     plan.kept += done == "kept";
     plan.left += done == "left";
@@ -234,24 +232,24 @@ void carryForward(Session& session, const CarryRequest& request, std::ostream& o
   if (session.json()) {
     Json lines = Json::array();
     for (const CarriedEntry& line : plan.lines)
-      lines.push_back(
-          {{"name", line.name}, {"action", line.action}, {"value", line.from}, {"detail", line.detail}});
-    out << Json{{"from", from.name()}, {"to", to.name()}, {"dryRun", request.dryRun}, {"options", lines}}
-               .dump(2)
-        << '\n';
+      lines.push_back({{"name", line.name},
+                       {"action", std::string(line.action.english())},
+                       {"value", line.from},
+                       {"detail", line.detail}});
+    printJson({{"from", from.name()}, {"to", to.name()}, {"dryRun", request.dryRun}, {"options", lines}},
+              out);
     return;
   }
   if (!session.reports()) return;
-  std::vector<std::vector<std::string>> rows;
-  for (const CarriedEntry& line : plan.lines)
-    rows.push_back({line.name, std::string(translated(line.action)), line.detail});
-  printColumns(rows, out, session.terminalWidth());
+  std::vector<Row> rows;
+  for (const CarriedEntry& line : plan.lines) rows.push_back({line.name, say(line.action), line.detail});
+  printTable(session, {say("option"), say("action"), say("value or reason")}, rows, out, Holding::Values);
   out << say("{} to {}: {} copied, {} kept, {} left out", from.name(), to.name(), std::to_string(plan.copied),
              std::to_string(plan.kept), std::to_string(plan.left))
       << '\n';
   if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), error.what());
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
 }
 
 }  // namespace
@@ -260,10 +258,11 @@ void addYearVerbs(Verbs& verbs) {
   verbs.add<DiffRequest>(
       "diff", "compare two years, two products or a file with the store",
       [](CLI::App& verb, DiffRequest& request) {
-        verb.add_option("A", request.first, "a year (2024), a product (T2), both (T2:2024), or a file")
+        verb.add_option("A", request.first,
+                        Phrase("a year (2024), a product (T2), both (T2:2024), or a file"))
             ->required();
-        verb.add_option("B", request.second, "the same; by default the store's --product and --year");
-        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+        verb.add_option("B", request.second, Phrase("the same; by default the store's --product and --year"));
+        verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       diff,
       "  optionsmgr diff 2023 2024\n  optionsmgr --year 2024 diff T1 T2\n  optionsmgr --year 2024 diff "
@@ -271,15 +270,16 @@ void addYearVerbs(Verbs& verbs) {
   verbs.add<CarryRequest>(
       "carry-forward", "copy last year's settings into this year's",
       [](CLI::App& verb, CarryRequest& request) {
-        verb.add_option("--from", request.from, "the year to copy from; by default the year before")
+        verb.add_option("--from", request.from, Phrase("the year to copy from; by default the year before"))
             ->check(CLI::Range(1, 9999));
-        verb.add_option("--to", request.to, "the year to copy into; by default --year")
+        verb.add_option("--to", request.to, Phrase("the year to copy into; by default --year"))
             ->check(CLI::Range(1, 9999));
-        verb.add_flag("--dry-run", request.dryRun, "show what would be done, and change nothing");
-        verb.add_flag("--overwrite", request.overwrite, "replace what is already set in the later year");
-        verb.add_flag("--secrets", request.secrets, "copy passwords too");
-        verb.add_flag("--folders", request.folders, "copy folders too");
-        verb.add_flag("--show-secrets", request.showSecrets, "show passwords");
+        verb.add_flag("--dry-run", request.dryRun, Phrase("show what would be done, and change nothing"));
+        verb.add_flag("--overwrite", request.overwrite,
+                      Phrase("replace what is already set in the later year"));
+        verb.add_flag("--secrets", request.secrets, Phrase("copy passwords too"));
+        verb.add_flag("--folders", request.folders, Phrase("copy folders too"));
+        verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       carryForward,
       "  optionsmgr carry-forward --from 2023 --to 2024 --dry-run\n  optionsmgr --year 2024 carry-forward "

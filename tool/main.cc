@@ -20,12 +20,10 @@ namespace {
 // What a run that was killed left half done. Who may not write may still read.
 void mend(Session& session) try {
   if (undoUnfinished(session))
-    std::cerr << "optionsmgr: "
-              << say("a run that was killed had changed several years in part; they are as before it")
-              << '\n';
+    tell(say("a run that was killed had changed several years in part; they are as before it"));
 } catch (const Failure& failure) {
   if (failure.code() != Exit::NoPermission) throw;
-  std::cerr << "optionsmgr: " << failure.what() << '\n';
+  tell(failure.what());
 }
 
 Exit run(const CommandLine& line) {
@@ -75,14 +73,15 @@ Exit run(const std::vector<std::string>& words) {
 int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   std::setlocale(LC_NUMERIC, "C");  // Numbers on the command line are written with a point in every language.
-  qorvane::setLogSink([](const qorvane::Text& line) { std::cerr << "optionsmgr: " << line << '\n'; });
+  std::setlocale(LC_MESSAGES, "C");  // What the system tells is translated here, as --lang says.
+  qorvane::setLogSink([](const qorvane::Text& line) { optionsmgr::tell(optionsmgr::retold(line)); });
   try {
     return static_cast<int>(optionsmgr::run(std::vector<std::string>(argv + 1, argv + argc)));
   } catch (const optionsmgr::Failure& failure) {
-    std::cerr << "optionsmgr: " << failure.what() << '\n';
+    optionsmgr::tell(failure.what());
     return static_cast<int>(failure.code());
   } catch (const std::exception& error) {
-    std::cerr << "optionsmgr: " << error.what() << '\n';
+    optionsmgr::tell(optionsmgr::retold(error.what()));
     return static_cast<int>(optionsmgr::Exit::InputOutput);
   }
 }

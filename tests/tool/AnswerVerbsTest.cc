@@ -56,7 +56,7 @@ TEST_F(AnswerVerbsTest, PathsTellsWhereAFolderComesFrom) {
       EXPECT_EQ(row["path"], (home.path() / "Documents/Qorvane/2020/T2020").string());
     }
   }
-  EXPECT_NE(shown({"paths"}).find("cifFileFolder          stored   missing  " + chosen), std::string::npos)
+  EXPECT_NE(shown({"paths"}).find("cifFileFolder          yes  no      " + chosen), std::string::npos)
       << shown({"paths"});
 }
 
@@ -74,13 +74,14 @@ TEST_F(AnswerVerbsTest, TheCorporateProductIsListedWithoutMakingItsFolders) {
 TEST_F(AnswerVerbsTest, FormatShowsEachStyleInBothLanguages) {
   setenv("LC_ALL", "C", 1);  // Editing follows the process's locale.
   EXPECT_EQ(shown({"format", "1234567.891"}),
+            "style                         English       French\n"
             "numberFormatter               1,234,567.89  1\u00a0234\u00a0567,89\n"
             "numberFormatterWithoutDollar  1234567.89    1234567,89\n"
             "numberFormatterForEditing     1234567.89    1234567.89\n");
   const json told = json::parse(shown({"--product", "T2", "--json", "format", "-1234.567", "0.5"}));
-  EXPECT_EQ(told[0]["numberFormatter"]["en"], "-1235");
-  EXPECT_EQ(told[0]["numberFormatterWithoutDollar"]["fr"], "(1234,57)");
-  EXPECT_EQ(told[1]["numberFormatter"]["fr"], "0");
+  EXPECT_EQ(told[0]["numberFormatter"]["english"], "-1235");
+  EXPECT_EQ(told[0]["numberFormatterWithoutDollar"]["french"], "(1234,57)");
+  EXPECT_EQ(told[1]["numberFormatter"]["french"], "0");
   EXPECT_EQ(shown({"get", "language"}), "English\n") << "nothing was saved";
 }
 
@@ -102,13 +103,22 @@ TEST_F(AnswerVerbsTest, VocabularyIsSearched) {
 
 TEST_F(AnswerVerbsTest, ChoicesShowWhatIsStoredAndBothLabels) {
   EXPECT_EQ(shown({"choices", "ModeOfDelivery"}),
-            "Paper       Paper       Papier\n"
-            "Phone       Phone       Tlphone\n"
-            "Efile Plus  Efile Plus  TED Plus\n");
+            "neutral     English     French    offered  default\n"
+            "Paper       Paper       Papier    yes      yes\n"
+            "Phone       Phone       Tlphone   yes      no\n"
+            "Efile Plus  Efile Plus  TED Plus  yes      no\n");
   const json all = json::parse(shown({"--json", "choices"}));
   EXPECT_EQ(all.size(), 11u);
-  EXPECT_EQ(all["RC59OptionsMapping"][1],
-            (json{{"neutral", "02"}, {"en", "2-Allow Update & View"}, {"fr", "2-Allow Update & View"}}));
+  EXPECT_EQ(all["RC59OptionsMapping"][1], (json{{"neutral", "02"},
+                                                {"english", "2-Allow Update & View"},
+                                                {"french", "2-Allow Update & View"},
+                                                {"offered", true},
+                                                {"default", false}}));
+  // From 2012 to 2015 the default is the one that is not offered.
+  const json crossed =
+      json::parse(tool({"--year", "2013", "--json", "choices", "AssessmentOptionsMapping"}).out);
+  EXPECT_EQ(crossed["AssessmentOptionsMapping"][0]["offered"], false);
+  EXPECT_EQ(crossed["AssessmentOptionsMapping"][0]["default"], true);
   EXPECT_NE(shown({"choices"}).find("\nCompanyTypeMapping\n"), std::string::npos);
   expectFailure(tool({"choices", "ModeOfDeliverie"}), 1, "did you mean \"ModeOfDelivery\"");
 }
@@ -118,17 +128,17 @@ TEST_F(AnswerVerbsTest, ProvincesAreFoundByNameCodeAndPostalCode) {
     const json told = json::parse(shown({"--json", "province", asked}));
     EXPECT_EQ(told["code"], "QC") << asked;
     EXPECT_EQ(told["number"], 13);
-    EXPECT_EQ(told["en"], "Quebec");
-    EXPECT_EQ(told["fr"], "Québec");
+    EXPECT_EQ(told["english"], "Quebec");
+    EXPECT_EQ(told["french"], "Québec");
     EXPECT_EQ(told["image"], 11);
   }
   EXPECT_EQ(json::parse(shown({"--json", "province", "NR"}))["number"], 12);
   EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "NR"}))["number"], 15);
-  EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "Nouvelle Ecosse"}))["en"],
+  EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "Nouvelle Ecosse"}))["english"],
             "Nova Scotia");
   EXPECT_NE(shown({"province", "X0A 0H0"}).find("Nunavut"), std::string::npos);
-  EXPECT_EQ(json::parse(shown({"--json", "province", "MJ"}))["en"], "Multiple Jurisdiction");
-  EXPECT_EQ(json::parse(shown({"--json", "province", "Nouveau Brunswick"}))["fr"], "Nouveau-Brunswick");
+  EXPECT_EQ(json::parse(shown({"--json", "province", "MJ"}))["english"], "Multiple Jurisdiction");
+  EXPECT_EQ(json::parse(shown({"--json", "province", "Nouveau Brunswick"}))["french"], "Nouveau-Brunswick");
   EXPECT_EQ(json::parse(shown({"--product", "T2", "--json", "province", "Columbie-Britannique"}))["code"],
             "BC");
   expectFailure(tool({"province", "Nevada"}), 1, "Nevada");
@@ -177,7 +187,7 @@ TEST_F(AnswerVerbsTest, AnEntryThatIsNoColourIsSaidAndMended) {
   expectFailure(tool({"set", "mainBackColor", "#000000"}), 65, "optionsmgr reset mainBackColor");
   const ToolResult listed = tool({"list", "*BackColor"});
   EXPECT_EQ(listed.exit, 0);
-  EXPECT_NE(listed.out.find("mainBackColor                  (unreadable)\n"), std::string::npos)
+  EXPECT_NE(listed.out.find("mainBackColor                  colour  (unreadable)"), std::string::npos)
       << listed.out;
   EXPECT_NE(listed.out.find("#FFFF00"), std::string::npos);
   EXPECT_EQ(tool({"reset", "mainBackColor"}).exit, 0);

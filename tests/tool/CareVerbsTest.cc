@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -49,7 +50,7 @@ TEST_F(CareVerbsTest, AStoreInOrderIsSaidToBe) {
   const ToolResult result = tool({"doctor"});
   EXPECT_EQ(result.exit, 0) << result.out;
   EXPECT_EQ(result.out, home.store().string() +
-                            "\n  QorvaneT1Settings2020.plist      good  saved 2 times\n"
+                            "\n  QorvaneT1Settings2020.plist      good  saves: 2\n"
                             "  QorvaneT1Settings2020.plist.bak  good  the last good copy\n");
   EXPECT_EQ(tool({"--quiet", "doctor"}).out, "");
 }
@@ -119,7 +120,7 @@ class Watching {
   Watching(const fs::path& folder, const std::string& arguments)
       : folder_(folder), thread_([=, this] {
           result_ = run({"sh", "-c",
-                         std::string(TOOL_PATH) + " --year 2020 " + arguments + " 2>\"" +
+                         std::string(TOOL_PATH) + " --lang en " + arguments + " 2>\"" +
                              (folder / "ready").string() + "\""});
         }) {
     while (readFileIfThere(folder / "ready").find('\n') == std::string::npos)
@@ -140,14 +141,16 @@ class Watching {
 };
 
 TEST_F(CareVerbsTest, EachChangeIsPrintedWhoeverMakesIt) {
-  Watching watching(home.path(), "watch --count 3");
+  Watching watching(home.path(), "--year 2020 watch --count 3");
   tool({"set", "preparerCity", "Gaspé"});  // The folder does not even exist before.
   optionsmgr({"--year", "2021", "set", "language", "French"});
   tool({"set", "autoSaveAfter", "5"});
   tool({"set", "preparerPassword", "hush"});
   const ToolResult result = watching.result();
   EXPECT_EQ(result.exit, 0);
-  EXPECT_EQ(result.out, "preparerCity:  -> Gaspé\nautoSaveAfter: 0 -> 5\npreparerPassword:  -> ********\n");
+  EXPECT_EQ(result.out,
+            "T1 2020  preparerCity: (empty) -> Gaspé\nT1 2020  autoSaveAfter: 0 -> 5\n"
+            "T1 2020  preparerPassword: (empty) -> ********\n");
 }
 
 TEST_F(CareVerbsTest, WhatIsWatchedMayBeChosen) {
@@ -155,7 +158,42 @@ TEST_F(CareVerbsTest, WhatIsWatchedMayBeChosen) {
   Watching watching(home.path(), "--json watch 'auto*' --count 1");
   tool({"set", "language", "English"});
   tool({"set", "autoSaveAfter", "7"});
-  EXPECT_EQ(watching.result().out, "{\"name\":\"autoSaveAfter\",\"from\":0,\"to\":7}\n");
+  EXPECT_EQ(watching.result().out,
+            "{\"product\":\"T1\",\"year\":2020,\"name\":\"autoSaveAfter\",\"from\":0,\"to\":7}\n");
+}
+
+TEST_F(CareVerbsTest, EveryProductAndYearIsWatchedUnlessOneIsNamed) {
+  tool({"set", "language", "French"});
+  optionsmgr({"--product", "T2", "--year", "2021", "set", "autoSaveAfter", "7"});
+  {
+    Watching watching(home.path(), "watch --count 3");
+    tool({"set", "language", "English"});
+    fs::remove(home.store() / "QorvaneT2Settings2021.plist");
+    optionsmgr({"--product", "T2", "--year", "2031", "set", "autoSaveAfter", "9"});  // A new file.
+    const std::string told = watching.result().out;
+    EXPECT_EQ(std::ranges::count(told, '\n'), 3);
+    // What happens at nearly the same time may be seen in another order.
+    for (const char* line : {"T1 2020  language: French -> English\n", "T2 2021  autoSaveAfter: 7 -> 0\n",
+                             "T2 2031  autoSaveAfter: 0 -> 9\n"})
+      EXPECT_NE(told.find(line), std::string::npos) << told;
+    EXPECT_NE(readFile(home.path() / "ready").find("watching every product and year in"), std::string::npos);
+  }
+  fs::remove(home.path() / "ready");
+  Watching watching(home.path(), "--product T2 watch --count 1");
+  tool({"set", "language", "French"});
+  optionsmgr({"--product", "T2", "--year", "2022", "set", "language", "French"});
+  EXPECT_EQ(watching.result().out, "T2 2022  language: English -> French\n");
+}
+
+TEST_F(CareVerbsTest, ADamagedFileIsComplainedOfOnce) {
+  tool({"set", "language", "French"});
+  const std::string good = readFile(file());
+  Watching watching(home.path(), "watch --count 1");
+  writeFile(file(), "rubbish");
+  for (const char* city : {"Alma", "Matane"}) optionsmgr({"--year", "2021", "set", "preparerCity", city});
+  EXPECT_EQ(watching.result().out, "T1 2021  preparerCity: (empty) -> Alma\n");
+  const std::string told = readFile(home.path() / "ready");
+  EXPECT_LE(std::ranges::count(told, '\n'), 2) << told;
 }
 
 TEST_F(CareVerbsTest, ALinkedFileIsWatchedWhereItIs) {
@@ -165,7 +203,7 @@ TEST_F(CareVerbsTest, ALinkedFileIsWatchedWhereItIs) {
   fs::create_symlink(home.path() / "elsewhere" / "real.plist", file());
   Watching watching(home.path(), "watch --count 1");
   tool({"set", "language", "English"});
-  EXPECT_EQ(watching.result().out, "language: French -> English\n");
+  EXPECT_EQ(watching.result().out, "T1 2020  language: French -> English\n");
 }
 
 TEST_F(CareVerbsTest, WatchingEndsInOrderWhenItsReaderGoes) {
@@ -183,9 +221,11 @@ TEST_F(CareVerbsTest, TheRangeOfEachType) {
   EXPECT_EQ(tool({"range", "zsupress"}).out, "true\nfalse\n");
   EXPECT_EQ(tool({"range", "autoSaveAfter"}).out, "-2147483648 .. 2147483647\n");
   EXPECT_EQ(tool({"range", "rc59AllowUpdateAccess"}).exit, 0);
-  EXPECT_EQ(
-      tool({"range", "preparerModeOfDelivery"}).out,
-      "Paper       Paper       Papier\nPhone       Phone       Tlphone\nEfile Plus  Efile Plus  TED Plus\n");
+  EXPECT_EQ(tool({"range", "preparerModeOfDelivery"}).out,
+            "neutral     English     French    offered  default\n"
+            "Paper       Paper       Papier    yes      yes\n"
+            "Phone       Phone       Tlphone   yes      no\n"
+            "Efile Plus  Efile Plus  TED Plus  yes      no\n");
   EXPECT_EQ(tool({"range", "preparerCity"}).out, "any text\n");
   EXPECT_EQ(tool({"range", "cifFileFolder"}).out, "an absolute path\n");
   EXPECT_EQ(json::parse(tool({"--json", "range", "autoSaveAfter"}).out)["most"], 2147483647);

@@ -81,17 +81,18 @@ TEST(ChoicesAndFontsTest, AnythingElseIsRefusedWithTheChoices) {
 TEST(ChoicesAndFontsTest, ADescriptionShowsTheChoicesInBothLanguages) {
   const testing_support::TestHome home;
   EXPECT_EQ(optionsmgr("describe mr69_AuthType").out,
-            "name     mr69_AuthType\n"
+            "option   mr69_AuthType\n"
             "type     choice\n"
             "value    1-Authorization\n"
             "default  1-Authorization\n"
             "key      MR69AuthorizationOrPowerOfAttorney\n"
-            "form     TranslatedForm<MR69AuthoriztionOrPowerOfAttorneyMapping>\n"
-            "read     NonStoring\n"
-            "write    Direct\n"
-            "setter   setMr69_AuthType\n"
-            "choice   \"1\": 1-Authorization / 1-Autorisation\n"
-            "choice   \"2\": 2-Power of attorney / 2-Procuration\n");
+            "stored   a text, the neutral value of a choice\n"
+            "read     a missing entry stays missing and reads as the default\n"
+            "set      a change is not announced\n"
+            "choices\n"
+            "  neutral  English              French          offered  default\n"
+            "  1        1-Authorization      1-Autorisation  yes      yes\n"
+            "  2        2-Power of attorney  2-Procuration   yes      no\n");
   const std::string json = optionsmgr("--json describe t1013LevelOfAuth").out;
   EXPECT_NE(json.find("\"neutral\": \"2\",\n      \"english\": \"Level-2 Disclose/Request Changes\",\n"
                       "      \"french\": \"Niveau-2 Rvler/Demande changements\""),
@@ -116,8 +117,8 @@ TEST(ChoicesAndFontsTest, AFontIsItsNameAndItsSize) {
 TEST(ChoicesAndFontsTest, ThePasswordIsMaskedUnlessAskedFor) {
   const testing_support::TestHome home;
   expectSetAndRead({"preparerPassword", "hush", "hush"});
-  EXPECT_EQ(optionsmgr("list preparerPassword").out, "preparerPassword  ********\n");
-  EXPECT_EQ(optionsmgr("list preparerPassword --show-secrets").out, "preparerPassword  hush\n");
+  EXPECT_EQ(optionsmgr("--quiet list preparerPassword").out, "preparerPassword  text  ********\n");
+  EXPECT_EQ(optionsmgr("--quiet list preparerPassword --show-secrets").out, "preparerPassword  text  hush\n");
   EXPECT_EQ(optionsmgr("describe preparerPassword").out.find("hush"), std::string::npos);
   EXPECT_NE(optionsmgr("describe preparerPassword --show-secrets").out.find("hush"), std::string::npos);
 }

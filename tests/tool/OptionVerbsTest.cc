@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "qorvane/platform/FileUserDefaults.h"
+#include "qorvane/store/OptionTable.h"
 #include "tests/TestHome.h"
 #include "tests/tool/ToolRun.h"
 
@@ -94,12 +95,21 @@ TEST_F(OptionVerbsTest, ListShowsWhatMatchesAndWhatChanged) {
   const ToolResult all = tool({"list"});
   EXPECT_EQ(all.exit, 0);
   EXPECT_NE(all.out.find("autoSaveAfter"), std::string::npos);
-  EXPECT_EQ(tool({"list", "lang*", "--changed"}).out, "language  French\n");
-  EXPECT_EQ(nlohmann::json::parse(tool({"list", "--json", "languag?"}).out),
-            (nlohmann::json{{"language", "French"}}));
-  EXPECT_EQ(nlohmann::json::parse(tool({"list", "--json", "--changed"}).out),
-            (nlohmann::json{{"language", "French"}}));
+  EXPECT_EQ(tool({"list", "lang*", "--changed"}).out,
+            "option    type  value   default\nlanguage  text  French  English\n");
+  EXPECT_EQ(tool({"--quiet", "list", "--changed"}).out, "language  text  French  English\n");
+  EXPECT_EQ(tool({"list", "auto*", "--changed"}).out, "");
+  for (const char* glob : {"languag?", "*"}) {
+    const auto told = nlohmann::json::parse(tool({"list", "--json", "--changed", glob}).out);
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_EQ(told["language"]["value"], "French");
+    EXPECT_EQ(told["language"]["default"], "English");
+    EXPECT_EQ(told["language"]["type"], "text");
+    EXPECT_EQ(told["language"]["key"], "Language");
+    EXPECT_EQ(told["language"]["choices"], nullptr);
+  }
   expectFailure(tool({"list", "nothing*"}), 1, "nothing*");
+  expectFailure(tool({"list", "nothing*", "--changed"}), 1, "nothing*");
 }
 
 TEST_F(OptionVerbsTest, DescribeTellsTheOption) {
@@ -109,7 +119,27 @@ TEST_F(OptionVerbsTest, DescribeTellsTheOption) {
   EXPECT_EQ(told["type"], "flag");
   EXPECT_EQ(told["default"], true);
   EXPECT_EQ(told["value"], true);
+  EXPECT_EQ(told["stored"], "the text YES or NO");
+  EXPECT_EQ(told["read"], "stores-default");
+  EXPECT_EQ(told["set"], "announces-change");
+  EXPECT_EQ(nlohmann::json::parse(tool({"--json", "describe", "yor"}).out)["key"], nullptr);
   EXPECT_NE(tool({"describe", "zsupress"}).out.find("ZSuppress"), std::string::npos);
+}
+
+TEST_F(OptionVerbsTest, EveryOptionIsDescribedInWords) {
+  for (const char* product : {"T1", "T2"})
+    for (const qorvane::OptionRow& row : qorvane::optionTable()) {
+      const std::string name(row.name);
+      const std::string told = tool({"--product", product, "describe", name}).out;
+      EXPECT_EQ(told.find_first_of("<>"), std::string::npos) << told;
+      // Only what is written by hand has a way of its own.
+      EXPECT_EQ(told.find("\nread     in a way of its own") != std::string::npos,
+                !row.key().isNil() && row.readKind.empty())
+          << told;
+      EXPECT_EQ(told.find("\nset      in a way of its own") != std::string::npos,
+                row.write && row.writeKind.empty())
+          << told;
+    }
 }
 
 TEST_F(OptionVerbsTest, UnknownOptionsGetASuggestion) {

@@ -48,10 +48,10 @@ TEST_F(ProductVerbsTest, ProductShowsEveryConstant) {
             "qProductVersion            07\n"
             "federalApprovalNumber      QV35\n"
             "productIDUpdateCheck       2021.2\n"
-            "softwareDeveloperCode      \n"
-            "dotMRQFilesPath            \n"
-            "efileNumber                \n"
-            "transmitterEFileNumber     \n");
+            "softwareDeveloperCode\n"
+            "dotMRQFilesPath\n"
+            "efileNumber\n"
+            "transmitterEFileNumber\n");
 }
 
 TEST_F(ProductVerbsTest, ProductAsJson) {
