@@ -59,9 +59,10 @@ void restore(Session& session, const Nothing&, std::ostream& out) {
   if (before.state != State::Damaged) {
     answer(before.state == State::Good ? "good" : "missing");
     if (!session.json() && session.reports())
-      out << say(before.state == State::Good ? Phrase("{} is in order") : Phrase("{} does not exist"),
-                 files.pathForKey(key))
-          << '\n';
+      printTable(session, {},
+                 {{say(before.state == State::Good ? Phrase("{} is in order") : Phrase("{} does not exist"),
+                       files.pathForKey(key))}},
+                 out, Holding::Paths);
     return;
   }
   // Reading a damaged file sets it aside, puts the last good copy in its place and logs what it did.
@@ -196,7 +197,7 @@ void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
     return;
   }
   if (!session.reports()) return;
-  out << session.files().folder() << '\n';
+  printTable(session, {}, {{session.files().folder()}}, out, Holding::Paths);
   std::vector<Row> rows;
   for (const Finding& finding : findings)
     rows.push_back({"  " + finding.file, say(finding.state), finding.what});

@@ -35,21 +35,11 @@ bool storeIsFrench(const Settings& settings) try {
 }
 
 // What the parser says, in the language of the tool.
-std::string told(std::string what) {
-  static constexpr Phrase kPhrases[] = {
-      "A subcommand is required",
-      "The following argument was not expected",
-      "The following arguments were not expected",
-      "Could not convert",
-      " is required",
-      " not in range ",
-      " not in ",
-      "Value ",
-  };
-  for (const Phrase& phrase : kPhrases)
-    if (const std::size_t at = what.find(phrase.english()); at != what.npos)
-      what.replace(at, phrase.english().size(), phrase.text());
-  return what;
+std::string told(const CLI::ParseError& error) {
+  const std::string what = error.what();
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error))
+    return say("{} takes a value", what.substr(0, what.find(':')));
+  return retold(what);
 }
 
 }  // namespace
@@ -155,7 +145,7 @@ CommandLine::Wish CommandLine::parse(const std::vector<std::string>& words) try 
   if (!verb())
     for (const std::string& word : words)
       if (hint.empty() && !word.starts_with('-')) hint = didYouMean(word, names);
-  throw Failure(Exit::Usage, told(error.what()) + hint + say(" (see optionsmgr --help)"));
+  throw Failure(Exit::Usage, told(error) + hint + say(" (see optionsmgr --help)"));
 }
 
 }  // namespace optionsmgr

@@ -70,7 +70,9 @@ std::string retold(std::string_view message) {
     std::size_t at = 0;
     for (const std::string_view argument : *arguments) {
       at = text.find("{}", at);
-      const std::string again = retold(argument);
+      // A single word is a name, and a reason has several.
+      const std::string again =
+          argument.find(' ') == argument.npos ? std::string(argument) : retold(argument);
       text.replace(at, 2, again);
       at += again.size();
     }
