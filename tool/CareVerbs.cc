@@ -1,4 +1,5 @@
 // The verbs that look after the store: doctor, restore and watch.
+#include <fcntl.h>
 #include <fnmatch.h>
 #include <poll.h>
 #include <sys/inotify.h>
@@ -349,6 +350,8 @@ class Watch {
 };
 
 void watch(Session& session, const WatchRequest& request, std::ostream& out) {
+  if ((fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) == O_RDONLY)
+    throw Failure(Exit::InputOutput, say("the answer could not be written"));
   // A signal or a closed pipe ends it in order.
   sigset_t ending;
   sigemptyset(&ending);

@@ -1,4 +1,7 @@
 // optionsmgr: the suite's settings from a shell.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <clocale>
 #include <iostream>
 #include <vector>
@@ -66,11 +69,20 @@ Exit run(const std::vector<std::string>& words) {
   return exit;
 }
 
+// A stream that the caller closed must not be the next file that is opened: what is said would be written
+// into the settings. Its place is taken by one that refuses every use.
+void fillClosedStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(stream, F_GETFD) < 0)
+      static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+}
+
 }  // namespace
 
 }  // namespace optionsmgr
 
 int main(int argc, char** argv) {
+  optionsmgr::fillClosedStreams();
   std::setlocale(LC_ALL, "");
   std::setlocale(LC_NUMERIC, "C");  // Numbers on the command line are written with a point in every language.
   std::setlocale(LC_MESSAGES, "C");  // What the system tells is translated here, as --lang says.

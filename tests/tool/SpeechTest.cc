@@ -537,6 +537,43 @@ TEST_F(SpeechTest, EachExitCodeThatIsDocumentedIsReached) {
             geteuid() == 0 ? 77 : 0);
 }
 
+TEST_F(SpeechTest, StreamsThatAreClosedOrFullAreSaidAndHarmNothing) {
+  const std::string tool = std::string(TOOL_PATH) + " --lang en --year 2020 ";
+  const auto shell = [&](const std::string& words) { return run({"bash", "-c", tool + words}); };
+  EXPECT_EQ(shell("set language French >&- 2>&- <&-").exit, 0);
+  EXPECT_EQ(optionsmgr({"--year", "2020", "get", "language"}).out, "French\n");
+  for (const char* words : {"list", "get language", "--json describe language", "--help", "--version",
+                            "completion bash", "export", "watch", "doctor"})
+    for (const char* stream : {" >&-", " >/dev/full"}) {
+      if (words == std::string("watch") && stream == std::string(" >/dev/full")) continue;
+      const ToolResult result = shell(words + std::string(stream));
+      EXPECT_EQ(result.exit, 74) << words << stream;
+      EXPECT_EQ(result.err, "optionsmgr: the answer could not be written\n") << words << stream;
+    }
+  EXPECT_EQ(shell("import - <&-").exit, 74);
+  EXPECT_EQ(shell("get nothing 2>&-").exit, 1);
+  EXPECT_EQ(optionsmgr({"--year", "2020", "doctor"}).exit, 0);
+}
+
+TEST_F(SpeechTest, OddWordsAreRefusedWithADocumentedExitCode) {
+  const std::string file = (home.path() / "file").string();
+  writeFile(file, "[[[[");
+  const Words odd = {
+      "",   "\xFF\xFE", std::string(100000, 'a'), "-", "--", "-1", "%s%n", "../../etc/passwd", "\x1b[31m",
+      "[!", file,       "99999999999999999999"};
+  for (const std::string& verb : verbs()) {
+    if (verb == "watch") continue;
+    for (const std::string& word : odd)
+      for (const Words& words : {Words{verb, word}, {"--json", verb, word, word}, {"--store", word, verb}}) {
+        const ToolResult result = optionsmgr(words);
+        const Words documented = {"0", "1", "2", "65", "73", "74", "75", "77"};
+        EXPECT_NE(std::ranges::find(documented, std::to_string(result.exit)), documented.end())
+            << verb << " " << word.substr(0, 40) << ": " << result.exit;
+        EXPECT_EQ(result.err.find('\x1b'), std::string::npos) << "nothing steers the terminal";
+      }
+  }
+}
+
 // ---- the README -------------------------------------------------------------------------------------------
 
 TEST_F(SpeechTest, TheFiveLinesOfTheReadmeCompile) {
