@@ -51,6 +51,7 @@ struct WatchRequest {
 // ---- restore --------------------------------------------------------------------------------------------
 
 void restore(Session& session, const Nothing&, std::ostream& out) {
+  session.requireFolder();
   FileUserDefaults& files = session.files();
   const Text key = Options().settingsDomainKey();
   const auto before = files.inspect(key);
@@ -89,10 +90,11 @@ class Doctor {
   std::vector<Finding> findings() {
     const std::string folder = session_.files().folder();
     struct stat status;
-    if (folder.empty() || lstat(folder.c_str(), &status) != 0) {
-      if (!folder.empty() && errno != ENOENT)
+    session_.requireFolder();
+    if (lstat(folder.c_str(), &status) != 0) {
+      if (errno != ENOENT)
         throw Failure(exitFor(errno), say("cannot examine {}: {}", folder, systemReason(errno)));
-      add(folder.empty() ? "-" : folder, "note", say("there are no settings yet"));
+      add(folder, "note", say("there are no settings yet"));
       return std::move(findings_);
     }
     examineRights(folder, ".", 0700);
@@ -272,8 +274,7 @@ class Watch {
     // One whose file is gone has changed, too.
     for (const auto& [domain, states] : known_) all.push_back(domain);
     std::ranges::sort(all);
-    const auto again = std::ranges::unique(all);
-    all.erase(again.begin(), again.end());
+    all.erase(std::unique(all.begin(), all.end()), all.end());
     for (const Domain& domain : all) {
       auto now = statesNow(domain);
       if (!now) continue;
@@ -350,6 +351,7 @@ class Watch {
 };
 
 void watch(Session& session, const WatchRequest& request, std::ostream& out) {
+  session.requireFolder();
   if ((fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) == O_RDONLY)
     throw Failure(Exit::InputOutput, say("the answer could not be written"));
   // A signal or a closed pipe ends it in order.

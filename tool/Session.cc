@@ -93,6 +93,12 @@ std::size_t Session::terminalWidth() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+void Session::requireFolder() try {
+  files_.pathForKey(Options().settingsDomainKey());
+} catch (const FileException& error) {
+  throw Failure(exitFor(error.systemError()), retold(error.what()));
+}
+
 void Session::requireUndamaged(const Text& key) {
   using State = FileUserDefaults::Inspection::State;
   const auto found = files_.inspect(key);

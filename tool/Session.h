@@ -69,6 +69,9 @@ class Session {
   /// set a damaged file aside.
   void requireSound() { load(); }
 
+  /// Throws Failure (cannot create) when the environment names no folder for the store.
+  void requireFolder();
+
   /// Throws Failure (bad data), with the file untouched, when the key's file is damaged.
   void requireUndamaged(const qorvane::Text& key);
 

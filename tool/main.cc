@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <clocale>
+#include <csignal>
 #include <iostream>
 #include <vector>
 
@@ -83,6 +84,7 @@ void fillClosedStreams() {
 
 int main(int argc, char** argv) {
   optionsmgr::fillClosedStreams();
+  std::signal(SIGXFSZ, SIG_IGN);  // A file that may grow no more is an error like a full disk.
   std::setlocale(LC_ALL, "");
   std::setlocale(LC_NUMERIC, "C");  // Numbers on the command line are written with a point in every language.
   std::setlocale(LC_MESSAGES, "C");  // What the system tells is translated here, as --lang says.

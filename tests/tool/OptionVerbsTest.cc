@@ -217,6 +217,8 @@ TEST_F(OptionVerbsTest, NoHomeIsSaid) {
   unsetenv("HOME");
   expectFailure(tool({"get", "language"}), 73, "HOME");
   expectFailure(tool({"set", "language", "French"}), 73, "HOME");
+  for (const char* verb : {"doctor", "watch", "list", "restore", "export"})
+    expectFailure(tool({verb}), 73, "HOME");
 }
 
 TEST_F(OptionVerbsTest, AFileInTheFoldersPlaceIsSaid) {

@@ -551,6 +551,9 @@ TEST_F(SpeechTest, StreamsThatAreClosedOrFullAreSaidAndHarmNothing) {
       EXPECT_EQ(result.err, "optionsmgr: the answer could not be written\n") << words << stream;
     }
   EXPECT_EQ(shell("import - <&-").exit, 74);
+  const ToolResult full = run({"bash", "-c", "ulimit -f 0; " + tool + "set language English"});
+  EXPECT_EQ(full.exit, 74) << full.err;
+  EXPECT_EQ(optionsmgr({"--year", "2020", "get", "language"}).out, "French\n");
   EXPECT_EQ(shell("get nothing 2>&-").exit, 1);
   EXPECT_EQ(optionsmgr({"--year", "2020", "doctor"}).exit, 0);
 }
