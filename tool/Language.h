@@ -56,8 +56,8 @@ std::string say(const Phrase& phrase, const Arguments&... arguments) {
 std::string_view translated(std::string_view english);
 
 /// What the library or the system tells of a failure, such as "cannot open /a/b: Permission denied", in the
-/// language of the tool: French.def's rows are its patterns, and a sentence in the place of a "{}" is retold likewise. A
-/// detail without a row, such as where a file is malformed, stays.
+/// language of the tool: French.def's rows are its patterns, and a sentence in the place of a "{}" is retold
+/// likewise. A detail without a row, such as where a file is malformed, stays.
 std::string retold(std::string_view message);
 
 }  // namespace optionsmgr
