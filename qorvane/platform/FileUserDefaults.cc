@@ -392,6 +392,7 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
                                        const std::string& spare, bool unreadable) {
   const std::string wanted = path + (unreadable ? ".unreadable-" : ".damaged-") + utcText(calls_.time());
   std::string aside = wanted;
+  bool moved = false;
   // Whatever the clock says, nothing that was set aside before is overwritten.
   for (int copies = 2; calls_.link(file.c_str(), aside.c_str()) != 0; ++copies) {
     struct stat status;
@@ -403,6 +404,7 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
         copy(file, spare, aside);
       else if (calls_.rename(file.c_str(), aside.c_str()) != 0)
         FileException::raise("cannot set " + file + " aside as " + aside, errno);
+      moved = unreadable;
       break;
     }
     aside = wanted + "-" + std::to_string(copies);
@@ -411,8 +413,14 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
   // A power cut may keep any of the changes of names since the last sync and drop the others: this name must
   // be there before the file's goes to another.
   OpenFile folder(calls_, folder_, O_RDONLY | O_DIRECTORY);
-  if (!folder || !folder.syncFolder())
-    FileException::raise("cannot sync the folder " + folder_ + " to the disk", errno);
+  if (!folder || !folder.syncFolder()) {
+    const int error = errno;
+    if (moved)
+      calls_.rename(aside.c_str(), file.c_str());
+    else
+      calls_.unlink(aside.c_str());
+    FileException::raise("cannot sync the folder " + folder_ + " to the disk", error);
+  }
   return aside;
 }
 

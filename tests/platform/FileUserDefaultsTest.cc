@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <functional>
 #include <tuple>
+#include <utility>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/LogCapture.h"
@@ -93,6 +94,16 @@ TEST_F(FileUserDefaultsTest, AnObjectSetIsAnsweredAtOnceAndWrittenBySynchronize)
   EXPECT_TRUE(store.synchronize());
   EXPECT_FALSE(store.lastFailure());
   EXPECT_TRUE(fs::exists(file()));
+}
+
+TEST_F(FileUserDefaultsTest, WhatIsOnTheDiskIsTheDisksFromThenOn) {
+  FileUserDefaults store;
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize());
+  save(kNew);  // Another program.
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kNew));
+  EXPECT_TRUE(store.synchronize()) << "there is nothing to save";
+  EXPECT_TRUE(isIdentical(load(), kNew));
 }
 
 TEST_F(FileUserDefaultsTest, TheFileBeforeIsTheLastGoodCopy) {
@@ -291,6 +302,7 @@ class DamageTest : public FileUserDefaultsTest {
 TEST_F(DamageTest, EveryTruncationIsNoticed) {
   for (std::size_t length = 0; length < good.size(); ++length)
     expectRecovered(good.substr(0, length), "cut to " + std::to_string(length) + " bytes");
+  RecordProperty("bytes", static_cast<int>(good.size()));
 }
 
 TEST_F(DamageTest, EveryFlippedBitIsNoticed) {
@@ -346,6 +358,20 @@ TEST_F(DamageTest, WithACopyThatCannotBeReadNothingStartsAfresh) {
   EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld)) << "with the fault gone";
 }
 
+TEST_F(DamageTest, WhatAnotherProcessMendedMeanwhileIsLoaded) {
+  writeFile(file(), "junk");
+  FaultInjectingSystemCalls calls;
+  calls.setFault([&](const std::string& name, int) {
+    if (name == "tryLock") save(kNew);  // It was quicker.
+    return 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  logged.clear();
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kNew));
+  EXPECT_EQ(contentsNamed(".damaged-"), std::vector<std::string>{"junk"}) << "once";
+  EXPECT_TRUE(isIdentical(load(), kNew));
+}
+
 TEST_F(DamageTest, ASaveOverADamagedFileKeepsItAndTheGoodCopy) {
   writeFile(file(), "junk");
   save(kNew);
@@ -376,6 +402,18 @@ TEST_F(DamageTest, AClockThatGoesBackwardsOverwritesNothing) {
   EXPECT_EQ(contentsNamed(".damaged-").size(), 10u);
 }
 
+TEST_F(DamageTest, WhereNobodyKnowsWhetherANameIsTakenNothingIsMovedToIt) {
+  writeFile(file(), "junk");
+  FaultInjectingSystemCalls calls;
+  calls.setFault([](const std::string& name, int) {
+    return name == "link" ? EPERM : name == "lstat" ? EIO : 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld));
+  EXPECT_EQ(readFile(file()), "junk");
+  EXPECT_EQ(names().size(), 2u);
+}
+
 TEST_F(DamageTest, AnUnreadableFileIsNeverOverwritten) {
   // Reading fails below this caller, as for a file of somebody else or a bad disk.
   FaultInjectingSystemCalls calls;
@@ -392,6 +430,43 @@ TEST_F(DamageTest, AnUnreadableFileIsNeverOverwritten) {
   EXPECT_TRUE(all[2].starts_with("QorvaneT1Settings2020.plist.unreadable-")) << all[2];
   EXPECT_EQ(readFile(home.store() / all[2]), good);
   EXPECT_EQ(readFile(backup()), copy);
+}
+
+// What was set aside comes back to its place when the folder cannot be synced: nothing is half done, and the
+// next save finds what this one found. In the three ways of setting aside: another name, a copy, a move.
+TEST_F(DamageTest, AFileWhoseNewNameCannotBeSyncedKeepsItsOldOne) {
+  for (const bool unreadable : {false, true})
+    for (const bool links : {true, false})
+      for (const std::string& failing : {std::string("fsync"), std::string("open")}) {
+        const std::string what = failing + (unreadable ? ", unreadable" : "") + (links ? ", with links" : "");
+        for (const std::string& name : names()) fs::remove(home.store() / name);
+        save(kOld);
+        save(kNew);
+        if (!unreadable) writeFile(file(), "junk");
+        const std::string before = readFile(file());
+        FaultInjectingSystemCalls calls;
+        int reads = 0;
+        bool aside = false;
+        bool failed = false;
+        calls.setFault([&](const std::string& name, int) {
+          if (name == "read" && unreadable && reads++ == 0) return EIO;
+          for (const std::string& there : names())
+            aside =
+                aside || there.find(".damaged-") != there.npos || there.find(".unreadable-") != there.npos;
+          if (aside && !failed && name == failing) return failed = true, EIO;
+          return name == "link" && !links ? EPERM : 0;
+        });
+        FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+        store.setObject(kOld, kKey);
+        EXPECT_FALSE(store.synchronize()) << what;
+        EXPECT_TRUE(failed) << what;
+        EXPECT_EQ(readFile(file()), before) << what;
+        EXPECT_EQ(names(), (std::vector<std::string>{file().filename(), backup().filename()})) << what;
+        reads = 0;
+        EXPECT_TRUE(store.synchronize()) << what;
+        EXPECT_EQ(contentsNamed(unreadable ? ".unreadable-" : ".damaged-"), std::vector<std::string>{before});
+        EXPECT_TRUE(isIdentical(load(), kOld)) << what;
+      }
 }
 
 TEST_F(DamageTest, SettingsThatCouldNotBeReadAreNotRemoved) {
@@ -590,6 +665,13 @@ TEST_P(FailureTest, EveryCallThatFailsWhileADamagedFileIsMendedLosesNothing) {
           for (const std::string& name : names())
             kept = kept || (name.find(".new") == name.npos && readFile(home.store() / name) == "junk");
           EXPECT_TRUE(kept) << what;
+          const bool mended =
+              done && (logged.lines().empty() ||
+                       logged.lines()[0].view().find("stays where it is") == std::string_view::npos);
+          if (!mended && !forGood()) {
+            EXPECT_EQ(readFile(file()), "junk") << "the failure is undone, " << what;
+            EXPECT_EQ(names().size(), 2u) << what;
+          }
           calls.setFault(nullptr);
           EXPECT_TRUE(attempt()) << what;
           EXPECT_TRUE(isIdentical(load(), saving ? kNew : kOld)) << what;
@@ -606,6 +688,21 @@ INSTANTIATE_TEST_SUITE_P(Once, FailureTest,
 INSTANTIATE_TEST_SUITE_P(ForGood, FailureTest,
                          testing::Combine(testing::Values(ENOSPC, EIO, EACCES, EROFS, EDQUOT, EMFILE, EPERM),
                                           testing::Values(true)));
+
+// Some file systems tell only then that what was written has no room.
+TEST_F(FileUserDefaultsTest, ANewFileThatCannotBeClosedIsNotPublished) {
+  save(kOld);
+  FaultInjectingSystemCalls calls;
+  std::string before;
+  calls.setFault([&](const std::string& name, int) {
+    return std::exchange(before, name) == "fsync" && name == "close" ? EDQUOT : 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kNew, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, EDQUOT);
+  EXPECT_TRUE(isIdentical(load(), kOld));
+}
 
 TEST_F(FileUserDefaultsTest, AFolderThatCannotBeSyncedDoesNotHinderASave) {
   FaultInjectingSystemCalls calls;
