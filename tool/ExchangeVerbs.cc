@@ -6,6 +6,7 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/ColorArchive.h"
 #include "tool/Domains.h"
+#include "tool/Exchange.h"
 #include "tool/Failure.h"
 #include "tool/Language.h"
 #include "tool/OptionText.h"
@@ -29,13 +30,6 @@ struct ExportRequest {
   std::string file = "-";
   std::string form;
   bool all = false;
-  bool showSecrets = false;
-};
-
-struct ImportRequest {
-  std::string file;
-  bool dryRun = false;
-  bool replace = false;
   bool showSecrets = false;
 };
 
@@ -200,6 +194,8 @@ void check(Session& session, const std::string& file, const std::map<Domain, Dic
     throw Failure(Exit::BadData, say("{} was not imported; nothing was changed:{}", file, all));
 }
 
+}  // namespace
+
 void importSettings(Session& session, const ImportRequest& request, std::ostream& out) try {
   PreferenceFile file = readPreferenceFile(request.file);
   const Settings& said = session.settings();
@@ -254,8 +250,6 @@ void importSettings(Session& session, const ImportRequest& request, std::ostream
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), retold(error.what()));
 }
-
-}  // namespace
 
 void addExchangeVerbs(Verbs& verbs) {
   verbs.add<ExportRequest>(

@@ -1,0 +1,70 @@
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+
+#include "fuzz/FuzzTargets.h"
+#include "fuzz/Sandbox.h"
+#include "tool/Domains.h"
+#include "tool/Exchange.h"
+#include "tool/Failure.h"
+#include "tool/PreferenceFile.h"
+
+namespace qorvane::fuzzing {
+
+using optionsmgr::Failure;
+using optionsmgr::ImportRequest;
+using optionsmgr::Session;
+
+namespace {
+
+void require(bool truth, const char* what) {
+  if (!truth) throw std::logic_error(what);
+}
+
+bool imported(Session& session, const ImportRequest& request) try {
+  optionsmgr::importSettings(session, request, std::cout);
+  return true;
+} catch (const Failure&) {
+  return false;
+}
+
+}  // namespace
+
+void fuzzImport(std::string_view bytes) {
+  const Sandbox sandbox;
+  ImportRequest request;
+  request.file = sandbox.path() / "given";
+  request.replace = bytes.size() % 2 == 1;
+  std::ofstream(request.file, std::ios::binary) << bytes;
+  const auto before = sandbox.files();
+  optionsmgr::Settings settings;
+  settings.folder = sandbox.store();
+  settings.lockWait = 0;
+  settings.json = bytes.size() % 3 == 0;
+  Session session(settings);
+
+  request.dryRun = true;
+  const bool foreseen = imported(session, request);
+  require(sandbox.files() == before, "a preview changed something");
+  request.dryRun = false;
+  const bool done = imported(session, request);
+  require(done == foreseen, "the preview foretold something else");
+  if (!done) {
+    require(sandbox.files() == before, "an import that failed changed something");
+    return;
+  }
+  const auto given = optionsmgr::readPreferenceFile(request.file);
+  for (const auto& [domain, entries] : given.settings) {
+    // No settings where there were none: there is nothing to change.
+    const Dictionary now = optionsmgr::storedEntries(session, domain).value_or(Dictionary());
+    if (request.replace) require(isIdentical(Value(now), Value(entries)), "other settings were imported");
+    for (const auto& [key, entry] : entries) {
+      const Value* stored = now.find(key.view());
+      require(stored && isIdentical(*stored, entry), "an entry that was imported is not there");
+    }
+  }
+  for (const auto& [name, held] : sandbox.files())
+    require(name.ends_with(".plist") || name.ends_with(".plist.bak"), "an import left something behind");
+}
+
+}  // namespace qorvane::fuzzing

@@ -1,0 +1,67 @@
+#include "tool/Tool.h"
+
+#include <iostream>
+
+#include "tool/CommandLine.h"
+#include "tool/Completion.h"
+#include "tool/Domains.h"
+#include "tool/Help.h"
+#include "tool/Language.h"
+#include "tool/Session.h"
+
+namespace optionsmgr {
+
+namespace {
+
+// What a run that was killed left half done. Who may not write may still read.
+void mend(Session& session) try {
+  if (undoUnfinished(session))
+    tell(say("a run that was killed had changed several years in part; they are as before it"));
+} catch (const Failure& failure) {
+  if (failure.code() != Exit::NoPermission) throw;
+  tell(failure.what());
+}
+
+Exit run(const CommandLine& line) {
+  Session session(line.settings());
+  mend(session);
+  line.verbs().run(session, std::cout);
+  return session.exit();
+}
+
+// The answers that only scripts ask for: `--complete WORDS…`, and for the build `--manual SECTION en|fr`.
+bool answeredToScripts(const CommandLine& line, const std::vector<std::string>& words) {
+  if (words.empty()) return false;
+  if (words[0] == "--complete") {
+    Session session(line.settings());
+    for (const std::string& candidate : completions(line.app(), session, {words.begin() + 1, words.end()}))
+      std::cout << candidate << '\n';
+    return true;
+  }
+  if (words[0] != "--manual" || words.size() != 3) return false;
+  speakFrench(words[2] == "fr");
+  printManual(line.app(), line.verbs(), words[1] == "5" ? 5 : 1, std::cout);
+  return true;
+}
+
+}  // namespace
+
+Exit runTool(const std::vector<std::string>& words) {
+  CommandLine line;
+  Exit exit = Exit::Done;
+  if (!answeredToScripts(line, words)) switch (line.parse(words)) {
+      case CommandLine::Wish::Help:
+        printHelp(line.app(), line.verbs(), line.verb(), std::cout);
+        break;
+      case CommandLine::Wish::Version:
+        std::cout << OPTIONSMGR_VERSION << '\n';
+        break;
+      case CommandLine::Wish::Run:
+        exit = run(line);
+    }
+  std::cout.flush();
+  if (!std::cout) throw Failure(Exit::InputOutput, say("the answer could not be written"));
+  return exit;
+}
+
+}  // namespace optionsmgr
