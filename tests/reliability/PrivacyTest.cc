@@ -12,6 +12,7 @@
 #include "qorvane/platform/LogCapture.h"
 #include "qorvane/platform/PropertyList.h"
 #include "tests/TestHome.h"
+#include "tests/reliability/OrdinaryUser.h"
 
 namespace testing_support {
 namespace {
@@ -83,27 +84,19 @@ TEST_F(PrivacyTest, NothingIsOpenToOthersAtAnyMoment) {
 
 // A umask that takes the owner's own rights makes nothing that the owner cannot use.
 TEST_F(PrivacyTest, AnyUmaskLeavesTheOwnerHisRights) {
-  fs::permissions(home.path(), fs::perms(0777));
-  const pid_t child = fork();
-  if (child == 0) {
-    // Root may do everything whatever the mode says.
-    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
+  asOrdinaryUser(home.path(), [&] {
     umask(0777);
-    const bool saved = save(kOld) && save(kNew);
-    _exit(saved && isIdentical(load(), kNew) ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0) << (logged.lines().empty() ? "" : logged.lines()[0]);
-  EXPECT_EQ(modeOf(file()), 0600u);
-  EXPECT_EQ(modeOf(file().string() + ".bak"), 0600u);
-  EXPECT_EQ(modeOf(home.store() / ".lock"), 0600u);
-  EXPECT_EQ(modeOf(home.store()), 0700u);
-  EXPECT_EQ(modeOf(home.path() / ".config"), 0700u);
+    EXPECT_TRUE(save(kOld) && save(kNew)) << (logged.lines().empty() ? "" : logged.lines()[0]);
+    EXPECT_TRUE(isIdentical(load(), kNew));
+    EXPECT_EQ(modeOf(file()), 0600u);
+    EXPECT_EQ(modeOf(file().string() + ".bak"), 0600u);
+    EXPECT_EQ(modeOf(home.store() / ".lock"), 0600u);
+    EXPECT_EQ(modeOf(home.store()), 0700u);
+    EXPECT_EQ(modeOf(home.path() / ".config"), 0700u);
+  });
 }
 
-// ---- whose folder it is
-// ------------------------------------------------------------------------------------
+// ---- whose folder it is -------------------------------------------------------------------------------
 
 // The folder has this owner and mode, whatever it really has.
 class FolderOf : public SystemCalls {
@@ -169,6 +162,18 @@ TEST_F(PrivacyTest, AFolderThatOthersMayChangeIsRefused) {
     ASSERT_TRUE(save(kOld));
     EXPECT_EQ(readFile(file()), bytes);
   }
+}
+
+// The same with a folder that really is another's: /etc is root's.
+TEST_F(PrivacyTest, TheFolderOfRootIsNotSavedIn) {
+  asOrdinaryUser(home.path(), [&] {
+    FileUserDefaults store("/etc");
+    store.setObject(kOld, kKey);
+    EXPECT_FALSE(store.synchronize());
+    EXPECT_EQ(store.lastFailure()->systemError, EACCES);
+    EXPECT_NE(store.lastFailure()->reason.view().find("belongs to another user"), std::string_view::npos);
+    EXPECT_TRUE(store.objectForKey("NoSuchKey").isNil()) << "it may be read";
+  });
 }
 
 TEST_F(PrivacyTest, AFolderMadeByOthersIsUsedAsItIs) {
@@ -264,6 +269,37 @@ TEST_F(PrivacyTest, ATargetThatBelongsToAnotherUserIsReadAndNotReplaced) {
   EXPECT_EQ(readFile(target), "junk");
 }
 
+TEST_F(PrivacyTest, ATargetThatReallyBelongsToRootIsReadAndNotReplaced) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make a file of another user";
+  const fs::path target = home.path() / "theirs";
+  fs::create_directories(home.store());
+  fs::create_symlink(target, file());
+  fs::permissions(home.store(), fs::perms(0700));
+  // In the folder of the one who saves: nothing but the store keeps him from replacing it.
+  asOrdinaryUser(home.path(), [&] {
+    EXPECT_TRUE(save(kOld));
+    EXPECT_TRUE(fs::exists(target));
+  });
+  if (IsSkipped()) return;
+  const std::string bytes = readFile(target);
+  fs::permissions(target, fs::perms(0644));
+  ASSERT_EQ(chown(target.c_str(), 0, 0), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(2);
+    EXPECT_TRUE(isIdentical(load(), kOld));
+    EXPECT_FALSE(save(kNew));
+    _exit(HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(readFile(target), bytes);
+  struct stat after {};
+  ASSERT_EQ(::stat(target.c_str(), &after), 0);
+  EXPECT_EQ(after.st_uid, 0u);
+}
+
 TEST_F(PrivacyTest, ALinkThatCannotBeFollowedIsNotTakenForAFile) {
   const fs::path target = home.path() / "dotfiles" / "settings";
   fs::create_directories(target.parent_path());
@@ -299,6 +335,21 @@ TEST_F(PrivacyTest, ALinkInTheNewFilesPlaceIsNotFollowed) {
   fs::create_symlink(home.path() / "victim", file().string() + ".bak.new");
   EXPECT_TRUE(save(kOld) && save(kNew));
   EXPECT_EQ(readFile(home.path() / "victim"), "mine");
+}
+
+// Not even when it comes between our looking and our writing.
+TEST_F(PrivacyTest, ALinkThatComesAtTheLastMomentIsNotFollowed) {
+  ASSERT_TRUE(save(kOld));
+  writeFile(home.path() / "victim", "mine");
+  FaultInjectingSystemCalls calls;
+  calls.setFault([&](const std::string& name, int) {
+    std::error_code there;
+    if (name == "open") fs::create_symlink(home.path() / "victim", file().string() + ".new", there);
+    return 0;
+  });
+  EXPECT_FALSE(save(kNew, calls));
+  EXPECT_EQ(readFile(home.path() / "victim"), "mine");
+  EXPECT_TRUE(isIdentical(load(), kOld));
 }
 
 // ---- what is told --------------------------------------------------------------------------------------
