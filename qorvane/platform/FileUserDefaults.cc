@@ -25,7 +25,10 @@ constexpr mode_t kPrivateFolder = 0700;
 // Settings are some kilobytes; a file beyond this is somebody's accident, not settings.
 constexpr std::size_t kLargestFile = std::size_t{512} << 20;
 
-std::string folderOf(const std::string& path) { return path.substr(0, path.find_last_of('/')); }
+std::string folderOf(const std::string& path) {
+  const std::size_t last = path.find_last_of('/');
+  return last == path.npos ? "." : path.substr(0, last);
+}
 
 std::string utcText(std::time_t time) {
   std::tm utc{};
@@ -428,7 +431,7 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
 std::string FileUserDefaults::targetOf(const std::string& path) const {
   constexpr int kMostLinks = 40;  // As many as the kernel follows.
   std::string target = path;
-  for (int followed = 0; followed < kMostLinks; ++followed) {
+  for (int followed = 0; followed <= kMostLinks; ++followed) {
     char next[PATH_MAX];
     const ssize_t length = calls_.readlink(target.c_str(), next, sizeof next);
     if (length >= 0) {
@@ -450,7 +453,7 @@ std::string FileUserDefaults::targetOf(const std::string& path) const {
 // ---- the folder and its lock ------------------------------------------------------------------------
 
 void FileUserDefaults::makeFolder(const std::string& folder) {
-  if (folder.empty()) return;
+  if (folder.empty() || folder == ".") return;  // The root and the current folder are there, or nothing is.
   if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0) {
     if (errno == EEXIST) return;
     if (errno != ENOENT) FileException::raise("cannot create the folder " + folder, errno);

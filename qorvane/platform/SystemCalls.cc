@@ -122,6 +122,5 @@ void FaultInjectingSystemCalls::sleepMilliseconds(int) {
   calls_.emplace_back("sleep");
 }
 std::time_t FaultInjectingSystemCalls::time() { return time_ ? *time_ : SystemCalls::time(); }
-uid_t FaultInjectingSystemCalls::geteuid() { return user_ ? *user_ : SystemCalls::geteuid(); }
 
 }  // namespace qorvane

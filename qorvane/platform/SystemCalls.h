@@ -61,8 +61,6 @@ class FaultInjectingSystemCalls : public SystemCalls {
   void setSyncing(bool syncing) { syncing_ = syncing; }
   /// What the clock shows from now on.
   void setTime(std::time_t time) { time_ = time; }
-  /// Who the program is run by.
-  void setUser(uid_t user) { user_ = user; }
   /// The names of the calls made so far, failed ones included.
   const std::vector<std::string>& calls() const { return calls_; }
   void forgetCalls() { calls_.clear(); }
@@ -86,7 +84,6 @@ class FaultInjectingSystemCalls : public SystemCalls {
   int tryLock(int file) override;
   void sleepMilliseconds(int count) override;
   std::time_t time() override;
-  uid_t geteuid() override;
 
  private:
   bool fails(const char* name);
@@ -95,7 +92,6 @@ class FaultInjectingSystemCalls : public SystemCalls {
   std::size_t longestWrite_ = 0;
   bool syncing_ = true;
   std::optional<std::time_t> time_;
-  std::optional<uid_t> user_;
   std::vector<std::string> calls_;
 };
 

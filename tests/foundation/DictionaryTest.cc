@@ -181,6 +181,17 @@ TEST(DictionaryTest, AgreesWithAModelUnderAnySequenceOfChanges) {
   EXPECT_EQ(keysOf(dictionary), order);
 }
 
+TEST(DictionaryTest, RoomForFewerTakesNothingAway) {
+  Dictionary dictionary;
+  dictionary.reserve(1000);
+  for (int i = 0; i < 1000; ++i) dictionary.set(Text(std::to_string(i)), Number(i));
+  const std::size_t before = testing_support::allocations();
+  dictionary.reserve(10);
+  EXPECT_EQ(testing_support::allocations(), before);
+  EXPECT_EQ(dictionary.size(), 1000u);
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(*dictionary.find(std::to_string(i)), Value(Number(i)));
+}
+
 TEST(DictionaryTest, FindingAndRemovingNeedNoMemory) {
   Dictionary dictionary;
   for (int i = 0; i < 100; ++i) dictionary.set(keyOf(i), Number(i));

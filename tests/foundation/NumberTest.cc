@@ -184,6 +184,8 @@ TEST(NumberTest, DiffersExactly) {
       {Number(UINT64_MAX), Number(-1.0)},
       {Number(std::uint64_t{1} << 63), Number(INT64_MIN)},
       {Number(std::uint64_t{1} << 63), Number(-kTwoTo63)},
+      {Number((std::uint64_t{1} << 63) + 1), Number(kTwoTo63)},
+      {Number(UINT64_MAX), Number(kTwoTo63)},
       {Number(0), Number(5e-324)},
       {Number(INT64_MAX), Number(kInfinity)},
       {Number(INT64_MIN), Number(-kInfinity)},

@@ -49,6 +49,7 @@ TEST(TextTest, NilIsNotTheEmptyText) {
     EXPECT_EQ(empty.size(), 0u);
     EXPECT_STREQ(empty.c_str(), "");
     EXPECT_FALSE(empty == nil);
+    EXPECT_FALSE(nil == empty);
     EXPECT_FALSE(empty.isSameObject(nil));
     EXPECT_FALSE(nil.isSameObject(empty));
   }

@@ -147,6 +147,8 @@ TEST_P(BothProducts, countOnlyTheLowBitsOfThePostalLetter) {
   EXPECT_EQ(of("1"), "");
   EXPECT_EQ(of("["), "");
   EXPECT_EQ(of("@"), "");
+  EXPECT_EQ(of("{"), "");
+  EXPECT_EQ(of("~H1"), "");
 }
 
 TEST_P(BothProducts, askTheProductOnEveryCall) {

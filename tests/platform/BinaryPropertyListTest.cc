@@ -388,6 +388,14 @@ TEST(BinaryPropertyList, CountsObjectsExactly) {
   EXPECT_NE(refusal(bytes, {.objects = 4}).find("there are too many objects"), std::string::npos);
 }
 
+// Before memory is taken for them.
+TEST(BinaryPropertyList, CountsTheReferencesOfAContainerFirst) {
+  const std::string bytes = fileOf({fromHex("ae0101010101010101010101010101"), fromHex("09")});
+  EXPECT_NO_THROW(readPropertyList(bytes, {.objects = 15}));
+  EXPECT_EQ(refusal(bytes, {.objects = 13}),
+            "bad binary property list at byte 8: there are too many objects");
+}
+
 TEST(BinaryPropertyList, RefusesOverlappingObjects) {
   // Forty blocks, each said to hold the bytes of all others.
   std::vector<std::string> objects{"\xA8\1\2\3\4\5\6\7\x08"};

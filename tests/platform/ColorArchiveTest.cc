@@ -202,6 +202,8 @@ TEST(ColorArchive, SaysWhatIsWrongAndWhere) {
   EXPECT_EQ(refusalOfHex(kStream + "848484074e53436f6c6f7201"), at(20, "an unknown version of a class"));
   EXPECT_EQ(refusalOfHex(kStream + "848484074e53436f6c6f720085"), at(31, "a tag that does not belong here"));
   EXPECT_EQ(refusalOfHex(kStream + "848484074e53436f6c6f720093"), at(31, "another class was expected"));
+  EXPECT_EQ(refusalOfHex(kStream + "848484074e53436f6c6f720084" + "84074e53436f6c6f720085"),
+            at(31, "another class was expected"));
   EXPECT_EQ(refusalOfHex(kStream + "848484084e534f626a656374008484" + "00"),
             at(32, "the root class has a superclass"));
   EXPECT_EQ(refusalOfHex(kStream + "848484084e534f626a6563740085"), at(19, "a colour was expected"));

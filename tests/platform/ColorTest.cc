@@ -86,6 +86,8 @@ TEST(Color, ConvertsByPlainArithmetic) {
   EXPECT_EQ(converted(rgb, ColorSpace::DeviceWhite),
             (Components{0.299 * 0.25 + 0.587 * 0.5 + 0.114 * 0.125, 0.75}));
   EXPECT_EQ(converted(rgb, ColorSpace::DeviceCMYK), (Components{0.5, 0, 0.75, 0.5, 0.75}));
+  EXPECT_EQ(converted(Color::colorWithCalibratedRed(0.5, 0.5, 0, 1), ColorSpace::DeviceWhite),
+            (Components{0.299 * 0.5 + 0.587 * 0.5, 1}));
 
   const Color white = Color::colorWithCalibratedWhite(0.3, 0.6);
   EXPECT_EQ(converted(white, ColorSpace::CalibratedRGB), (Components{0.3, 0.3, 0.3, 0.6}));
@@ -129,6 +131,8 @@ TEST(Color, ComparesSpacesComponentsAndNames) {
                Color::colorWithCatalogName("a", "c", Color::redColor()));
   EXPECT_FALSE(Color::colorWithCatalogName("a", "b", Color::redColor()) ==
                Color::colorWithCatalogName("a", "b", Color::greenColor()));
+  EXPECT_FALSE(Color::colorWithCatalogName("a", "b", Color::redColor()) ==
+               Color::colorWithCatalogName("c", "b", Color::redColor()));
   const Color nan = Color::colorWithCalibratedWhite(std::nan(""), 1);
   EXPECT_FALSE(nan == nan);
   EXPECT_TRUE(isIdentical(nan, nan));

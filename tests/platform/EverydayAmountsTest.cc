@@ -59,6 +59,9 @@ TEST(EverydayAmounts, AreWrittenAndRead) {
   const EverydayAmounts whole = Oracle("en_CA", u"(#####0)").everyday();
   EXPECT_EQ(whole.text(1234567), Text("(1234567)"));
   EXPECT_EQ(whole.amount("(12)"), 12);
+  EXPECT_EQ(whole.amount("1234"), std::nullopt);
+  EXPECT_EQ(whole.amount("(123"), std::nullopt);
+  EXPECT_EQ(english.amount("0"), 0);
 }
 
 TEST(EverydayAmounts, AreNotTheCloseTheLargeAndTheOdd) {
@@ -77,6 +80,18 @@ TEST(EverydayAmounts, AreNoneInAFormatThatCannotBeLearned) {
   EXPECT_TRUE(Oracle("ar_EG", u"#,##0.00").everyday().text(12).isNil());
   EXPECT_TRUE(EverydayAmounts().text(12).isNil());
   EXPECT_EQ(EverydayAmounts().amount("12"), std::nullopt);
+}
+
+// Whatever a format shows for its sample, 1234567: what is no such number is not taken for one.
+TEST(EverydayAmounts, AreNoneWhereTheSampleShowsNone) {
+  for (const char* sample :
+       {"", "none", "1", "12", "1 and a long way to 2", "1234", "1,234", "1,2345", "1,234.567", "1,234,56",
+        "1,234,5670", "1,234,567,00", "1234567.0000", "1234567.and a long way to 0", "9 1234567", "1234567 9",
+        "a long prefix 1234567", "1234567 a long suffix", "1\u0662\u0663\u0664567"}) {
+    const EverydayAmounts amounts([&](double) { return Text(std::string_view(sample)); });
+    EXPECT_TRUE(amounts.text(12).isNil()) << sample;
+    EXPECT_EQ(amounts.amount("12"), std::nullopt) << sample;
+  }
 }
 
 // Ten million amounts of the kinds that returns hold, and of those that are dear to round.

@@ -146,7 +146,9 @@ TEST_F(FileManagerTest, AnotherManagerMayTakeItsPlace) {
 TEST(MemoryFileManagerTest, RemembersFoldersAndFiles) {
   MemoryFileManager memory;
   bool isDirectory = false;
-  EXPECT_FALSE(memory.fileExistsAtPath("/d"));
+  isDirectory = true;
+  EXPECT_FALSE(memory.fileExistsAtPath("/d", &isDirectory));
+  EXPECT_FALSE(isDirectory);
   EXPECT_FALSE(memory.createDirectoryAtPath("/d/Qorvane/2020", false));
   EXPECT_FALSE(memory.fileExistsAtPath("/d"));
   EXPECT_TRUE(memory.createDirectoryAtPath("/d/Qorvane/2020", true));

@@ -220,10 +220,120 @@ TEST_F(FileUserDefaultsTest, ALoopOfLinksIsAFailureThatChangesNothing) {
   EXPECT_TRUE(fs::is_symlink(file()));
 }
 
+// As many links as the kernel follows when it opens the file, and one more.
+TEST_F(FileUserDefaultsTest, AChainOfLinksIsFollowedAsFarAsTheKernelDoes) {
+  for (const int links : {40, 41}) {
+    fs::remove_all(home.path() / ".config");
+    fs::create_directories(home.store());
+    const fs::path chain = home.path() / ("chain" + std::to_string(links));
+    fs::create_directories(chain);
+    for (int link = 1; link < links; ++link)
+      fs::create_symlink(std::to_string(link + 1), chain / std::to_string(link));
+    fs::create_symlink(chain / "1", file());
+    FileUserDefaults store;
+    store.setObject(kOld, kKey);
+    EXPECT_EQ(store.synchronize(), links == 40) << links;
+    if (links == 40) {
+      EXPECT_TRUE(isIdentical(load(), kOld));
+      EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(chain / "40")));
+    } else {
+      EXPECT_EQ(store.lastFailure()->systemError, ELOOP);
+    }
+  }
+}
+
+// Somebody may turn the links round while they are followed.
+TEST_F(FileUserDefaultsTest, LinksThatNeverEndAreAFailure) {
+  class EndlessLinks : public SystemCalls {
+    ssize_t readlink(const char*, char* target, std::size_t) override {
+      *target = 'x';
+      return 1;
+    }
+  };
+  EndlessLinks calls;
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, ELOOP);
+  EXPECT_EQ(names(), std::vector<std::string>());
+}
+
 TEST_F(FileUserDefaultsTest, WhatIsNoFileIsNotWaitedFor) {
   fs::create_directories(home.store());
   ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
   EXPECT_THROW(load(), FileException);
+}
+
+// And neither are they lost: a pipe or a folder in the file's place is set aside like a file that cannot be
+// read.
+TEST_F(FileUserDefaultsTest, WhatIsNoFileIsSetAside) {
+  fs::create_directories(home.store());
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  save(kOld);
+  EXPECT_TRUE(isIdentical(load(), kOld));
+  ASSERT_EQ(names().size(), 2u);
+  EXPECT_TRUE(fs::is_fifo(home.store() / names()[1]));
+  fs::remove_all(home.store());
+  fs::create_directories(file() / "mine");
+  fs::permissions(home.store(), fs::perms::owner_all);
+  save(kOld);
+  EXPECT_TRUE(isIdentical(load(), kOld));
+  ASSERT_EQ(names().size(), 2u);
+  EXPECT_TRUE(fs::is_directory(home.store() / names()[1] / "mine"));
+}
+
+TEST_F(FileUserDefaultsTest, ALinkThroughAFileLeadsNowhere) {
+  writeFile(home.path() / "file", "mine");
+  fs::create_directories(home.store());
+  fs::create_symlink(home.path() / "file" / "below", file());
+  EXPECT_TRUE(load().isNil());
+  FileUserDefaults store;
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, ENOTDIR);
+  EXPECT_EQ(readFile(home.path() / "file"), "mine");
+}
+
+TEST_F(FileUserDefaultsTest, FoldersThatAnotherProcessMakesMeanwhileAreUsed) {
+  FaultInjectingSystemCalls calls;
+  int asked = 0;
+  calls.setFault([&](const std::string& name, int) {
+    if (name != "mkdir") return 0;
+    if (++asked == 1) return ENOENT;
+    fs::create_directories(home.store());
+    fs::permissions(home.store(), fs::perms::owner_all);
+    return 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize()) << store.lastFailure()->reason;
+  EXPECT_TRUE(isIdentical(load(), kOld));
+}
+
+// Such as a current folder that was removed, with a store said relative to it.
+TEST_F(FileUserDefaultsTest, AFolderThatCanBeMadeNowhereIsAFailure) {
+  FaultInjectingSystemCalls calls;
+  calls.setFault([](const std::string& name, int) { return name == "mkdir" ? ENOENT : 0; });
+  for (const std::string& folder : {FileUserDefaults::defaultFolder(), std::string("no-such-folder")}) {
+    FileUserDefaults store(folder, calls);
+    store.setObject(kOld, kKey);
+    EXPECT_FALSE(store.synchronize());
+    EXPECT_EQ(store.lastFailure()->systemError, ENOENT);
+  }
+}
+
+TEST_F(FileUserDefaultsTest, AFolderThatCannotBeMadePrivateNorRemovedIsAFailureOnce) {
+  FaultInjectingSystemCalls calls;
+  bool once = true;
+  calls.setFault([&](const std::string& name, int) {
+    if (name == "rmdir") return std::exchange(once, false) ? EBUSY : 0;
+    return name == "chmod" && once ? EIO : 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, EIO) << "the first cause is the one that is told";
+  EXPECT_TRUE(store.synchronize());
 }
 
 // ---- files of other programs ------------------------------------------------------------------------
@@ -372,6 +482,18 @@ TEST_F(DamageTest, WhatAnotherProcessMendedMeanwhileIsLoaded) {
   EXPECT_TRUE(isIdentical(load(), kNew));
 }
 
+TEST_F(DamageTest, WhatAnotherProcessRemovedMeanwhileIsGone) {
+  writeFile(file(), "junk");
+  FaultInjectingSystemCalls calls;
+  calls.setFault([&](const std::string& name, int) {
+    if (name == "tryLock") fs::remove(file());
+    return 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  EXPECT_TRUE(store.objectForKey(kKey).isNil());
+  EXPECT_EQ(names(), std::vector<std::string>{backup().filename()});
+}
+
 TEST_F(DamageTest, ASaveOverADamagedFileKeepsItAndTheGoodCopy) {
   writeFile(file(), "junk");
   save(kNew);
@@ -386,6 +508,19 @@ TEST_F(DamageTest, TwoDamagedFilesOfOneSecondAreBothKept) {
     load();
   }
   EXPECT_EQ(contentsNamed(".damaged-"), (std::vector<std::string>{"one", "three", "two"}));
+}
+
+// A name that is taken is passed over, whatever else may be asked of it.
+TEST_F(DamageTest, ATakenNameIsPassedOver) {
+  FaultInjectingSystemCalls calls;
+  calls.setTime(2'000'000'000);
+  calls.setFault([](const std::string& name, int) { return name == "lstat" ? EIO : 0; });
+  for (const char* junk : {"one", "two"}) {
+    writeFile(file(), junk);
+    EXPECT_TRUE(
+        isIdentical(FileUserDefaults(FileUserDefaults::defaultFolder(), calls).objectForKey(kKey), kOld));
+  }
+  EXPECT_EQ(contentsNamed(".damaged-"), (std::vector<std::string>{"one", "two"}));
 }
 
 TEST_F(DamageTest, AClockThatGoesBackwardsOverwritesNothing) {
@@ -467,6 +602,40 @@ TEST_F(DamageTest, AFileWhoseNewNameCannotBeSyncedKeepsItsOldOne) {
         EXPECT_EQ(contentsNamed(unreadable ? ".unreadable-" : ".damaged-"), std::vector<std::string>{before});
         EXPECT_TRUE(isIdentical(load(), kOld)) << what;
       }
+}
+
+TEST_F(DamageTest, AnUnreadableFileThatCannotBeMovedStays) {
+  FaultInjectingSystemCalls calls;
+  int reads = 0;
+  calls.setFault([&](const std::string& name, int) {
+    if (name == "read") return reads++ == 0 ? EIO : 0;
+    return name == "link" ? EPERM : name == "rename" ? EACCES : 0;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kOld, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, EACCES);
+  EXPECT_EQ(readFile(file()), good);
+  EXPECT_EQ(names().size(), 2u);
+}
+
+// Somebody's accident, such as a backup written to the wrong place: not read into memory, and not lost.
+TEST_F(DamageTest, AnEnormousFileIsNotRead) {
+  fs::resize_file(file(), (std::uintmax_t{512} << 20) + 1);
+  FileUserDefaults store;
+  try {
+    store.objectForKey(kKey);
+    ADD_FAILURE();
+  } catch (const FileException& error) {
+    EXPECT_EQ(error.systemError(), EFBIG);
+  }
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_TRUE(isIdentical(load(), kOld));
+  const std::vector<std::string> all = names();
+  ASSERT_EQ(all.size(), 3u);
+  EXPECT_NE(all[2].find(".unreadable-"), std::string::npos);
+  EXPECT_EQ(fs::file_size(home.store() / all[2]), (std::uintmax_t{512} << 20) + 1);
 }
 
 TEST_F(DamageTest, SettingsThatCouldNotBeReadAreNotRemoved) {
@@ -747,6 +916,40 @@ TEST_F(FileUserDefaultsTest, ShortWritesAreCompleted) {
   store.setObject(kOld, kKey);
   EXPECT_TRUE(store.synchronize());
   EXPECT_TRUE(isIdentical(load(), kOld));
+}
+
+// Some devices say nothing else when they are full.
+TEST_F(FileUserDefaultsTest, AWriteThatWritesNothingIsAFullDisk) {
+  class WritesNothing : public SystemCalls {
+    ssize_t write(int, const void*, std::size_t) override { return 0; }
+  };
+  save(kOld);
+  WritesNothing calls;
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kNew, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, ENOSPC);
+  EXPECT_TRUE(isIdentical(load(), kOld));
+  EXPECT_EQ(names(), std::vector<std::string>{file().filename()});
+}
+
+// Removed by another program while we save, where only a copy can be kept: the save says so, and the next one
+// works.
+TEST_F(FileUserDefaultsTest, AFileThatVanishesIsAFailureOnce) {
+  save(kOld);
+  FaultInjectingSystemCalls calls;
+  calls.setFault([&](const std::string& name, int) {
+    if (name != "link") return 0;
+    fs::remove(file());
+    return EPERM;
+  });
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.setObject(kNew, kKey);
+  EXPECT_FALSE(store.synchronize());
+  EXPECT_EQ(store.lastFailure()->systemError, ENOENT);
+  EXPECT_EQ(names(), std::vector<std::string>());
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_TRUE(isIdentical(load(), kNew));
 }
 
 TEST_F(FileUserDefaultsTest, ANewFileIsSyncedBeforeItIsPublishedAndTheFolderAfter) {

@@ -228,6 +228,43 @@ TEST_F(FolderLockTest, ALockThatReplacedAStaleOneIsGivenBack) {
   EXPECT_EQ(names(), Names{".lock"});
 }
 
+// It is given back while somebody looks whether it is stale.
+TEST_F(FolderLockTest, ALockThatIsGoneMeanwhileIsTaken) {
+  writeFile(held(), "elsewhere\n1 2\n");
+  calls.setFault([&](const std::string& name, int) {
+    if (name == "lstat") fs::remove(held());
+    return name == "tryLock" ? ENOLCK : 0;
+  });
+  EXPECT_TRUE(isFree());
+  EXPECT_EQ(names(), Names{".lock"});
+}
+
+// Two find the same stale lock; the other one is quicker, and done by the time we look.
+TEST_F(FolderLockTest, AStaleLockThatAnotherTookAwayIsNotTakenTwice) {
+  writeFile(held(), "elsewhere\n1 2\n");
+  makeOlder(FolderLock::kStaleSeconds + 10);
+  calls.setFault([&](const std::string& name, int) {
+    if (name == "rename") fs::remove(held());
+    return name == "tryLock" ? ENOLCK : 0;
+  });
+  EXPECT_FALSE(isFree()) << "this time";
+  setLockError(ENOLCK);
+  EXPECT_TRUE(isFree());
+  EXPECT_EQ(names(), Names{".lock"});
+}
+
+// Where there is no /proc, or none that tells.
+TEST_F(FolderLockTest, WhereProcessesCannotBeToldOnlyTheAgeCounts) {
+  calls.setFault([](const std::string& name, int) {
+    return name == "tryLock" ? ENOLCK : name == "readlink" ? EACCES : 0;
+  });
+  const auto mine = lock();
+  EXPECT_FALSE(isFree());
+  makeOlder(FolderLock::kStaleSeconds + 10);
+  EXPECT_TRUE(isFree());
+  EXPECT_THROW(mine->requireHeld(), FileException);
+}
+
 TEST_F(FolderLockTest, EveryCallThatFailsLeavesNoClaimAndNoLock) {
   for (int failing = 1;; ++failing) {
     std::string failed;

@@ -188,6 +188,28 @@ TEST_F(NotificationCenterTest, HolesLeftByAPostingWithAThrowAreClosed) {
   EXPECT_TRUE(log.lines().empty());
 }
 
+TEST_F(NotificationCenterTest, WhatIsNoExceptionIsThrownOnToo) {
+  const LogCapture log;
+  const Observer first = centre.addObserver(kChanged, [](const Notification&) { throw 7; });
+  const Observer second = centre.addObserver(kChanged, [](const Notification&) { throw 8; });
+  const Observer after = observe(kChanged, "after");
+  try {
+    centre.postNotificationName(kChanged, nullptr);
+    ADD_FAILURE();
+  } catch (const int thrown) {
+    EXPECT_EQ(thrown, 7);
+  }
+  EXPECT_EQ(std::exchange(heard, {}), Words{"after"});
+  EXPECT_EQ(log.lines().size(), 1u);
+}
+
+TEST_F(NotificationCenterTest, ATokenMovedToItselfStaysOne) {
+  Observer token = observe(kChanged, "heard");
+  Observer& same = token;
+  token = std::move(same);
+  EXPECT_EQ(post(kChanged), Words{"heard"});
+}
+
 TEST(NotificationCenterLifeTest, ATokenMayOutliveItsCentre) {
   Observer observer;
   const auto held = std::make_shared<int>(1);

@@ -268,6 +268,22 @@ TEST(XmlPropertyList, ReadsUtf16WithAByteOrderMark) {
   EXPECT_EQ(readPropertyList(big), Value(Text("é\U0001F341")));
   EXPECT_EQ(readPropertyList(little), Value(Text("é\U0001F341")));
   EXPECT_EQ(refusal(big + "x"), "bad XML property list: half a UTF-16 unit at its end");
+  for (const char* name : {"UTF-16", "utf-16le", "UTF-16BE", "UTF-8"}) {
+    std::string said;
+    for (const char c :
+         "\xFE\xFF" + ("<?xml version='1.0' encoding='" + std::string(name)) + "'?><plist><true/></plist>") {
+      if (said.size() >= 2) said += '\0';
+      said += c;
+    }
+    if (std::string(name) == "UTF-8")
+      EXPECT_NE(refusal(said).find("is not supported"), std::string::npos);
+    else
+      EXPECT_EQ(readPropertyList(said), Value(Number(true))) << name;
+  }
+  for (const char* name : {"utf-8", "US-ASCII", "ascii"})
+    EXPECT_EQ(
+        readPropertyList("<?xml version='1.0' encoding='" + std::string(name) + "'?><plist><true/></plist>"),
+        Value(Number(true)));
   // Said but not so.
   EXPECT_EQ(refusal("<?xml version='1.0' encoding='UTF-16'?><plist><true/></plist>"),
             "bad XML property list at line 1, column 1: the encoding \"UTF-16\" is not supported, UTF-8 is");
@@ -299,6 +315,11 @@ TEST(XmlPropertyList, SaysWhatIsWrongAndWhere) {
       {"<plist><string>&#x;</string></plist>", "line 1, column 16: a reference to no character"},
       {"<plist><string>&#xFFFF;</string></plist>", "line 1, column 16: a reference to no character"},
       {"<plist><string>&#-5;</string></plist>", "line 1, column 16: a reference to no character"},
+      {"<plist><string>&#12x;</string></plist>", "line 1, column 16: a reference to no character"},
+      {"<plist><string>&#xE000;&#xFFFE;</string></plist>", "line 1, column 24: a reference to no character"},
+      {"<plist>\uFFFF</plist>", "line 1, column 8: a character that XML forbids"},
+      {"<plist><real>.x</real></plist>", "line 1, column 8: <real> holds no number"},
+      {"<plist><_a/></plist>", "line 1, column 8: <…> is no element of a property list"},
       {"<plist>\xFF</plist>", "line 1, column 8: the bytes are no UTF-8"},
       {"<plist>\x01</plist>", "line 1, column 8: a control character"},
       {"<plist>\uFFFE</plist>", "line 1, column 8: a character that XML forbids"},

@@ -78,6 +78,8 @@ TEST_F(PathUtilsTest, ReadsTheEntryAsAShellWould) {
       {"XDG_DOCUMENTS_DIR=\"$HOME/first\"\nXDG_DOCUMENTS_DIR=\"$HOME/last\"\n", "last"},
       {"XDG_DOCUMENTS_DIR=\"$HOME/good\"\nXDG_DOCUMENTS_DIR=\"relative\"\n", "good"},
       {"XDG_DOCUMENTS_DIR=\"$HOME/D\"\r\n", "D"},
+      {"XDG_DOCUMENTS_DIR=\"$HOME/cut off", "cut off"},
+      {"XDG_DOCUMENTS_DIR=\"$HOME/cut off\\", "cut off\\"},
       // What is no such entry leaves the default.
       {"# XDG_DOCUMENTS_DIR=\"$HOME/D\"\n", "Documents"},
       {"XDG_DOCUMENTS_DIR=\"relative/D\"\n", "Documents"},

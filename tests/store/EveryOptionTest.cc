@@ -6,6 +6,7 @@
 
 #include "qorvane/foundation/Data.h"
 #include "qorvane/foundation/Dictionary.h"
+#include "qorvane/foundation/Exception.h"
 #include "qorvane/platform/NotificationCenter.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/ExpectedOptions.h"
@@ -412,6 +413,7 @@ TEST(EveryOptionTest, AnOptionIsFoundByNameAndByTheKeyOfTheProduct) {
   EXPECT_EQ(findOption("RepFirstName"), findOption("repFirstName"));
   EXPECT_EQ(findOption("PName"), findOption("preparerNameOfRepresentative"));
   EXPECT_EQ(findOption("no such option"), nullptr);
+  EXPECT_EQ(findOption("~ behind the last name"), nullptr);
   StoreWorld::become(ProductKind::Corporate);
   EXPECT_EQ(findOption("RepFirstName"), nullptr);
   EXPECT_EQ(findOption("RepID"), findOption("t1013RepID"));
@@ -430,6 +432,19 @@ TEST(EveryOptionTest, TheProductIsAskedOnEachCall) {
     row.write(world.store, Text("two"));
     StoreWorld::become(ProductKind::Personal);
     EXPECT_EQ(row.read(world.store), Value(Text("one")));
+  }
+}
+
+TEST(EveryOptionTest, WhatIsNoColourChangesNoColour) {
+  StoreWorld world;
+  world.start();
+  for (const OptionRow& row : optionTable()) {
+    if (row.type != OptionType::Color || !row.write) continue;
+    row.read(world.store);  // The first read of one of them answers otherwise.
+    const Value before = row.read(world.store);
+    for (const Value& value : {Value(), Value(Text("red")), Value(Number(1))}) row.write(world.store, value);
+    EXPECT_TRUE(isIdentical(row.read(world.store), before)) << row.name;
+    EXPECT_THROW(row.write(world.store, Data("no archive")), Exception) << row.name;
   }
 }
 

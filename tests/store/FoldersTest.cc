@@ -206,6 +206,16 @@ TEST_F(FoldersTest, WithoutADocumentsFolderPathsStartAtTheRoot) {
   EXPECT_TRUE(store.applicationUserFolder().isNil());
 }
 
+TEST_F(FoldersTest, ADocumentsFolderThatIsTheRootGetsNoSecondSeparator) {
+  setenv("XDG_DOCUMENTS_DIR", "/", 1);
+  MemoryFileManager files;
+  for (const char* folder : {"ClientFile", "PDFFile"}) {
+    const Text path = std::string(folder) == "PDFFile" ? store.pdfFileFolder() : store.clientFileFolder();
+    EXPECT_TRUE(path.view().starts_with("/")) << path;
+    EXPECT_EQ(path.view().find("//"), std::string_view::npos) << path;
+  }
+}
+
 TEST_F(FoldersTest, TheRootsAreMadeAndAnswered) {
   EXPECT_EQ(store.rootPath(), Text((suite() / "2020").string()));
   EXPECT_TRUE(fs::is_directory(suite() / "2020"));

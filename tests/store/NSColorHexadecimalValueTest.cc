@@ -75,7 +75,7 @@ TEST(NSColorHexadecimalValue, DoesNotLookAtTheFirstUnit) {
 }
 
 TEST(NSColorHexadecimalValue, WantsSevenUnits) {
-  for (const char* text : {"", "#", "#CCFFF", "#CCFFFFF", "CCFFFF", "#CCFFFF ", "ééé"})
+  for (const char* text : {"", "#", "#CCFFF", "#CCFFFFF", "CCFFFF", "#CCFFFF ", "ééé", "éCCFFF"})
     EXPECT_EQ(decoded(Text(std::string(text))), std::nullopt) << text;
   EXPECT_EQ(decoded(nullptr), std::nullopt);
   // A character above U+FFFF is two units: the second is the first of the red pair, which holds no digits
