@@ -322,6 +322,41 @@ TEST_F(FileUserDefaultsTest, AFolderThatCanBeMadeNowhereIsAFailure) {
   }
 }
 
+// A folder that others may look into, or that a power cut may take away, is not left behind.
+TEST_F(FileUserDefaultsTest, AFolderThatCannotBeMadeWhollyIsNotMade) {
+  for (const char* failing : {"chmod", "fsync"}) {
+    FaultInjectingSystemCalls calls;
+    bool failed = false;
+    calls.setFault([&](const std::string& name, int) {
+      return name == failing && !std::exchange(failed, true) ? EIO : 0;
+    });
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+    store.setObject(kOld, kKey);
+    EXPECT_FALSE(store.synchronize()) << failing;
+    EXPECT_FALSE(fs::exists(home.path() / ".config")) << failing;
+    EXPECT_TRUE(store.synchronize()) << failing;
+    fs::remove_all(home.path() / ".config");
+  }
+}
+
+// A signal that comes during a call is no failure.
+TEST_F(FileUserDefaultsTest, AnInterruptedCallIsMadeAgain) {
+  for (const std::string interrupted : {"open", "read", "write", "fsync", "tryLock"}) {
+    fs::remove_all(home.store());
+    save(kOld);
+    FaultInjectingSystemCalls calls;
+    int made = 0;
+    calls.setFault(
+        [&](const std::string& name, int) { return name == interrupted && ++made % 2 == 1 ? EINTR : 0; });
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+    EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld)) << interrupted;
+    store.setObject(kNew, kKey);
+    EXPECT_TRUE(store.synchronize()) << interrupted;
+    EXPECT_GT(made, interrupted == "write" || interrupted == "tryLock" ? 1 : 2) << interrupted;
+    EXPECT_TRUE(isIdentical(load(), kNew)) << interrupted;
+  }
+}
+
 TEST_F(FileUserDefaultsTest, AFolderThatCannotBeMadePrivateNorRemovedIsAFailureOnce) {
   FaultInjectingSystemCalls calls;
   bool once = true;

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
+#include <sstream>
 
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/platform/FileException.h"
@@ -147,6 +148,17 @@ TEST_F(FolderLockTest, AProcessThatOnlyHasTheNumberOfTheHolderIsNotTheHolder) {
   writeFile(held(), text);
   EXPECT_TRUE(isFree());
   EXPECT_EQ(names(), Names{".lock"});
+}
+
+// As the kernel says it: the 22nd field of the process's line.
+TEST_F(FolderLockTest, TheLockSaysWhenItsProcessStarted) {
+  const auto mine = lock();
+  const std::string line = readFile("/proc/self/stat");
+  std::istringstream fields(line.substr(line.rfind(')') + 1));
+  std::string start;
+  for (int field = 3; field <= 22; ++field) fields >> start;
+  EXPECT_TRUE(readFile(held()).ends_with("\n" + std::to_string(getpid()) + " " + start + "\n"))
+      << readFile(held());
 }
 
 TEST_F(FolderLockTest, ALockOfAnotherMachineIsStaleWhenItIsOld) {
