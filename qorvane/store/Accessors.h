@@ -186,7 +186,8 @@ struct ComparingNumber {
   }
 };
 
-/// Comparing, for colours: nil is ignored. The first colour decides how many components are compared.
+/// Comparing, for colours: nil is ignored. Some ask with the new colour first, the others with the current
+/// one.
 template <bool NewFirst>
 struct ComparingColor {
   template <class A>

@@ -165,6 +165,7 @@ TEST(MemoryFileManagerTest, RemembersFoldersAndFiles) {
   EXPECT_FALSE(memory.createDirectoryAtPath(nullptr, true));
   EXPECT_EQ(memory.asked().size(), 6u);
   EXPECT_EQ(memory.asked()[1], Text("/d/Qorvane/2020"));
+  EXPECT_FALSE(memory.createDirectoryAtPath("/d/file/below/deeper", true));
 }
 
 TEST(MemoryFileManagerTest, FailsAndThrowsOnDemand) {
