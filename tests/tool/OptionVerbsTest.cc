@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -200,7 +198,7 @@ TEST_F(OptionVerbsTest, AReadOnlyStoreIsReadButNotChanged) {
   fs::permissions(home.store() / ".lock", fs::perms(0444));
   EXPECT_EQ(optionsmgr({"--year", "2020", "get", "language"}, true).out, "French\n");
   expectFailure(optionsmgr({"--year", "2020", "set", "language", "English"}, true), 77,
-                std::strerror(EACCES));
+                "permission refusée; rien n'a été modifié");
   EXPECT_EQ(readFile(file()), before);
 }
 
@@ -210,7 +208,8 @@ TEST_F(OptionVerbsTest, AnUnreadableFileIsSaid) {
   fs::permissions(home.path() / ".config", fs::perms(0755));
   fs::permissions(home.store(), fs::perms(0755));
   fs::permissions(file(), fs::perms(0000));
-  expectFailure(optionsmgr({"--year", "2020", "get", "language"}, geteuid() == 0), 77, std::strerror(EACCES));
+  expectFailure(optionsmgr({"--lang", "en", "--year", "2020", "get", "language"}, geteuid() == 0), 77,
+                "Permission denied");
 }
 
 TEST_F(OptionVerbsTest, NoHomeIsSaid) {
