@@ -53,9 +53,11 @@ void logLine(std::initializer_list<std::string_view> parts) noexcept try {
 
 }  // namespace
 
-// What stands at a path: the inspection, and the top-level dictionary of a good file.
+// What stands at a path: the inspection, the bytes, and the top-level dictionary of a good file, unless its
+// bytes were known.
 struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
   Value top;
+  std::string bytes;
   /// A damaged file that could not even be read.
   bool unreadable = false;
 
@@ -73,9 +75,7 @@ class FileUserDefaults::StagedFile {
     OpenFile file(store_.calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
     if (!file) FileException::raise("cannot create " + path_, errno);
     try {
-      // A umask may have taken the owner's own rights.
-      if (store_.calls_.fchmod(file.descriptor(), kPrivateFile) != 0)
-        FileException::raise("cannot make " + path_ + " private", errno);
+      if (!file.makePrivate()) FileException::raise("cannot make " + path_ + " private", errno);
       if (!file.write(bytes)) FileException::raise("cannot write " + path_, errno);
       if (!file.sync()) FileException::raise("cannot sync " + path_ + " to the disk", errno);
       if (!file.close()) FileException::raise("cannot close " + path_, errno);
@@ -165,20 +165,34 @@ std::optional<std::string> FileUserDefaults::readFile(const std::string& path) c
   return bytes;
 }
 
-FileUserDefaults::Contents FileUserDefaults::examine(const std::string& path, const Text& key) const {
-  const std::optional<std::string> bytes = readFile(path);
+FileUserDefaults::Contents FileUserDefaults::examine(const std::string& path, const Text& key,
+                                                     const Known* known) const {
+  std::optional<std::string> bytes = readFile(path);
   if (!bytes) return {};
+  Contents contents;
+  // No empty file is good, and none is known.
+  if (known && !bytes->empty() && *bytes == known->bytes) {
+    contents.state = Inspection::State::Good;
+    contents.generation = known->generation;
+  } else {
+    contents = judge(*bytes, key);
+  }
+  contents.bytes = std::move(*bytes);
+  return contents;
+}
+
+FileUserDefaults::Contents FileUserDefaults::judge(std::string_view bytes, const Text& key) {
   const auto damaged = [](const std::string& what) {
     Contents contents;
     contents.state = Inspection::State::Damaged;
     contents.damage = Text(what);
     return contents;
   };
-  const SealCheck seal = checkSeal(*bytes);
+  const SealCheck seal = checkSeal(bytes);
   if (seal.state == SealState::Broken) return damaged("its bytes do not match its checksum");
   try {
     Contents contents;
-    contents.top = readPropertyList(*bytes);
+    contents.top = readPropertyList(bytes);
     const Dictionary* entries = contents.top.asDictionary();
     if (!entries || !entries->find(key.view())) return damaged("it has no entry \"" + key.string() + "\"");
     contents.state = Inspection::State::Good;
@@ -209,6 +223,8 @@ Value FileUserDefaults::objectForKey(const Text& key) try {
   Value object = contents.state == Inspection::State::Damaged ? recover(key, contents.damage.string())
                  : contents.isGood()                          ? contents.object(key)
                                                               : Value();
+  if (contents.isGood() && contents.top.asDictionary()->size() == 1)
+    known_[key.string()] = {std::move(contents.bytes), contents.generation};
   unread_.erase(unread);
   return object;
 } catch (const FileException& error) {
@@ -290,9 +306,10 @@ void FileUserDefaults::noteFailure(const std::string& key, const char* reason, i
 void FileUserDefaults::save(const Text& key, const Value& value) {
   const Lock lock(*this);
   const std::string path = pathForKey(key);
+  Known& known = known_[key.string()];
   Contents old;
   try {
-    old = examine(path, key);
+    old = examine(path, key, &known);
   } catch (const FileException& error) {
     struct stat status;
     if (value.isNil() || !isTroubleOfTheFile(error.systemError()) || calls_.lstat(path.c_str(), &status) != 0)
@@ -302,13 +319,16 @@ void FileUserDefaults::save(const Text& key, const Value& value) {
     old.damage = Text(std::string(error.what()));
   }
   std::string bytes;
+  bool alone = false;
   if (!value.isNil()) {
     Dictionary top;
-    if (old.isGood()) top = *old.top.asDictionary();
+    if (const Dictionary* entries = old.top.asDictionary()) top = *entries;
     top.set(key, value);
+    alone = top.size() == 1;
     bytes = sealedPropertyList(std::move(top), old.generation + 1);
   }
   const std::string aside = replace(path, old, value.isNil() ? nullptr : &bytes);
+  if (alone) known = {std::move(bytes), old.generation + 1};
   if (!aside.empty())
     logLine({path, old.unreadable ? " could not be read (" : " is damaged (", old.damage,
              "); it was kept as ", aside, " before the settings were saved"});
@@ -374,7 +394,9 @@ void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& 
   calls_.unlink(spare.c_str());  // Still there when the copy was another name of the file already.
   if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
   // Another program may have left the file open to others; a failure leaves the copy as open as that was.
-  calls_.chmod(backup.c_str(), kPrivateFile);
+  struct stat status;
+  if (calls_.lstat(backup.c_str(), &status) != 0 || (status.st_mode & kRights) != kPrivateFile)
+    calls_.chmod(backup.c_str(), kPrivateFile);
 }
 
 void FileUserDefaults::putBack(const std::string& backup, const std::string& staging,

@@ -97,12 +97,18 @@ class FileUserDefaults : public UserDefaults {
 
  private:
   struct Contents;
+  /// The bytes of a file that was found good or written here with nothing in it but its key's object.
+  struct Known {
+    std::string bytes;
+    std::uint64_t generation = 0;
+  };
   class StagedFile;
   enum class Use : std::uint8_t { Reading, Saving };
 
   bool checkFolder(Use use) const;
   std::optional<std::string> readFile(const std::string& path) const;
-  Contents examine(const std::string& path, const Text& key) const;
+  Contents examine(const std::string& path, const Text& key, const Known* known = nullptr) const;
+  static Contents judge(std::string_view bytes, const Text& key);
   Value recover(const Text& key, const std::string& damage);
   void save(const Text& key, const Value& value);
   std::string replace(const std::string& path, const Contents& old, const std::string* bytes);
@@ -118,6 +124,8 @@ class FileUserDefaults : public UserDefaults {
   std::string folder_;
   SystemCalls& calls_;
   std::map<std::string, Value, std::less<>> pending_;
+  /// What the files of the keys held: the same bytes need not be judged again before a save replaces them.
+  std::map<std::string, Known, std::less<>> known_;
   /// The keys whose last read failed.
   std::set<std::string, std::less<>> unread_;
   std::optional<StoreFailure> lastFailure_;

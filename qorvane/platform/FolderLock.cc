@@ -141,9 +141,7 @@ FolderLock::FolderLock(SystemCalls& calls, const std::string& folder, int waitMi
       path_(folder + "/.lock"),
       file_(calls, path_, O_RDWR | O_CREAT | O_NOFOLLOW, kPrivateFile) {
   if (!file_) FileException::raise("cannot open " + path_, errno);
-  // A umask may have taken the owner's own rights.
-  if (calls_.fchmod(file_.descriptor(), kPrivateFile) != 0)
-    FileException::raise("cannot make " + path_ + " private", errno);
+  if (!file_.makePrivate()) FileException::raise("cannot make " + path_ + " private", errno);
   for (int waited = 0; !take(); waited += kPollMilliseconds) {
     if (waited >= waitMilliseconds)
       throw FileException("another program is saving settings: " + path_ + " was still locked after " +

@@ -37,6 +37,12 @@ bool OpenFile::write(std::string_view bytes) {
   return true;
 }
 
+bool OpenFile::makePrivate() {
+  struct stat status;
+  if (calls_.fstat(descriptor_, &status) != 0) return false;
+  return (status.st_mode & kRights) == kPrivateFile || calls_.fchmod(descriptor_, kPrivateFile) == 0;
+}
+
 bool OpenFile::sync() {
   int result;
   do result = calls_.fsync(descriptor_);

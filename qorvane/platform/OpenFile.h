@@ -13,6 +13,7 @@
 namespace qorvane {
 
 inline constexpr mode_t kPrivateFile = 0600;
+inline constexpr mode_t kRights = 07777;
 
 class OpenFile {
  public:
@@ -39,6 +40,9 @@ class OpenFile {
   /// Appends up to `count` bytes to `bytes`, fewer only at the file's end.
   bool read(std::string& bytes, std::size_t count);
   bool write(std::string_view bytes);
+  /// Makes the file its owner's alone, whatever a umask took or another program gave. Touches it only where
+  /// it has to: a change of rights that changes nothing is one more write for the file system.
+  bool makePrivate();
   bool sync();
   /// Syncs the names in a folder. A file system that cannot do so for a folder writes them in order by
   /// itself.

@@ -395,6 +395,54 @@ TEST_F(FileUserDefaultsTest, ASealedFileRewrittenByAnotherProgramIsNotDamaged) {
   EXPECT_TRUE(logged.lines().empty());
 }
 
+// A store remembers what the file held when it last read or wrote it; what others did since must not escape
+// it.
+TEST_F(FileUserDefaultsTest, EachSaveOfAStoreSeesWhatTheFileHoldsNow) {
+  CallsWithoutSync calls;
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  const auto saveHere = [&](const Value& value) {
+    store.setObject(value, kKey);
+    ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason;
+  };
+  const auto setAside = [&] {
+    return std::ranges::count_if(names(),
+                                 [](const std::string& name) { return name.find("damaged") != name.npos; });
+  };
+  saveHere(kOld);
+  saveHere(kNew);
+  saveHere(kOld);
+  EXPECT_EQ(store.inspect(kKey).generation, 3u);
+  EXPECT_EQ(store.inspectBackup(kKey).generation, 2u);
+
+  save(kNew);
+  saveHere(kOld);
+  EXPECT_EQ(store.inspect(kKey).generation, 5u) << "another store saved meanwhile";
+
+  const Dictionary top{{"Other settings", Number(1)}, {kKey, kOld}};
+  writeFile(file(), writePropertyList(top, PropertyListFormat::Binary));
+  for (const Value& value : {kNew, kOld, kNew}) {
+    saveHere(value);
+    ASSERT_TRUE(readPropertyList(readFile(file())).asDictionary()->find("Other settings"));
+  }
+
+  saveHere(kOld);
+  EXPECT_EQ(setAside(), 0);
+  std::string bytes = readFile(file());
+  bytes[bytes.size() / 2] ^= 1;
+  writeFile(file(), bytes);
+  saveHere(kNew);
+  EXPECT_EQ(setAside(), 1);
+  for (int known = 0; known < 2; ++known) {
+    writeFile(file(), "");
+    if (known == 0)
+      saveHere(kOld);
+    else
+      save(kOld);
+    EXPECT_EQ(setAside(), 2 + known) << "an empty file is no good one, for a new store neither";
+  }
+  EXPECT_TRUE(isIdentical(load(), kOld));
+}
+
 // ---- damage -----------------------------------------------------------------------------------------
 
 class DamageTest : public FileUserDefaultsTest {
