@@ -81,9 +81,12 @@ Argument argumentOf(void (Options::*setter)(Argument));
 
 #define FORWARD(getter, setter, storeGetter, storeSetter)                                          \
   decltype(answerOf(&Options::storeGetter)) OptionsMgr::getter() { return store().storeGetter(); } \
-  void OptionsMgr::setter(decltype(argumentOf(&Options::storeSetter)) value) { store().storeSetter(value); }
+  void OptionsMgr::setter(decltype(argumentOf(&Options::storeSetter)) value) {                     \
+    store().storeSetter(std::move(value));                                                         \
+  }
 #define READ_ONLY(getter, storeGetter) \
   decltype(answerOf(&Options::storeGetter)) OptionsMgr::getter() { return store().storeGetter(); }
+#define FORMATTER(...)  // Formatters.cc
 #include "qorvane/manager/forwarders.def"
 
 // The store keeps this one as a text.
