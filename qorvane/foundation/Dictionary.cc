@@ -49,8 +49,8 @@ void Dictionary::set(const Text& key, std::uint64_t hash, Value&& value) {
     remove(key);
     return;
   }
-  if (const std::size_t at = slotOf(key, hash); at != kNone) {
-    entries_[slots_[at].position - 1].value = std::move(value);
+  if (const Slot* slot = slotOf(key, hash)) {
+    entries_[slot->position - 1].value = std::move(value);
     return;
   }
   if (entries_.size() == std::numeric_limits<std::uint32_t>::max() - 1)
@@ -62,9 +62,9 @@ void Dictionary::set(const Text& key, std::uint64_t hash, Value&& value) {
 }
 
 bool Dictionary::remove(std::string_view key) {
-  const std::size_t at = slotOf(key, Key::hashOf(key));
-  if (at == kNone) return false;
-  entries_.erase(entries_.begin() + (slots_[at].position - 1));
+  const Slot* slot = slotOf(key, Key::hashOf(key));
+  if (!slot) return false;
+  entries_.erase(entries_.begin() + (slot->position - 1));
   // In place: removing needs no memory, so it cannot fail half-way.
   std::ranges::fill(slots_, Slot{});
   placeAll();

@@ -60,7 +60,7 @@ class Dictionary {
 
   /// Puts the text, which may not be nil, in the place of a value that `find` answered and that is still
   /// valid.
-  void replace(const Value& found, const Text& text) { const_cast<Value&>(found) = text; }
+  void replace(const Value& found, Text text) { const_cast<Value&>(found) = std::move(text); }
 
   /// Removes the entry; the order of the others stays. Returns whether there was one.
   bool remove(std::string_view key);
@@ -83,25 +83,24 @@ class Dictionary {
   std::size_t homeOf(std::uint64_t hash) const noexcept { return (hash * multiplier_) >> shift_; }
 
   const Value* find(std::string_view key, std::uint64_t hash) const noexcept {
-    const std::size_t at = slotOf(key, hash);
-    return at == kNone ? nullptr : &entries_[slots_[at].position - 1].value;
+    const Slot* slot = slotOf(key, hash);
+    return slot ? &entries_[slot->position - 1].value : nullptr;
   }
-  /// Where the key's slot is, or kNone.
-  std::size_t slotOf(std::string_view key, std::uint64_t hash) const noexcept {
-    if (slots_.empty()) return kNone;
+  /// The key's slot, or null.
+  const Slot* slotOf(std::string_view key, std::uint64_t hash) const noexcept {
+    if (slots_.empty()) return nullptr;
+    const Slot* const first = slots_.data();
     const std::size_t mask = slots_.size() - 1;
     for (std::size_t at = homeOf(hash);; at = (at + 1) & mask) {
-      const Slot slot = slots_[at];
-      if (slot.position == 0) return kNone;
-      if (slot.tag == tagOf(hash) && entries_[slot.position - 1].key.view() == key) return at;
+      const Slot& slot = first[at];
+      if (slot.position == 0) return nullptr;
+      if (slot.tag == tagOf(hash) && entries_[slot.position - 1].key.view() == key) return &slot;
     }
   }
   void set(const Text& key, std::uint64_t hash, Value&& value);
   void rebuild(std::size_t slotCount);
   void placeAll() noexcept;
   void place(std::uint64_t hash, std::size_t position) noexcept;
-
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
   std::vector<Entry> entries_;
   std::vector<Slot> slots_;

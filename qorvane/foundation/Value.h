@@ -55,11 +55,11 @@ class Value {
   Value& operator=(const Value&) = default;
   Value& operator=(Value&&) noexcept = default;
   /// As from Value(text), but in the place of a text, which is what nearly every entry is, without a detour.
-  Value& operator=(const Text& text) {
+  Value& operator=(Text text) {
     if (Text* const mine = std::get_if<Text>(&held_); mine && !text.isNil())
-      *mine = text;
+      *mine = std::move(text);
     else
-      *this = Value(text);
+      *this = Value(std::move(text));
     return *this;
   }
   ~Value() = default;

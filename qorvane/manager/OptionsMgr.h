@@ -39,7 +39,7 @@ class OptionsMgr {
 
   /// The display language; see Options::language.
   static Text language();
-  static void setLanguage(const Text& language);
+  static void setLanguage(Text language);
   /// True when the language is exactly "English".
   static bool isEnglish();
 
@@ -121,7 +121,7 @@ class OptionsMgr {
 
   /// The language for letters to the client.
   static Text languageOfCorrespondance();
-  static void setLanguageOfCorrespondance(const Text& language);
+  static void setLanguageOfCorrespondance(Text language);
 
   /// New clients get the preparer's province.
   static bool preparerProvinceAsDefault();
@@ -153,7 +153,7 @@ class OptionsMgr {
 
   /// The disclaimer; Options::disclaimerTxt.
   static Text disclaimerText();
-  static void setDisclaimerText(const Text& text);
+  static void setDisclaimerText(Text text);
 
   /// The application asks for a password.
   static bool pwdProtectionEnabled();
@@ -202,30 +202,30 @@ class OptionsMgr {
 
   /// Last year's returns.
   static Text lastYrFileFolder();
-  static void setLastYrFileFolder(const Text& path);
+  static void setLastYrFileFolder(Text path);
 
   /// Clients' returns.
   static Text clientFileFolder();
-  static void setClientFileFolder(const Text& path);
+  static void setClientFileFolder(Text path);
 
   /// Tax-data exchange files.
   static Text dotTaxFilesFolder();
-  static void setDotTaxFilesFolder(const Text& path);
+  static void setDotTaxFilesFolder(Text path);
 
   /// PDF files.
   static Text pdfFileFolder();
-  static void setPdfFileFolder(const Text& path);
+  static void setPdfFileFolder(Text path);
 
   /// The database of filing with the Quebec agency; Options::mrqDataBaseFolder.
   static Text mrqDatabaseFolder();
 
   /// Corporate clients' returns.
   static Text t2ClientFileFolder();
-  static void setT2ClientFileFolder(const Text& path);
+  static void setT2ClientFileFolder(Text path);
 
   /// Corporate information files.
   static Text cifFileFolder();
-  static void setCifFileFolder(const Text& path);
+  static void setCifFileFolder(Text path);
 
   // ---- Preparer and firm -----------------------------------------------------------------------------
 
@@ -234,90 +234,90 @@ class OptionsMgr {
 
   /// The same; Options::preparerEfileNumber.
   static Text efileNumber();
-  static void setEfileNumber(const Text& number);
+  static void setEfileNumber(Text number);
 
   /// The same; Options::preparerEfileNumber.
   static Text transmitterEFileNumber();
 
   /// The preparer's password, in clear.
   static Text preparerPassword();
-  static void setPreparerPassword(const Text& password);
+  static void setPreparerPassword(Text password);
 
   /// The name of the representative; Options::preparerNameOfRepresentative.
   static Text nameOfRepresentative();
-  static void setNameOfRepresentative(const Text& name);
+  static void setNameOfRepresentative(Text name);
 
   /// The first name of the representative.
   static Text repFirstName();
-  static void setRepFirstName(const Text& name);
+  static void setRepFirstName(Text name);
 
   /// The last name of the representative.
   static Text repLastName();
-  static void setRepLastName(const Text& name);
+  static void setRepLastName(Text name);
 
   /// The firm's name; Options::preparerFirmName.
   static Text firmName();
-  static void setFirmName(const Text& name);
+  static void setFirmName(Text name);
 
   /// The first line of the address; Options::preparerAddressLine1.
   static Text addressLine1();
-  static void setAddressLine1(const Text& line);
+  static void setAddressLine1(Text line);
 
   /// The second line of the address; Options::preparerAddressLine2.
   static Text addressLine2();
-  static void setAddressLine2(const Text& line);
+  static void setAddressLine2(Text line);
 
   /// The third line of the address; Options::preparerAddressLine3.
   static Text addressLine3();
-  static void setAddressLine3(const Text& line);
+  static void setAddressLine3(Text line);
 
   /// The number of the suite.
   static Text preparerSuitNo();
-  static void setPreparerSuitNo(const Text& number);
+  static void setPreparerSuitNo(Text number);
 
   /// The number in the street.
   static Text preparerStreetNo();
-  static void setPreparerStreetNo(const Text& number);
+  static void setPreparerStreetNo(Text number);
 
   /// The street.
   static Text preparerStreetName();
-  static void setPreparerStreetName(const Text& name);
+  static void setPreparerStreetName(Text name);
 
   /// The number of the post office box.
   static Text preparerPostBoxNo();
-  static void setPreparerPostBoxNo(const Text& number);
+  static void setPreparerPostBoxNo(Text number);
 
   /// The city.
   static Text preparerCity();
-  static void setPreparerCity(const Text& city);
+  static void setPreparerCity(Text city);
 
   /// The province, nil at first.
   static Text preparerProvince();
-  static void setPreparerProvince(const Text& province);
+  static void setPreparerProvince(Text province);
 
   /// The postal code; Options::preparerPostalCode.
   static Text postalCode();
-  static void setPostalCode(const Text& postalCode);
+  static void setPostalCode(Text postalCode);
 
   /// The country, nil at first.
   static Text preparerCountry();
-  static void setPreparerCountry(const Text& country);
+  static void setPreparerCountry(Text country);
 
   /// The country's code, nil at first.
   static Text preparerCountryCode();
-  static void setPreparerCountryCode(const Text& code);
+  static void setPreparerCountryCode(Text code);
 
   /// The telephone number.
   static Text preparerPhone();
-  static void setPreparerPhone(const Text& number);
+  static void setPreparerPhone(Text number);
 
   /// The fax number.
   static Text preparerFax();
-  static void setPreparerFax(const Text& number);
+  static void setPreparerFax(Text number);
 
   /// The e-mail address.
   static Text preparerEmail();
-  static void setPreparerEmail(const Text& address);
+  static void setPreparerEmail(Text address);
 
   /// The firm is registered for the harmonized sales tax.
   static bool preparerHSTRegistrant();
@@ -325,28 +325,28 @@ class OptionsMgr {
 
   /// The firm's registration number for that tax.
   static Text preparerHSTRegistrationNumber();
-  static void setPreparerHSTRegistrationNumber(const Text& number);
+  static void setPreparerHSTRegistrationNumber(Text number);
 
   /// The rate of that tax, a text.
   static Text preparerHSTRate();
-  static void setPreparerHSTRate(const Text& rate);
+  static void setPreparerHSTRate(Text rate);
 
   /// How returns are delivered, a label of ModeOfDelivery; Options::preparerModeOfDelivery.
   static Text modeOfDelivery();
-  static void setModeOfDelivery(const Text& label);
+  static void setModeOfDelivery(Text label);
 
   /// Where the notice of assessment and the refund go, a neutral value of NoticeOfAssAndRefundMapping;
   /// Options::preparerNoticeOfAssAndTaxRefundOption.
   static Text noticeOfAssAndTaxRefundOption();
-  static void setNoticeOfAssAndTaxRefundOption(const Text& neutralValue);
+  static void setNoticeOfAssAndTaxRefundOption(Text neutralValue);
 
   /// The code of the review before the assessment; Options::preparerPreAssessmentReview.
   static Text prepPreAssessmentReview();
-  static void setPreparerPreAssessmentReview(const Text& code);
+  static void setPreparerPreAssessmentReview(Text code);
 
   /// The code of the review after the assessment; Options::preparerPostAssessmentReview.
   static Text prepPostAssessmentReview();
-  static void setPreparerPostAssessmentReview(const Text& code);
+  static void setPreparerPostAssessmentReview(Text code);
 
   /// The taxpayers' names are those of last year: the text of Options::preparerTaxpyersNameAsLastYr is
   /// exactly "YES". Setting stores "YES" or "NO".
@@ -357,69 +357,69 @@ class OptionsMgr {
 
   /// The first name of the Alberta preparer.
   static Text alberta_FirstName();
-  static void setAlberta_FirstName(const Text& name);
+  static void setAlberta_FirstName(Text name);
 
   /// The last name of the Alberta preparer.
   static Text alberta_LastName();
-  static void setAlberta_LastName(const Text& name);
+  static void setAlberta_LastName(Text name);
 
   /// The position of the Alberta preparer in the firm.
   static Text alberta_Position();
-  static void setAlberta_Position(const Text& position);
+  static void setAlberta_Position(Text position);
 
   /// The kind of firm, a value of TypeOfOrganizationMapping.
   static Text alberta_OrganizationType();
-  static void setAlberta_OrganizationType(const Text& type);
+  static void setAlberta_OrganizationType(Text type);
 
   // ---- Discounter ------------------------------------------------------------------------------------
 
   /// The firm's name.
   static Text disc_FirmName();
-  static void setDisc_FirmName(const Text& name);
+  static void setDisc_FirmName(Text name);
 
   /// The name of the discounter's representative.
   static Text disc_NameOfRep();
-  static void setDisc_NameOfRep(const Text& name);
+  static void setDisc_NameOfRep(Text name);
 
   /// The number of the suite.
   static Text disc_SuiteNumber();
-  static void setDisc_SuiteNumber(const Text& number);
+  static void setDisc_SuiteNumber(Text number);
 
   /// The street.
   static Text disc_Street();
-  static void setDisc_Street(const Text& street);
+  static void setDisc_Street(Text street);
 
   /// The number of the post office box.
   static Text disc_PostBoxNo();
-  static void setDisc_PostBoxNo(const Text& number);
+  static void setDisc_PostBoxNo(Text number);
 
   /// The city.
   static Text disc_City();
-  static void setDisc_City(const Text& city);
+  static void setDisc_City(Text city);
 
   /// The province.
   static Text disc_Province();
-  static void setDisc_Province(const Text& province);
+  static void setDisc_Province(Text province);
 
   /// The postal code.
   static Text disc_PostalCode();
-  static void setDisc_PostalCode(const Text& postalCode);
+  static void setDisc_PostalCode(Text postalCode);
 
   /// The telephone number.
   static Text disc_Telephone();
-  static void setDisc_Telephone(const Text& number);
+  static void setDisc_Telephone(Text number);
 
   /// The fax number.
   static Text disc_FaxNumber();
-  static void setDisc_FaxNumber(const Text& number);
+  static void setDisc_FaxNumber(Text number);
 
   /// The e-mail address.
   static Text disc_Email();
-  static void setDisc_Email(const Text& address);
+  static void setDisc_Email(Text address);
 
   /// The discounter's registration number.
   static Text disc_DiscounterNumber();
-  static void setDisc_DiscounterNumber(const Text& number);
+  static void setDisc_DiscounterNumber(Text number);
 
   /// All returns are selected for discounting.
   static bool disc_SelAllForDisc();
@@ -429,57 +429,57 @@ class OptionsMgr {
 
   /// The preparer's Quebec enterprise number.
   static Text que_EntpNumber();
-  static void setQue_EntpNumber(const Text& number);
+  static void setQue_EntpNumber(Text number);
 
   /// The preparer's number with the Quebec agency.
   static Text que_PreparerNumber();
-  static void setQue_PreparerNumber(const Text& number);
+  static void setQue_PreparerNumber(Text number);
 
   /// The Quebec code of the review before the assessment.
   static Text que_PreAssessmentCode();
-  static void setQue_PreAssessmentCode(const Text& code);
+  static void setQue_PreAssessmentCode(Text code);
 
   /// The access code to the Quebec agency's services.
   static Text que_AccessNumber();
-  static void setQue_AccessNumber(const Text& number);
+  static void setQue_AccessNumber(Text number);
 
   // ---- Contact ---------------------------------------------------------------------------------------
   // The person to ask.
 
   /// The first name.
   static Text act_FirstName();
-  static void setAct_FirstName(const Text& name);
+  static void setAct_FirstName(Text name);
 
   /// The last name.
   static Text act_LastName();
-  static void setAct_LastName(const Text& name);
+  static void setAct_LastName(Text name);
 
   /// The telephone number.
   static Text act_Phone();
-  static void setAct_Phone(const Text& number);
+  static void setAct_Phone(Text number);
 
   /// The e-mail address.
   static Text act_Email();
-  static void setAct_Email(const Text& address);
+  static void setAct_Email(Text address);
 
   // ---- T1013 and T183 --------------------------------------------------------------------------------
   // Expiry dates, here and below, are numbers, or the empty text once they were cleared.
 
   /// The representative's identifier.
   static Text t1013RepID();
-  static void setT1013RepID(const Text& id);
+  static void setT1013RepID(Text id);
 
   /// The representative's business number.
   static Text t1013BussinessNo();
-  static void setT1013BussinessNo(const Text& number);
+  static void setT1013BussinessNo(Text number);
 
   /// The identifier of the representative's group.
   static Text t1013GroupID();
-  static void setT1013GroupID(const Text& id);
+  static void setT1013GroupID(Text id);
 
   /// The level, a neutral value of LevelOfAuthorizationMapping.
   static Text t1013LevelOfAuth();
-  static void setT1013LevelOfAuth(const Text& neutralValue);
+  static void setT1013LevelOfAuth(Text neutralValue);
 
   /// The expiry date. Nil does not clear it: see Options.
   static Value t1013ExpiryDate();
@@ -518,19 +518,19 @@ class OptionsMgr {
   /// The representative's identifier, in the personal product that of T1013, which cannot be set here;
   /// Options::rc59_RepID.
   static Text rc59RepID();
-  static void setRc59RepID(const Text& id);
+  static void setRc59RepID(Text id);
 
   /// The business number; Options::rc59_BusinessNo.
   static Text rc59BusNo();
-  static void setRc59BusNo(const Text& number);
+  static void setRc59BusNo(Text number);
 
   /// The identifier of the representative's group; Options::rc59_GroupID.
   static Text rc59GroupID();
-  static void setRc59GroupID(const Text& id);
+  static void setRc59GroupID(Text id);
 
   /// The level, a neutral value of LevelOfAuthorizationMapping; Options::rc59_LevelOfAuth.
   static Text rc59LevelOfAuth();
-  static void setRc59LevelOfAuth(const Text& neutralValue);
+  static void setRc59LevelOfAuth(Text neutralValue);
 
   /// The expiry date; Options::rc59_AuthExpiryDate.
   static Value rc59ExpiryDate();
@@ -546,7 +546,7 @@ class OptionsMgr {
 
   /// How far the representative may go, a neutral value of RC59OptionsMapping.
   static Text rc59AllowUpdateAccess();
-  static void setRc59AllowUpdateAccess(const Text& answer);
+  static void setRc59AllowUpdateAccess(Text answer);
 
   /// The representative may reach all program accounts.
   static bool rc59AllowAccessToAllProgAccount();
@@ -556,7 +556,7 @@ class OptionsMgr {
 
   /// The tax years, a label of MR69OptionsMapping in the display language.
   static Text mr69_Authorization();
-  static void setMr69_Authorization(const Text& label);
+  static void setMr69_Authorization(Text label);
 
   /// For all files at the agency.
   static bool mr69_AuthForAllFiles();
@@ -565,7 +565,7 @@ class OptionsMgr {
   /// Authorization or power of attorney, a label of MR69AuthoriztionOrPowerOfAttorneyMapping in the display
   /// language.
   static Text mr69_AuthType();
-  static void setMr69_AuthType(const Text& label);
+  static void setMr69_AuthType(Text label);
 
   /// The expiry date.
   static Value mr69_AuthExpiryDate();
@@ -658,11 +658,11 @@ class OptionsMgr {
 
   /// The printer that was last chosen.
   static Text printerNameChosen();
-  static void setPrinterNameChosen(const Text& name);
+  static void setPrinterNameChosen(Text name);
 
   /// The print formats that are selected.
   static Text printFormatsSelected();
-  static void setPrintFormatsSelected(const Text& formats);
+  static void setPrintFormatsSelected(Text formats);
 
   /// A header is printed.
   static bool printHeaderOption();
@@ -670,7 +670,7 @@ class OptionsMgr {
 
   /// The text of the header, nil at first.
   static Text printHeaderUserHeader();
-  static void setPrintHeaderUserHeader(const Text& text);
+  static void setPrintHeaderUserHeader(Text text);
 
   /// The font of the header, nil at first. The header and the footer have one size.
   static std::optional<FontDescriptor> printFontForHeader();

@@ -141,11 +141,11 @@ struct Comparing {
 template <NilAs Nil>
 struct ComparingText {
   template <class A>
-  static void write(const A& option, const Text& value) {
+  static void write(const A& option, Text value) {
     // What nearly every call is: one text in the place of another, found once and compared there.
     if (const Value* entry = value.isNil() ? nullptr : option.textEntry())
       storeIfChanged([&] { return !entry->asText()->isEqualTo(value); },
-                     [&] { option.options->replace(*entry, value); });
+                     [&] { option.options->replace(*entry, std::move(value)); });
     else
       storeIfChanged([&] { return !option.current().isEqualTo(value); },
                      [&] { storeUnlessNil<Nil>(option, value); });
@@ -248,7 +248,7 @@ typename Form::Type readOption(Dictionary* options, const EntryKey& key, Fallbac
 
 template <class Form, class Read, class Write, class EntryKey, class Fallback>
 void writeOption(Dictionary* options, const EntryKey& key, Fallback fallback, typename Form::Argument value) {
-  if (options) Write::write(Accessor<Form, Read, Fallback>{options, keyNow(key), fallback}, value);
+  if (options) Write::write(Accessor<Form, Read, Fallback>{options, keyNow(key), fallback}, std::move(value));
 }
 
 }  // namespace qorvane

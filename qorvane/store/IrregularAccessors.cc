@@ -31,7 +31,7 @@ Text provinceAndPostalCode(const Text& province, const Text& postalCode) {
 }  // namespace
 
 // A province brings its code and the line of both with it; clearing it leaves those two as they were.
-void Options::setPreparerProvince(const Text& province) {
+void Options::setPreparerProvince(Text province) {
   if (!opts_) return;
   storeIfChanged([&] { return !preparerProvince().isEqualTo(province); },
                  [&] {
@@ -43,7 +43,7 @@ void Options::setPreparerProvince(const Text& province) {
 }
 
 // The other way round: a postal code leaves the line of both as it was; clearing it writes the line anew.
-void Options::setPreparerPostalCode(const Text& postalCode) {
+void Options::setPreparerPostalCode(Text postalCode) {
   if (!opts_) return;
   storeIfChanged([&] { return !preparerPostalCode().isEqualTo(postalCode); },
                  [&] {
@@ -54,13 +54,13 @@ void Options::setPreparerPostalCode(const Text& postalCode) {
 }
 
 // Not compared: setting what is there already is announced, too.
-void Options::setPreparerPhoneExt(const Text& extension) {
+void Options::setPreparerPhoneExt(Text extension) {
   if (!opts_) return;
   storeIfChanged([] { return true; }, [&] { opts_->set(kPhoneExt, emptyIfNil(extension)); });
 }
 
 // Nil is announced as the change that it is not: the entry stays.
-void Options::setPreparerTaxpyersNameAsLastYr(const Text& answer) {
+void Options::setPreparerTaxpyersNameAsLastYr(Text answer) {
   if (!opts_) return;
   storeIfChanged([&] { return !preparerTaxpyersNameAsLastYr().isEqualTo(answer); },
                  [&] {
@@ -81,7 +81,7 @@ void Options::setT1013ExpiryDate(const Value& date) {
 }
 
 // The personal product reads the T1013 identifier here and never writes it this way.
-void Options::setRc59_RepID(const Text& id) {
+void Options::setRc59_RepID(Text id) {
   if (opts_ && QVSettings::isT2()) opts_->set(kRC59RepID, emptyIfNil(id));
 }
 

@@ -88,12 +88,12 @@ Value Options::valueForKey(std::string_view propertyName) {
     static constexpr auto key = entryKey entry;                               \
     return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
   }
-#define OPTION(getter, setter, entry, Form, fallback, Read, Write) \
-  GETTER(getter, setter, entry, Form, fallback, Read)              \
-  void Options::setter(Form::Argument value) {                     \
-    static constexpr auto key = entryKey entry;                    \
-    writeOption<Form, Read, Write>(                                \
-        opts_.get(), key, [] { return fallback; }, value);         \
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write)    \
+  GETTER(getter, setter, entry, Form, fallback, Read)                 \
+  void Options::setter(Form::Argument value) {                        \
+    static constexpr auto key = entryKey entry;                       \
+    writeOption<Form, Read, Write>(                                   \
+        opts_.get(), key, [] { return fallback; }, std::move(value)); \
   }
 #define SPECIAL(...)
 #define READ_ONLY(getter, entry, Form, fallback, Read) GETTER(getter, , entry, Form, fallback, Read)

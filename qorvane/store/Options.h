@@ -115,11 +115,11 @@ class Options {
   /// The display language: "English", at first, or any other text for French. Another text object counts as a
   /// change even when it holds the same text; nil is ignored. Comparing.
   Text language();
-  void setLanguage(const Text& language);
+  void setLanguage(Text language);
 
   /// The language for letters to the client; "English" at first. Nil is ignored. Direct.
   Text languageOfCorrespondance();
-  void setLanguageOfCorrespondance(const Text& language);
+  void setLanguageOfCorrespondance(Text language);
 
   /// New clients get the preparer's province; false at first. Comparing.
   bool preparerProvinceAsDefault();
@@ -153,7 +153,7 @@ class Options {
   /// The disclaimer; optsStr_DefaultDisclaimerTxt at first and whenever it is empty. Nil is stored as "",
   /// which the next read replaces. Direct.
   Text disclaimerTxt();
-  void setDisclaimerTxt(const Text& text);
+  void setDisclaimerTxt(Text text);
 
   /// The application asks for a password; false at first, not stored. Direct.
   bool pwdProtectionEnabled();
@@ -175,43 +175,43 @@ class Options {
 
   /// The number under which the preparer files electronically.
   Text preparerEfileNumber();
-  void setPreparerEfileNumber(const Text& number);
+  void setPreparerEfileNumber(Text number);
 
   /// The preparer's password, kept in clear: what it guards is the application's affair. Tools mask it.
   Text preparerPassword();
-  void setPreparerPassword(const Text& password);
+  void setPreparerPassword(Text password);
 
   /// The name of the representative; one entry with pName and, in the corporate product, with repFirstName.
   Text preparerNameOfRepresentative();
-  void setPreparerNameOfRepresentative(const Text& name);
+  void setPreparerNameOfRepresentative(Text name);
 
   /// The firm's name.
   Text preparerFirmName();
-  void setPreparerFirmName(const Text& name);
+  void setPreparerFirmName(Text name);
 
   /// The first line of the address; one entry with paddr1.
   Text preparerAddressLine1();
-  void setPreparerAddressLine1(const Text& line);
+  void setPreparerAddressLine1(Text line);
 
   /// The second line of the address.
   Text preparerAddressLine2();
-  void setPreparerAddressLine2(const Text& line);
+  void setPreparerAddressLine2(Text line);
 
   /// The third line of the address.
   Text preparerAddressLine3();
-  void setPreparerAddressLine3(const Text& line);
+  void setPreparerAddressLine3(Text line);
 
   /// The number of the suite.
   Text preparerSuitNo();
-  void setPreparerSuitNo(const Text& number);
+  void setPreparerSuitNo(Text number);
 
   /// The number in the street.
   Text preparerStreetNo();
-  void setPreparerStreetNo(const Text& number);
+  void setPreparerStreetNo(Text number);
 
   /// The street.
   Text preparerStreetName();
-  void setPreparerStreetName(const Text& name);
+  void setPreparerStreetName(Text name);
 
   /// The firm is registered for the harmonized sales tax; false at first. Comparing.
   bool preparerHSTRegistrant();
@@ -219,114 +219,114 @@ class Options {
 
   /// The firm's registration number for that tax. Nil is "", and no change where that is there already.
   Text preparerHSTRegistrationNumber();
-  void setPreparerHSTRegistrationNumber(const Text& number);
+  void setPreparerHSTRegistrationNumber(Text number);
 
   /// The rate of that tax, a text. Nil is "", and no change where that is there already.
   Text preparerHSTRate();
-  void setPreparerHSTRate(const Text& rate);
+  void setPreparerHSTRate(Text rate);
 
   /// The postal code. Nil is stored as "" and writes "PProvandPCode" anew as the province, a blank and
   /// "(null)"; any other value leaves that entry as it was. Comparing.
   Text preparerPostalCode();
-  void setPreparerPostalCode(const Text& postalCode);
+  void setPreparerPostalCode(Text postalCode);
 
   /// The city.
   Text preparerCity();
-  void setPreparerCity(const Text& city);
+  void setPreparerCity(Text city);
 
   /// The province, a name or a code; nil at first. A value also stores its code under "PProvCode", and under
   /// "PProvandPCode" itself, a blank and the postal code. Nil is stored as "" and leaves those two entries as
   /// they were. Comparing.
   Text preparerProvince();
-  void setPreparerProvince(const Text& province);
+  void setPreparerProvince(Text province);
 
   /// The country; nil at first.
   Text preparerCountry();
-  void setPreparerCountry(const Text& country);
+  void setPreparerCountry(Text country);
 
   /// The country's code; nil at first.
   Text preparerCountryCode();
-  void setPreparerCountryCode(const Text& code);
+  void setPreparerCountryCode(Text code);
 
   /// The telephone number.
   Text preparerPhone();
-  void setPreparerPhone(const Text& number);
+  void setPreparerPhone(Text number);
 
   /// The extension behind the telephone number. Outside bulk mode setting it is always announced, even when
   /// it is the same.
   Text preparerPhoneExt();
-  void setPreparerPhoneExt(const Text& extension);
+  void setPreparerPhoneExt(Text extension);
 
   /// The number of the post office box.
   Text preparerPostBoxNo();
-  void setPreparerPostBoxNo(const Text& number);
+  void setPreparerPostBoxNo(Text number);
 
   /// The fax number.
   Text preparerFax();
-  void setPreparerFax(const Text& number);
+  void setPreparerFax(Text number);
 
   /// The e-mail address.
   Text preparerEmail();
-  void setPreparerEmail(const Text& address);
+  void setPreparerEmail(Text address);
 
   /// How returns are delivered, a label of ModeOfDelivery in the language in which it was set; the default
   /// one in the display language at first, not stored.
   Text preparerModeOfDelivery();
-  void setPreparerModeOfDelivery(const Text& label);
+  void setPreparerModeOfDelivery(Text label);
 
   /// Where the notice of assessment and the refund go, a neutral value of NoticeOfAssAndRefundMapping; "0" at
   /// first, and what nil is stored as.
   Text preparerNoticeOfAssAndTaxRefundOption();
-  void setPreparerNoticeOfAssAndTaxRefundOption(const Text& neutralValue);
+  void setPreparerNoticeOfAssAndTaxRefundOption(Text neutralValue);
 
   /// The code of the review before the assessment; "2" at first, and what nil is stored as.
   Text preparerPreAssessmentReview();
-  void setPreparerPreAssessmentReview(const Text& code);
+  void setPreparerPreAssessmentReview(Text code);
 
   /// The code of the review after the assessment; "2" at first, and what nil is stored as.
   Text preparerPostAssessmentReview();
-  void setPreparerPostAssessmentReview(const Text& code);
+  void setPreparerPostAssessmentReview(Text code);
 
   /// The taxpayers' names are those of last year, "YES" or "NO"; "NO" at first. Nil is never stored, but
   /// outside bulk mode it is announced. Comparing.
   Text preparerTaxpyersNameAsLastYr();
-  void setPreparerTaxpyersNameAsLastYr(const Text& answer);
+  void setPreparerTaxpyersNameAsLastYr(Text answer);
 
   /// The entry of preparerNameOfRepresentative.
   Text pName();
-  void setPName(const Text& name);
+  void setPName(Text name);
 
   /// The entry of preparerAddressLine1.
   Text paddr1();
-  void setPaddr1(const Text& line);
+  void setPaddr1(Text line);
 
   /// The first name of the representative; in the corporate product the entry of
   /// preparerNameOfRepresentative.
   Text repFirstName();
-  void setRepFirstName(const Text& name);
+  void setRepFirstName(Text name);
 
   /// The last name of the representative.
   Text repLastName();
-  void setRepLastName(const Text& name);
+  void setRepLastName(Text name);
 
   // ---- Alberta -----------------------------------------------------------------------------------
   // "" at first; nil is stored as "". Direct.
 
   /// The first name of the Alberta preparer.
   Text alberta_FirstName();
-  void setAlberta_FirstName(const Text& name);
+  void setAlberta_FirstName(Text name);
 
   /// The last name of the Alberta preparer.
   Text alberta_LastName();
-  void setAlberta_LastName(const Text& name);
+  void setAlberta_LastName(Text name);
 
   /// The position of the Alberta preparer in the firm.
   Text alberta_Position();
-  void setAlberta_Position(const Text& position);
+  void setAlberta_Position(Text position);
 
   /// The kind of firm, a value of TypeOfOrganizationMapping.
   Text alberta_OrganizationType();
-  void setAlberta_OrganizationType(const Text& type);
+  void setAlberta_OrganizationType(Text type);
 
   // ---- Discounter --------------------------------------------------------------------------------
   // Whoever buys a refund before it is paid out. Texts are "" at first, not stored; nil is stored as "".
@@ -334,51 +334,51 @@ class Options {
 
   /// The firm's name.
   Text disc_FirmName();
-  void setDisc_FirmName(const Text& name);
+  void setDisc_FirmName(Text name);
 
   /// The number of the suite.
   Text disc_SuiteNumber();
-  void setDisc_SuiteNumber(const Text& number);
+  void setDisc_SuiteNumber(Text number);
 
   /// The street.
   Text disc_Street();
-  void setDisc_Street(const Text& street);
+  void setDisc_Street(Text street);
 
   /// The number of the post office box.
   Text disc_PostBoxNo();
-  void setDisc_PostBoxNo(const Text& number);
+  void setDisc_PostBoxNo(Text number);
 
   /// The city.
   Text disc_City();
-  void setDisc_City(const Text& city);
+  void setDisc_City(Text city);
 
   /// The province.
   Text disc_Province();
-  void setDisc_Province(const Text& province);
+  void setDisc_Province(Text province);
 
   /// The postal code.
   Text disc_PostalCode();
-  void setDisc_PostalCode(const Text& postalCode);
+  void setDisc_PostalCode(Text postalCode);
 
   /// The telephone number.
   Text disc_Telephone();
-  void setDisc_Telephone(const Text& number);
+  void setDisc_Telephone(Text number);
 
   /// The fax number.
   Text disc_FaxNumber();
-  void setDisc_FaxNumber(const Text& number);
+  void setDisc_FaxNumber(Text number);
 
   /// The e-mail address.
   Text disc_Email();
-  void setDisc_Email(const Text& address);
+  void setDisc_Email(Text address);
 
   /// The discounter's registration number.
   Text disc_DiscounterNumber();
-  void setDisc_DiscounterNumber(const Text& number);
+  void setDisc_DiscounterNumber(Text number);
 
   /// The name of the discounter's representative.
   Text disc_NameOfRep();
-  void setDisc_NameOfRep(const Text& name);
+  void setDisc_NameOfRep(Text name);
 
   /// All returns are selected for discounting; an integer flag, false at first, not stored. Direct.
   bool disc_SelAllForDisc();
@@ -389,39 +389,39 @@ class Options {
 
   /// The preparer's Quebec enterprise number.
   Text que_EntpNumber();
-  void setQue_EntpNumber(const Text& number);
+  void setQue_EntpNumber(Text number);
 
   /// The preparer's number with the Quebec agency.
   Text que_PreparerNumber();
-  void setQue_PreparerNumber(const Text& number);
+  void setQue_PreparerNumber(Text number);
 
   /// The Quebec code of the review before the assessment; "3" at first, stored, and what nil and "" are
   /// stored as.
   Text que_PreAssessmentCode();
-  void setQue_PreAssessmentCode(const Text& code);
+  void setQue_PreAssessmentCode(Text code);
 
   /// The access code to the Quebec agency's services.
   Text que_AccessNumber();
-  void setQue_AccessNumber(const Text& number);
+  void setQue_AccessNumber(Text number);
 
   // ---- Contact -----------------------------------------------------------------------------------
   // The person to ask. "" at first, not stored; nil is stored as "". Direct.
 
   /// The first name.
   Text act_FirstName();
-  void setAct_FirstName(const Text& name);
+  void setAct_FirstName(Text name);
 
   /// The last name.
   Text act_LastName();
-  void setAct_LastName(const Text& name);
+  void setAct_LastName(Text name);
 
   /// The telephone number.
   Text act_Phone();
-  void setAct_Phone(const Text& number);
+  void setAct_Phone(Text number);
 
   /// The e-mail address.
   Text act_Email();
-  void setAct_Email(const Text& address);
+  void setAct_Email(Text address);
 
   // ---- T1013 and T183 ----------------------------------------------------------------------------
   // Federal authorizations. Unless a line says otherwise texts are "" and flags false at first, and setting
@@ -432,15 +432,15 @@ class Options {
 
   /// The representative's identifier; in the corporate product one entry with rc59_RepID.
   Text t1013RepID();
-  void setT1013RepID(const Text& id);
+  void setT1013RepID(Text id);
 
   /// The representative's business number; in the corporate product one entry with rc59_BusinessNo.
   Text t1013BussinessNo();
-  void setT1013BussinessNo(const Text& number);
+  void setT1013BussinessNo(Text number);
 
   /// The level, a neutral value of LevelOfAuthorizationMapping; "1" at first, and what nil is stored as.
   Text t1013LevelOfAuth();
-  void setT1013LevelOfAuth(const Text& neutralValue);
+  void setT1013LevelOfAuth(Text neutralValue);
 
   /// The expiry date, compared as a number. Nil keeps it, empties the entry "T1013BussinessNo" instead and is
   /// always a change.
@@ -461,7 +461,7 @@ class Options {
 
   /// The identifier of the representative's group.
   Text t1013GroupID();
-  void setT1013GroupID(const Text& id);
+  void setT1013GroupID(Text id);
 
   /// The expiry date of the T183 consent, compared as a number. Nil is stored as "" and always a change.
   Value t183AuthorizationExpiryDate();
@@ -485,7 +485,7 @@ class Options {
   /// The tax years, a label of MR69OptionsMapping in the display language, kept as its neutral value; the
   /// default one at first, not stored. Setting takes a label of either language; nil and "" are stored as "".
   Text mr69_Authorization();
-  void setMr69_Authorization(const Text& label);
+  void setMr69_Authorization(Text label);
 
   /// For all files at the agency.
   bool mr69_AuthForAllFiles();
@@ -494,7 +494,7 @@ class Options {
   /// Authorization or power of attorney, a label of MR69AuthoriztionOrPowerOfAttorneyMapping, in all else
   /// like mr69_Authorization.
   Text mr69_AuthType();
-  void setMr69_AuthType(const Text& label);
+  void setMr69_AuthType(Text label);
 
   /// The expiry date. Nil is stored as "".
   Value mr69_AuthExpiryDate();
@@ -581,7 +581,7 @@ class Options {
 
   /// The level, a neutral value of LevelOfAuthorizationMapping; "1" at first, and what nil is stored as.
   Text rc59_LevelOfAuth();
-  void setRc59_LevelOfAuth(const Text& neutralValue);
+  void setRc59_LevelOfAuth(Text neutralValue);
 
   /// The expiry date. Nil is stored as "".
   Value rc59_AuthExpiryDate();
@@ -597,15 +597,15 @@ class Options {
 
   /// The entry of t1013RepID, in either product. Setting does nothing in the personal product.
   Text rc59_RepID();
-  void setRc59_RepID(const Text& id);
+  void setRc59_RepID(Text id);
 
   /// The representative's business number, in the corporate product one entry with t1013BussinessNo.
   Text rc59_BusinessNo();
-  void setRc59_BusinessNo(const Text& number);
+  void setRc59_BusinessNo(Text number);
 
   /// How far the representative may go, a neutral value of RC59OptionsMapping.
   Text rc59AllowUpdateAccess();
-  void setRc59AllowUpdateAccess(const Text& neutralValue);
+  void setRc59AllowUpdateAccess(Text neutralValue);
 
   /// For all program accounts of the business.
   bool rc59AllowAccessToAllProgAccount();
@@ -613,7 +613,7 @@ class Options {
 
   /// The identifier of the representative's group; never the entry of t1013GroupID.
   Text rc59_GroupID();
-  void setRc59_GroupID(const Text& id);
+  void setRc59_GroupID(Text id);
 
   // ---- Printing ----------------------------------------------------------------------------------
   // Direct: printing settings are never announced.
@@ -628,7 +628,7 @@ class Options {
 
   /// The printer chosen last; "" at first. Nil is stored as "".
   Text printerNameChosen();
-  void setPrinterNameChosen(const Text& name);
+  void setPrinterNameChosen(Text name);
 
   /// A header is printed; false at first.
   bool printHeaderOption();
@@ -654,12 +654,12 @@ class Options {
 
   /// The user's own header; nil at first. Nil is stored as "".
   Text printHeaderUserHeader();
-  void setPrintHeaderUserHeader(const Text& header);
+  void setPrintHeaderUserHeader(Text header);
 
   /// The print formats selected, in the print dialog's own form; "" at first, not stored. Nil is stored as
   /// "".
   Text printFormatsSelected();
-  void setPrintFormatsSelected(const Text& formats);
+  void setPrintFormatsSelected(Text formats);
   // ---- Colours -----------------------------------------------------------------------------------
 
   /// True when the colours differ in any component, however little; colours of different numbers of
@@ -718,19 +718,19 @@ class Options {
 
   /// Last year's returns: D/Qorvane/P/TP, in the corporate product T2_P.
   Text lastYrFileFolder();
-  void setLastYrFileFolder(const Text& path);
+  void setLastYrFileFolder(Text path);
 
   /// Clients' returns: D/Qorvane/Y/TY, in the corporate product T2_Y.
   Text clientFileFolder();
-  void setClientFileFolder(const Text& path);
+  void setClientFileFolder(Text path);
 
   /// Tax-data exchange files: D/Qorvane/Y/DotTax.
   Text dotTaxFilesFolder();
-  void setDotTaxFilesFolder(const Text& path);
+  void setDotTaxFilesFolder(Text path);
 
   /// PDF files: D/Qorvane/Y/PDf, in the corporate product T2_PDf.
   Text pdfFileFolder();
-  void setPdfFileFolder(const Text& path);
+  void setPdfFileFolder(Text path);
 
   /// The database of electronic filing: D/Qorvane/Y/EFile. Only its entry moves it elsewhere.
   Text efileDataBaseFolder();
@@ -739,11 +739,11 @@ class Options {
 
   /// Corporate clients' returns, in both products: D/Qorvane/Y/T2_Y.
   Text t2ClientFileFolder();
-  void setT2ClientFileFolder(const Text& path);
+  void setT2ClientFileFolder(Text path);
 
   /// Corporate information files: D/Qorvane/Y/CIF.
   Text cifFileFolder();
-  void setCifFileFolder(const Text& path);
+  void setCifFileFolder(Text path);
 
   // ---- Formatters ---------------------------------------------------------------------------------
 

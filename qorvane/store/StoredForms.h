@@ -21,7 +21,7 @@ namespace qorvane {
 struct TextForm {
   static constexpr std::string_view kStored = "a text";
   using Type = Text;
-  using Argument = const Text&;
+  using Argument = Text;
   static Text decode(const Value& entry) { return entry.textValue(); }
   static Value encode(const Text& value) { return value; }
   /// The text in its place, which is also what would be stored for it; null in an entry of another kind.
@@ -65,7 +65,7 @@ struct TranslatedForm {
   static constexpr bool kIsLabel = true;
 
   using Type = Text;
-  using Argument = const Text&;
+  using Argument = Text;
   static Text decode(const Value& entry) {
     return choicesOf<List>().languageSpecificValue(entry.textValue());
   }

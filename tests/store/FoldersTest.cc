@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 // One line for each folder option: its default below D/Qorvane in both products (2020), and its message.
 struct FolderCase {
   Text (Options::*get)();
-  void (Options::*set)(const Text&);
+  void (Options::*set)(Text);
   const char* key;
   const char* personal;
   const char* corporate;
