@@ -1,7 +1,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -38,7 +37,8 @@ struct Item {
 /// to find out (long texts, crowded places) counts as different.
 class Uniques {
  public:
-  Uniques() : slots_(512) {}
+  // Room for some hundred options without growing.
+  Uniques() : slots_(2048) {}
 
   /// The number of an earlier item equal to this one, or `next`, which it then is.
   std::uint32_t find(const Item& item, const std::vector<Item>& items, std::uint32_t next) {
@@ -67,17 +67,33 @@ class Uniques {
   // Longer ones are equal when they are the same bytes in the same place, as copies of one value are.
   static constexpr std::size_t kCompared = 128;
 
+  static constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;
+
   static std::size_t hashOf(const Item& item) {
-    const std::size_t kind = static_cast<std::size_t>(item.kind) * 0x9E3779B97F4A7C15;
+    const std::size_t kind = static_cast<std::size_t>(item.kind) * kOdd;
     if (item.kind < Item::Kind::Data) {
-      const std::uint64_t mixed = (item.bits ^ kind) * 0x9E3779B97F4A7C15;
+      const std::uint64_t mixed = (item.bits ^ kind) * kOdd;
       return mixed ^ mixed >> 32;
     }
-    // Of long ones the ends: the place in memory would make the bytes differ from run to run.
-    if (item.bytes.size() <= kCompared) return std::hash<std::string_view>()(item.bytes) ^ kind;
-    const std::hash<std::string_view> hash;
-    return hash(item.bytes.substr(0, kCompared / 2)) ^
-           hash(item.bytes.substr(item.bytes.size() - kCompared / 2)) ^ kind ^ item.bytes.size();
+    // Texts and blocks by their length, their ends and their middle. Not by their place in memory, which
+    // would make the bytes differ from run to run.
+    const std::size_t size = item.bytes.size();
+    const char* const bytes = item.bytes.data();
+    std::uint64_t mixed = (size ^ kind) * kOdd;
+    if (size >= 8) {
+      mixed = (mixed ^ wordAt(bytes) ^ mixed >> 29) * kOdd;
+      mixed = (mixed ^ wordAt(bytes + size / 2 - 4) ^ mixed >> 29) * kOdd;
+      mixed = (mixed ^ wordAt(bytes + size - 8) ^ mixed >> 29) * kOdd;
+    } else {
+      for (const char byte : item.bytes) mixed = (mixed ^ static_cast<unsigned char>(byte)) * kOdd;
+    }
+    return (mixed ^ mixed >> 32) * kOdd >> 32;
+  }
+
+  static std::uint64_t wordAt(const char* bytes) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
   }
 
   static bool same(const Item& a, const Item& b) {

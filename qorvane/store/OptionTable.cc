@@ -148,15 +148,19 @@ constexpr OptionRow kRows[] = {
 #undef FALLBACK_OF
 #undef ROW
 
-// The rows by name, for look-ups.
+// The rows by the hash of their names, for look-ups: a load makes some fifty.
+struct NamedRow {
+  std::uint64_t hash;
+  std::uint16_t row;
+};
 constexpr auto kByName = [] {
-  std::array<std::uint16_t, std::size(kRows)> order{};
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = static_cast<std::uint16_t>(i);
-  std::ranges::sort(order, {}, [](std::uint16_t i) { return kRows[i].name; });
+  std::array<NamedRow, std::size(kRows)> order{};
+  for (std::size_t i = 0; i < order.size(); ++i)
+    order[i] = {Key::hashOf(kRows[i].name), static_cast<std::uint16_t>(i)};
+  std::ranges::sort(order, {}, &NamedRow::hash);
   return order;
 }();
-static_assert(std::ranges::adjacent_find(kByName, {}, [](std::uint16_t i) { return kRows[i].name; }) ==
-                  kByName.end(),
+static_assert(std::ranges::adjacent_find(kByName, {}, &NamedRow::hash) == kByName.end(),
               "two options of one name");
 
 }  // namespace
@@ -184,9 +188,8 @@ std::optional<FontDescriptor> fontFromText(std::string_view text) {
 std::span<const OptionRow> optionTable() { return kRows; }
 
 const OptionRow* findProperty(std::string_view name) {
-  const auto found =
-      std::ranges::lower_bound(kByName, name, {}, [](std::uint16_t i) { return kRows[i].name; });
-  return found != kByName.end() && kRows[*found].name == name ? &kRows[*found] : nullptr;
+  const auto found = std::ranges::lower_bound(kByName, Key::hashOf(name), {}, &NamedRow::hash);
+  return found != kByName.end() && kRows[found->row].name == name ? &kRows[found->row] : nullptr;
 }
 
 const OptionRow* findOption(std::string_view nameOrKey) {
