@@ -55,7 +55,8 @@ class Value {
   Value& operator=(const Value&) = default;
   Value& operator=(Value&&) noexcept = default;
   /// As from Value(text), but in the place of a text, which is what nearly every entry is, without a detour.
-  Value& operator=(Text text) {
+  template <std::same_as<Text> T>
+  Value& operator=(T text) {
     if (Text* const mine = std::get_if<Text>(&held_); mine && !text.isNil())
       *mine = std::move(text);
     else

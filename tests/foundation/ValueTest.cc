@@ -87,6 +87,12 @@ TEST(ValueTest, TakesATextInThePlaceOfAnything) {
     value = Text();
     EXPECT_TRUE(value.isNil()) << "a nil text makes a nil value";
   }
+  Value emptied = text;
+  emptied = {};
+  EXPECT_TRUE(emptied.isNil());
+  emptied = text;
+  emptied = nullptr;
+  EXPECT_TRUE(emptied.isNil());
   Value itself = text;
   itself = *itself.asText();
   EXPECT_EQ(itself, Value(Text("Gaspé")));
