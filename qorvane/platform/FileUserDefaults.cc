@@ -372,7 +372,7 @@ std::string FileUserDefaults::replace(const std::string& path, const Contents& o
       putBack(backup, staging, file);
     else if (aside.empty())
       calls_.unlink(file.c_str());
-    else if (calls_.rename(aside.c_str(), file.c_str()) == 0)
+    else if (calls_.rename(aside.c_str(), file.c_str()) == 0 || putBack(aside, staging, file))
       calls_.unlink(aside.c_str());  // Renaming one name of a file to another of its names leaves both.
     throw;
   }
@@ -399,17 +399,19 @@ void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& 
     calls_.chmod(backup.c_str(), kPrivateFile);
 }
 
-void FileUserDefaults::putBack(const std::string& backup, const std::string& staging,
+bool FileUserDefaults::putBack(const std::string& kept, const std::string& staging,
                                const std::string& file) noexcept {
   calls_.unlink(staging.c_str());
   const bool back =
-      calls_.link(backup.c_str(), staging.c_str()) == 0 && calls_.rename(staging.c_str(), file.c_str()) == 0;
+      calls_.link(kept.c_str(), staging.c_str()) == 0 && calls_.rename(staging.c_str(), file.c_str()) == 0;
   calls_.unlink(staging.c_str());
-  if (back) return;
+  if (back) return true;
   try {
-    copy(backup, staging, file);
+    copy(kept, staging, file);
+    return true;
   } catch (const std::exception&) {
-    // The last good copy still holds the old settings.
+    // What was kept still holds the old bytes.
+    return false;
   }
 }
 

@@ -114,7 +114,7 @@ class FileUserDefaults : public UserDefaults {
   std::string replace(const std::string& path, const Contents& old, const std::string* bytes);
   void copy(const std::string& from, const std::string& staging, const std::string& to);
   void keepAsBackup(const std::string& file, const std::string& spare, const std::string& backup);
-  void putBack(const std::string& backup, const std::string& staging, const std::string& file) noexcept;
+  bool putBack(const std::string& kept, const std::string& staging, const std::string& file) noexcept;
   std::string setAside(const std::string& file, const std::string& path, const std::string& spare,
                        bool unreadable);
   void noteFailure(const std::string& key, const char* reason, int systemError) noexcept;

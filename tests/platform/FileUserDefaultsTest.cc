@@ -420,6 +420,7 @@ TEST_F(FileUserDefaultsTest, EachSaveOfAStoreSeesWhatTheFileHoldsNow) {
 
   const Dictionary top{{"Other settings", Number(1)}, {kKey, kOld}};
   writeFile(file(), writePropertyList(top, PropertyListFormat::Binary));
+  EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld));
   for (const Value& value : {kNew, kOld, kNew}) {
     saveHere(value);
     ASSERT_TRUE(readPropertyList(readFile(file())).asDictionary()->find("Other settings"));
@@ -685,6 +686,32 @@ TEST_F(DamageTest, AFileWhoseNewNameCannotBeSyncedKeepsItsOldOne) {
         EXPECT_EQ(contentsNamed(unreadable ? ".unreadable-" : ".damaged-"), std::vector<std::string>{before});
         EXPECT_TRUE(isIdentical(load(), kOld)) << what;
       }
+}
+
+TEST_F(DamageTest, ADamagedFileOnAnotherFileSystemIsPutBackWhenTheSaveFails) {
+  std::string folder = "/dev/shm/optionsmgr-test-XXXXXX";
+  if (!mkdtemp(folder.data())) GTEST_SKIP() << "there is no second file system that may be written";
+  const std::string target = folder + "/settings.plist";
+  for (int fault = 1;; ++fault) {
+    fs::remove_all(home.store());
+    fs::create_directories(home.store());
+    fs::permissions(home.store(), fs::perms(0700));
+    writeFile(target, "junk");
+    fs::create_symlink(target, file());
+    FaultInjectingSystemCalls calls;
+    int syncs = 0;
+    calls.setFault(
+        [&](const std::string& name, int) { return name == "fsync" && ++syncs == fault ? EIO : 0; });
+    FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+    store.setObject(kNew, kKey);
+    if (store.synchronize()) {
+      EXPECT_GT(fault, 2) << "syncs of the new file, the name set aside, the folder";
+      break;
+    }
+    EXPECT_EQ(readFile(target), "junk") << "sync " << fault;
+    EXPECT_TRUE(fs::is_symlink(file()));
+  }
+  fs::remove_all(folder);
 }
 
 TEST_F(DamageTest, AnUnreadableFileThatCannotBeMovedStays) {
