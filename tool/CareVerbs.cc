@@ -172,8 +172,10 @@ class Doctor {
         // Whoever holds the lock may be writing it.
         const bool removed = repair_ && lock_ && unlink((folder + "/" + name).c_str()) == 0;
         add(name, removed ? Phrase("repaired") : Phrase("problem"), say("left by a save that was killed"));
-      } else if (name.find(".plist.damaged-") != name.npos || name.find(".plist.unreadable-") != name.npos) {
+      } else if (name.find(".damaged-") != name.npos || name.find(".unreadable-") != name.npos) {
         add(name, "note", say("set aside; yours to keep or remove"));
+      } else if (name.starts_with(".lock-held")) {
+        add(name, "note", say("a lock, or what a killed process left of one; it goes by itself"));
       } else if (name == ".unfinished") {
         add(name, "problem", say("left by an import that was killed; it could not be undone"));
       }
@@ -227,12 +229,24 @@ class Handle {
 
 // Watches the folder, or the nearest one above it that is there.
 void watchFolder(int notify, const fs::path& folder) {
-  constexpr std::uint32_t kEvents = IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE | IN_CREATE;
+  constexpr std::uint32_t kEvents =
+      IN_MOVED_TO | IN_MOVED_FROM | IN_CLOSE_WRITE | IN_DELETE | IN_CREATE | IN_MOVE_SELF;
   for (fs::path path = folder; inotify_add_watch(notify, path.c_str(), kEvents) < 0;) {
     if (errno != ENOENT || !path.has_relative_path())
       throw Failure(exitFor(errno), say("cannot watch {}: {}", path.string(), systemReason(errno)));
     path = path.parent_path();
   }
+}
+
+// Takes what has happened. A folder that was moved away is no longer the one of its name, and is let go.
+void takeEvents(int notify) {
+  alignas(inotify_event) char events[4096];
+  for (ssize_t size; (size = read(notify, events, sizeof events)) > 0;)
+    for (const char* at = events; at < events + size;) {
+      const auto* const event = reinterpret_cast<const inotify_event*>(at);
+      if ((event->mask & IN_MOVE_SELF) != 0) inotify_rm_watch(notify, event->wd);
+      at += sizeof *event + event->len;
+    }
 }
 
 // The settings that are watched, and what of them has been told.
@@ -373,8 +387,7 @@ void watch(Session& session, const WatchRequest& request, std::ostream& out) {
     if (poll(ends, std::size(ends), -1) < 0 && errno != EINTR)
       throw Failure(Exit::InputOutput, say("cannot watch: {}", systemReason(errno)));
     if (ends[1].revents != 0 || (ends[2].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) return;
-    alignas(inotify_event) char events[4096];
-    while (read(notify, events, sizeof events) > 0) continue;
+    takeEvents(notify);
     watch.follow(notify);
   } while (watch.tellChanges());
 }

@@ -51,18 +51,6 @@ std::string clipped(const std::string& text, std::size_t width) {
   return columns(text) <= width ? text : text.substr(0, fitting(text, width - 1)) + "…";
 }
 
-std::string oneLine(std::string_view text) {
-  std::string line;
-  while (!text.empty()) {
-    const Character character = takeFirst(text);
-    if (character.code >= 0 && u_charType(character.code) == U_CONTROL_CHAR)
-      line += ' ';
-    else
-      line += character.bytes;
-  }
-  return line;
-}
-
 std::vector<std::size_t> widthsOf(const std::vector<Row>& rows, const Layout& layout) {
   std::vector<std::size_t> widths;
   for (const Row& row : rows)
@@ -94,6 +82,18 @@ std::size_t columns(std::string_view text) {
   std::size_t width = 0;
   while (!text.empty()) width += takeFirst(text).width();
   return width;
+}
+
+std::string oneLine(std::string_view text, char instead) {
+  std::string line;
+  while (!text.empty()) {
+    const Character character = takeFirst(text);
+    if (character.code >= 0 && u_charType(character.code) == U_CONTROL_CHAR)
+      line += instead;
+    else
+      line += character.bytes;
+  }
+  return line;
 }
 
 std::string padded(std::string_view text, std::size_t width) {

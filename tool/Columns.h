@@ -13,6 +13,9 @@ namespace optionsmgr {
 /// two.
 std::size_t columns(std::string_view text);
 
+/// The text with another character instead of each that breaks a line or steers a terminal.
+std::string oneLine(std::string_view text, char instead = ' ');
+
 /// The text with blanks after it, at least that wide.
 std::string padded(std::string_view text, std::size_t width);
 

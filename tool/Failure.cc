@@ -1,19 +1,25 @@
 #include "tool/Failure.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <iostream>
 #include <system_error>
 
 #include "qorvane/foundation/Text.h"
+#include "tool/Columns.h"
 #include "tool/Language.h"
 
 namespace optionsmgr {
 
 void tell(std::string_view message) {
-  std::string line = qorvane::Text(message).string();
-  for (char& c : line)
-    if ((static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == 0x7F) c = '?';
-  std::cerr << "optionsmgr: " << line << std::endl;
+  // A report may have several lines, each of them without a character that steers the terminal.
+  std::string text = qorvane::Text(message).string();
+  std::string report;
+  for (std::size_t at = 0, end = 0; at <= text.size(); at = end + 1) {
+    end = std::min(text.find('\n', at), text.size());
+    report += (at == 0 ? "" : "\n") + oneLine(text.substr(at, end - at), '?');
+  }
+  std::cerr << "optionsmgr: " << report << std::endl;
 }
 
 std::string systemReason(int systemError) { return retold(std::generic_category().message(systemError)); }

@@ -1,4 +1,5 @@
 #include "tool/OptionText.h"
+#include "tool/Columns.h"
 
 #include <algorithm>
 #include <array>
@@ -143,7 +144,7 @@ Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
 }
 
 std::string inWords(const std::string& shown, bool isNil) {
-  return isNil ? say("(none)") : shown.empty() ? say("(empty)") : shown;
+  return isNil ? say("(none)") : shown.empty() ? say("(empty)") : oneLine(shown);
 }
 
 Phrase typeName(const OptionRow& row) {

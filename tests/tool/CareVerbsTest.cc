@@ -206,6 +206,35 @@ TEST_F(CareVerbsTest, ALinkedFileIsWatchedWhereItIs) {
   EXPECT_EQ(watching.result().out, "T1 2020  language: French -> English\n");
 }
 
+TEST_F(CareVerbsTest, AFileThatIsMovedAwayAndAFolderThatIsReplacedAreSeen) {
+  tool({"set", "language", "French"});
+  const fs::path told = home.path() / "told";
+  auto untilToldOnceMore = [&, lines = std::ptrdiff_t{0}]() mutable {
+    ++lines;
+    while (std::ranges::count(readFile(told), '\n') < lines)
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  };
+  Watching watching(home.path(), "--year 2020 watch --count 3 >" + told.string());
+  fs::rename(home.store() / "QorvaneT1Settings2020.plist", home.path() / "elsewhere");
+  untilToldOnceMore();
+  fs::rename(home.store(), home.path() / "old");
+  tool({"set", "language", "French"});
+  untilToldOnceMore();
+  tool({"set", "language", "English"});
+  watching.result();
+  EXPECT_EQ(readFile(told),
+            "T1 2020  language: French -> English\n"
+            "T1 2020  language: English -> French\n"
+            "T1 2020  language: French -> English\n");
+}
+
+TEST_F(CareVerbsTest, AValueThatSteersTheTerminalIsShownOnOneLine) {
+  Watching watching(home.path(), "--year 2020 watch --count 1");
+  tool({"set", "preparerCity", "a\nb\x1b[31m\xc2\x9b"});
+  EXPECT_EQ(watching.result().out, "T1 2020  preparerCity: (empty) -> a b [31m \n");
+  EXPECT_EQ(tool({"get", "x\xc2\x9b"}).err.find('\x9b'), std::string::npos);
+}
+
 TEST_F(CareVerbsTest, WatchingEndsInOrderWhenItsReaderGoes) {
   const ToolResult result =
       run({"sh", "-c",
