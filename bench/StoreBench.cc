@@ -198,7 +198,7 @@ void save(Scene& scene, const std::vector<peers::Store>& stores) {
   for (const peers::Store& peer : stores) {
     if (!peer.save) continue;
     table.time("saving, " + peer.name, peer.save);
-    // GSettings and KConfig sync the file but not the folder, so that a power cut may bring the old one back.
+    // None of them syncs the folder, so that a power cut may bring the old file back. GKeyFile is the aim.
     const bool careless = peer.name == "GSettings" || peer.name == "KConfig";
     table.compare("saving", "saving, " + peer.name, careless ? 0 : 1);
   }

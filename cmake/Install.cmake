@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 
 # Public headers give the namespace default visibility; those that do not are for the library's own sources.
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} qorvane/*.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${headers})
 set(private_headers)
 foreach(header IN LISTS headers)
   file(STRINGS ${header} hidden REGEX "^namespace qorvane")
@@ -47,5 +48,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libicu-dev")
+# A static library's users link what the library itself needs.
+if(NOT BUILD_SHARED_LIBS)
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS "libicu-dev")
+endif()
 include(CPack)
