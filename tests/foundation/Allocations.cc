@@ -23,6 +23,13 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 
+// The standard one may come from elsewhere than what `delete` below gives back to.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+  return ::operator new(size);
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
