@@ -204,8 +204,12 @@ void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
   if (!session.reports()) return;
   printTable(session, {}, {{session.files().folder()}}, out, Holding::Paths);
   std::vector<Row> rows;
-  for (const Finding& finding : findings)
-    rows.push_back({"  " + finding.file, say(finding.state), finding.what});
+  for (const Finding& finding : findings) {
+    // The name of a file that was set aside is longer than all else and would leave no room for it.
+    const bool isLong = finding.file.size() > 36;
+    if (isLong) rows.push_back({"  " + finding.file});
+    rows.push_back({isLong ? "" : "  " + finding.file, say(finding.state), finding.what});
+  }
   printTable(session, {}, rows, out, Holding::Words);
   if (ill && !request.repair) out << say("`optionsmgr doctor --repair` mends what can be mended") << '\n';
 }

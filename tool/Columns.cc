@@ -54,7 +54,7 @@ std::string clipped(const std::string& text, std::size_t width) {
 std::vector<std::size_t> widthsOf(const std::vector<Row>& rows, const Layout& layout) {
   std::vector<std::size_t> widths;
   for (const Row& row : rows)
-    for (std::size_t i = 0; i < row.size(); ++i) {
+    for (std::size_t i = 0; row.size() > 1 && i < row.size(); ++i) {
       if (i == widths.size()) widths.push_back(0);
       widths[i] = std::max(widths[i], columns(row[i]));
     }
@@ -137,7 +137,7 @@ void printColumns(const std::vector<Row>& rows, std::ostream& out, const Layout&
     std::vector<std::vector<std::string>> cells;
     std::size_t height = 0;
     for (std::size_t i = 0; i < row.size(); ++i) {
-      cells.push_back(linesOf(row[i], widths[i], layout));
+      cells.push_back(linesOf(row[i], row.size() > 1 ? widths[i] : layout.width, layout));
       height = std::max(height, cells.back().size());
     }
     const bool bold = layout.boldHeading && &row == &clean.front();

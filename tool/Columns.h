@@ -24,6 +24,7 @@ std::string padded(std::string_view text, std::size_t width);
 enum class LongWords : std::uint8_t { Broken, Whole };
 std::vector<std::string> wrapped(std::string_view text, std::size_t width, LongWords words);
 
+/// A row of a table; one of a single cell takes the whole line.
 using Row = std::vector<std::string>;
 
 /// What becomes of a cell that is wider than its column.
