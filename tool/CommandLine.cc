@@ -140,12 +140,16 @@ CommandLine::Wish CommandLine::parse(const std::vector<std::string>& words) try 
   settle();
   const std::vector<std::string> owned = verbs_.names();
   const std::vector<std::string_view> names(owned.begin(), owned.end());
-  // A word in the verb's place that is none: say which ones are near.
-  std::string hint;
-  if (!verb())
-    for (const std::string& word : words)
-      if (hint.empty() && !word.starts_with('-')) hint = didYouMean(word, names);
-  throw Failure(Exit::Usage, told(error) + hint + say(" (see optionsmgr --help)"));
+  std::string trouble = told(error);
+  // A word in the verb's place that is none: say which ones are near. What stands behind an option is its
+  // own.
+  for (std::size_t i = 0; !verb() && i < words.size(); ++i) {
+    const CLI::Option* const option = i > 0 ? app_.get_option_no_throw(words[i - 1]) : nullptr;
+    if (words[i].starts_with('-') || (option && option->get_items_expected_max() > 0)) continue;
+    trouble = say("there is no verb \"{}\"", words[i]) + didYouMean(words[i], names);
+    break;
+  }
+  throw Failure(Exit::Usage, trouble + say(" (see optionsmgr --help)"));
 }
 
 }  // namespace optionsmgr
