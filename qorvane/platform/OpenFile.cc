@@ -39,8 +39,8 @@ bool OpenFile::write(std::string_view bytes) {
 
 bool OpenFile::makePrivate() {
   struct stat status;
-  if (calls_.fstat(descriptor_, &status) != 0) return false;
-  return (status.st_mode & kRights) == kPrivateFile || calls_.fchmod(descriptor_, kPrivateFile) == 0;
+  return (calls_.fstat(descriptor_, &status) == 0 && (status.st_mode & kRights) == kPrivateFile) ||
+         calls_.fchmod(descriptor_, kPrivateFile) == 0;
 }
 
 bool OpenFile::sync() {
