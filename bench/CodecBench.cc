@@ -10,7 +10,7 @@
 
 #include "bench/Ratios.h"
 #include "qorvane/foundation/Dictionary.h"
-#include "qorvane/platform/PropertyList.h"
+#include "qorvane/propertylist/PropertyList.h"
 
 using namespace qorvane;
 

@@ -13,8 +13,8 @@
 
 #include "bench/Peers.h"
 #include "bench/Ratios.h"
-#include "qorvane/platform/DateFormatter.h"
-#include "qorvane/platform/NumberFormatter.h"
+#include "qorvane/formats/DateFormatter.h"
+#include "qorvane/formats/NumberFormatter.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 
 using namespace qorvane;

@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "qorvane/formats/NumberFormatter.h"
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/platform/NumberFormatter.h"
-#include "qorvane/platform/PropertyList.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/preferences/UserDefaults.h"
+#include "qorvane/propertylist/PropertyList.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "qorvane/store/Options.h"

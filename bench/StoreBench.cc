@@ -14,7 +14,7 @@
 #include "bench/Ratios.h"
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/platform/FileUserDefaults.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 

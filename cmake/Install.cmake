@@ -7,7 +7,7 @@ file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} qorva
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${headers})
 set(private_headers)
 foreach(header IN LISTS headers)
-  file(STRINGS ${header} hidden REGEX "^namespace qorvane")
+  file(STRINGS ${header} hidden REGEX "^namespace qorvane::inline")
   if(hidden)
     string(REPLACE "." "\\." pattern ${header})
     list(APPEND private_headers REGEX "/${pattern}$" EXCLUDE)

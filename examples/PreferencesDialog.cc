@@ -3,9 +3,9 @@
 // amounts.
 #include <iostream>
 
+#include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/platform/NotificationCenter.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/Notifications.h"

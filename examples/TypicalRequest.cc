@@ -3,8 +3,8 @@
 //   TypicalRequest CITY
 #include <iostream>
 
+#include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/platform/NotificationCenter.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/vocabulary/Notifications.h"
 

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "fuzz/FuzzTargets.h"
+#include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/ColorArchive.h"
 
 namespace qorvane::fuzzing {
 

@@ -4,7 +4,7 @@
 
 #include "fuzz/FuzzTargets.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/PropertyList.h"
+#include "qorvane/propertylist/PropertyList.h"
 
 namespace qorvane::fuzzing {
 

@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "qorvane/foundation/Dictionary.h"
-#include "qorvane/platform/Seal.h"
+#include "qorvane/preferences/Seal.h"
 
 namespace qorvane::fuzzing {
 

@@ -9,7 +9,7 @@
 #include <streambuf>
 #include <string>
 
-#include "qorvane/platform/Log.h"
+#include "qorvane/desktop/Log.h"
 
 namespace qorvane::fuzzing {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tool/Language.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "qorvane/platform/Color.h"
+#include "qorvane/desktop/Color.h"
 
 namespace optionsmgr {
 

@@ -4,11 +4,12 @@
 #include <string_view>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/foundation/Version.h"
 #include "qorvane/vocabulary/OptionStrings.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
-#include "tool/Language.h"
-#include "tool/Suggest.h"
+#include "tool/speech/Language.h"
+#include "tool/speech/Suggest.h"
 
 namespace optionsmgr {
 

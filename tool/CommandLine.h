@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tool/Session.h"
-#include "tool/Verbs.h"
+#include "tool/verbs/Verbs.h"
 
 namespace optionsmgr {
 

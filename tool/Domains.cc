@@ -8,11 +8,11 @@
 #include <filesystem>
 
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "tool/Failure.h"
-#include "tool/Language.h"
 #include "tool/OptionText.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

@@ -6,8 +6,8 @@
 #include <system_error>
 
 #include "qorvane/foundation/Text.h"
-#include "tool/Columns.h"
-#include "tool/Language.h"
+#include "tool/speech/Columns.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

@@ -1,5 +1,5 @@
 #include "tool/OptionText.h"
-#include "tool/Columns.h"
+#include "tool/speech/Columns.h"
 
 #include <algorithm>
 #include <array>
@@ -7,13 +7,13 @@
 #include <optional>
 #include <span>
 
+#include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Text.h"
-#include "qorvane/platform/ColorArchive.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "tool/ChoiceText.h"
 #include "tool/ColorText.h"
 #include "tool/Failure.h"
-#include "tool/Language.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

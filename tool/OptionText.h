@@ -10,8 +10,8 @@
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "tool/Failure.h"
-#include "tool/Language.h"
 #include "tool/Output.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

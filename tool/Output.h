@@ -6,8 +6,8 @@
 #include <ostream>
 #include <vector>
 
-#include "tool/Columns.h"
 #include "tool/Session.h"
+#include "tool/speech/Columns.h"
 
 namespace optionsmgr {
 

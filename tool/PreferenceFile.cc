@@ -13,9 +13,9 @@
 #include <memory>
 
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/PropertyList.h"
+#include "qorvane/propertylist/PropertyList.h"
 #include "tool/Failure.h"
-#include "tool/Language.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

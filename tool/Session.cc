@@ -12,8 +12,8 @@
 #include "qorvane/siblings/QVSettings.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
-#include "tool/Language.h"
-#include "tool/Suggest.h"
+#include "tool/speech/Language.h"
+#include "tool/speech/Suggest.h"
 
 namespace optionsmgr {
 

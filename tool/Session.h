@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "qorvane/platform/FileManager.h"
-#include "qorvane/platform/FileUserDefaults.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/desktop/FileManager.h"
+#include "qorvane/preferences/FileUserDefaults.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "tool/Failure.h"

@@ -2,12 +2,13 @@
 
 #include <iostream>
 
+#include "qorvane/foundation/Version.h"
 #include "tool/CommandLine.h"
-#include "tool/Completion.h"
 #include "tool/Domains.h"
-#include "tool/Help.h"
-#include "tool/Language.h"
 #include "tool/Session.h"
+#include "tool/speech/Completion.h"
+#include "tool/speech/Help.h"
+#include "tool/speech/Language.h"
 
 namespace optionsmgr {
 

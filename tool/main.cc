@@ -6,9 +6,9 @@
 #include <csignal>
 #include <iostream>
 
-#include "qorvane/platform/Log.h"
-#include "tool/Language.h"
+#include "qorvane/desktop/Log.h"
 #include "tool/Tool.h"
+#include "tool/speech/Language.h"
 
 namespace {
 

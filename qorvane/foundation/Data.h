@@ -6,7 +6,8 @@
 #include <string_view>
 #include <utility>
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Data {
  public:
@@ -24,4 +25,5 @@ class Data {
   std::shared_ptr<const std::string> bytes_;
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -10,7 +10,7 @@
 
 #include "qorvane/foundation/Exception.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -102,4 +102,4 @@ bool isIdentical(const Dictionary& a, const Dictionary& b) {
   return sameEntries(a, b, [](const Value& x, const Value& y) { return isIdentical(x, y); });
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

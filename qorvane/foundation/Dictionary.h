@@ -14,7 +14,8 @@
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 /// A dictionary key and its hash.
 class Key {
@@ -112,4 +113,5 @@ class Dictionary {
 bool operator==(const Dictionary& a, const Dictionary& b);
 bool isIdentical(const Dictionary& a, const Dictionary& b);
 
+}  // namespace v1
 }  // namespace qorvane

@@ -6,7 +6,8 @@
 
 #include <stdexcept>
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Exception : public std::runtime_error {
  public:
@@ -14,4 +15,5 @@ class Exception : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -12,7 +12,8 @@
 #include <string_view>
 #include <type_traits>
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 struct HashKey {
   std::uint64_t k0;
@@ -74,4 +75,5 @@ constexpr std::uint64_t sipHash(std::string_view bytes, HashKey key) {
   return state.v0 ^ state.v1 ^ state.v2 ^ state.v3;
 }
 
+}  // namespace v1
 }  // namespace qorvane

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -99,4 +99,4 @@ bool isIdentical(const Number& a, const Number& b) noexcept {
              : a.integer_ == b.integer_;
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -6,7 +6,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Number {
  public:
@@ -58,4 +59,5 @@ class Number {
 bool operator==(const Number& a, const Number& b) noexcept;
 bool isIdentical(const Number& a, const Number& b) noexcept;
 
+}  // namespace v1
 }  // namespace qorvane

@@ -9,7 +9,7 @@
 #include <ostream>
 #include <system_error>
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -130,4 +130,4 @@ std::ostream& operator<<(std::ostream& out, const Text& text) {
   return text.isNil() ? out << "(nil)" : out << text.view();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -20,7 +20,8 @@
 #include <string>
 #include <string_view>
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 namespace detail {
 
@@ -185,6 +186,7 @@ constexpr bool isWellFormedUtf8(std::string_view bytes) {
 
 }  // namespace detail
 
+}  // namespace v1
 }  // namespace qorvane
 
 namespace std {

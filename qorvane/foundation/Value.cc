@@ -6,7 +6,7 @@
 
 #include "qorvane/foundation/Dictionary.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -141,4 +141,4 @@ std::ostream& operator<<(std::ostream& out, const Value& value) {
   return out << (value.asDictionary()->empty() ? "{}" : "}");
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

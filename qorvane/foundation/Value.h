@@ -17,7 +17,8 @@
 #include "qorvane/foundation/Number.h"
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Dictionary;
 class Value;
@@ -116,4 +117,5 @@ const char* kindName(Value::Kind kind);
 /// Prints a description for people and test failures; not a persisted form.
 std::ostream& operator<<(std::ostream& out, const Value& value);
 
+}  // namespace v1
 }  // namespace qorvane

@@ -3,7 +3,7 @@
 #include "qorvane/jurisdictions/ChoiceTables.h"
 #include "qorvane/siblings/QVSettings.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -31,4 +31,4 @@ Text AssessmentOptionsMapping::languageSpecificValue(const Text& neutralValue) {
   return choice ? label(*choice) : defaultValue();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

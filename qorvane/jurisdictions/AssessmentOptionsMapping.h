@@ -9,7 +9,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class AssessmentOptionsMapping {
  public:
@@ -24,4 +25,5 @@ class AssessmentOptionsMapping {
   static Text languageSpecificValue(const Text& neutralValue);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -15,7 +15,7 @@
 #include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
 #include "qorvane/jurisdictions/UseAddressMapping.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -65,4 +65,4 @@ const ChoiceList* choiceList(std::string_view name) {
   return found == std::end(kLists) ? nullptr : &*found;
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -8,7 +8,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 struct Choice {
   /// What is stored: a digit text, or the English label.
@@ -36,4 +37,5 @@ std::span<const ChoiceList> choiceLists();
 /// The list of that class, or null.
 const ChoiceList* choiceList(std::string_view name);
 
+}  // namespace v1
 }  // namespace qorvane

@@ -3,7 +3,7 @@
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 #include "qorvane/vocabulary/ChoiceLabels.h"
 
-namespace qorvane::choices {
+namespace qorvane::inline v1::choices {
 
 // One choice a row, in display order; the labels themselves are rows of ChoiceLabels.def.
 

@@ -7,7 +7,7 @@
 
 #include "qorvane/jurisdictions/ChoiceLists.h"
 
-namespace qorvane::choices {
+namespace qorvane::inline v1::choices {
 
 extern const Choice kRC59Options[3];
 extern const Choice kUseAddress[2];

@@ -2,7 +2,7 @@
 
 #include "qorvane/jurisdictions/ChoiceTables.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -25,4 +25,4 @@ Text CompanyTypeMapping::companyTypeFromCompTypeCode(int code) {
   return known ? label(kCompanyTypes[code - 1]) : "";
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

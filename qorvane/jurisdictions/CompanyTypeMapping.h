@@ -8,7 +8,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class CompanyTypeMapping {
  public:
@@ -24,4 +25,5 @@ class CompanyTypeMapping {
   static Text companyTypeFromCompTypeCode(int code);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -2,9 +2,9 @@
 // which stands above them, answers it from the store's language option.
 #pragma once
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 /// True when labels are to be shown in English, false for French.
 bool displayLanguageIsEnglish();
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -2,7 +2,7 @@
 
 #include "qorvane/jurisdictions/ChoiceTables.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -24,4 +24,4 @@ Text MR69AuthoriztionOrPowerOfAttorneyMapping::languageSpecificValue(const Text&
   return choice ? label(*choice) : defaultValue();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

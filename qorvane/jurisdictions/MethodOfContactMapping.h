@@ -7,7 +7,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class MethodOfContactMapping {
  public:
@@ -22,4 +23,5 @@ class MethodOfContactMapping {
   static Text languageSpecificValue(const Text& neutralValue);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -3,7 +3,7 @@
 #include "qorvane/jurisdictions/ChoiceTables.h"
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -22,4 +22,4 @@ Text ModeOfDelivery::languageSpecificValue(const Text& neutralValue) {
   return choice ? choice->french : defaultValue();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

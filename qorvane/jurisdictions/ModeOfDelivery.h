@@ -7,7 +7,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class ModeOfDelivery {
  public:
@@ -23,4 +24,5 @@ class ModeOfDelivery {
   static Text languageSpecificValue(const Text& neutralValue);
 };
 
+}  // namespace v1
 }  // namespace qorvane

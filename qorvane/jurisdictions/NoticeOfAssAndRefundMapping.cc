@@ -2,7 +2,7 @@
 
 #include "qorvane/jurisdictions/ChoiceTables.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -22,4 +22,4 @@ Text NoticeOfAssAndRefundMapping::languageSpecificValue(const Text& neutralValue
   return choice ? label(*choice) : defaultValue();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

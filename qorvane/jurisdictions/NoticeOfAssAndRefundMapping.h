@@ -7,7 +7,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class NoticeOfAssAndRefundMapping {
  public:
@@ -21,4 +22,5 @@ class NoticeOfAssAndRefundMapping {
   static Text languageSpecificValue(const Text& neutralValue);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -9,7 +9,7 @@
 
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool Province::isQuebec(const Text& name) {
 
 Text Province::defaultProvince() { return "Ontario"; }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -9,7 +9,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Province {
  public:
@@ -30,4 +31,5 @@ class Province {
   static Text defaultProvince();
 };
 
+}  // namespace v1
 }  // namespace qorvane

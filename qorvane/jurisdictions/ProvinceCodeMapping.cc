@@ -14,7 +14,7 @@
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/siblings/Utils.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -338,4 +338,4 @@ Text ProvinceCodeMapping::postalProvince(const Text& postalCode) {
   return getShortProvNameFromOurCode(numberOfPostalDistrict(postalCode));
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -15,7 +15,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class ProvinceCodeMapping {
  public:
@@ -52,4 +53,5 @@ class ProvinceCodeMapping {
   static Text postalProvince(const Text& postalCode);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -2,7 +2,7 @@
 
 #include "qorvane/jurisdictions/ChoiceTables.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -20,4 +20,4 @@ Text RC59OptionsMapping::languageSpecificValue(const Text& neutralValue) {
   return choice ? label(*choice) : defaultValue();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -2,7 +2,7 @@
 
 #include "qorvane/jurisdictions/ChoiceTables.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -14,4 +14,4 @@ Text TypeOfOrganizationMapping::defaultValue() { return label(kTypesOfOrganizati
 
 Text TypeOfOrganizationMapping::organizationTypeNeutralValue(const Text& label) { return label; }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -6,7 +6,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class TypeOfOrganizationMapping {
  public:
@@ -18,4 +19,5 @@ class TypeOfOrganizationMapping {
   static Text organizationTypeNeutralValue(const Text& label);
 };
 
+}  // namespace v1
 }  // namespace qorvane

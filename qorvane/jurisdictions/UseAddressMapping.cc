@@ -2,7 +2,7 @@
 
 #include "qorvane/jurisdictions/ChoiceTables.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 using namespace choices;
 
@@ -15,4 +15,4 @@ Text UseAddressMapping::useAddressNeutralValue(const Text& label) {
   return choice ? choice->neutral : "";
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

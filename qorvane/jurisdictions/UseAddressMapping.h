@@ -7,7 +7,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class UseAddressMapping {
  public:
@@ -19,4 +20,5 @@ class UseAddressMapping {
   static Text useAddressNeutralValue(const Text& label);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -3,7 +3,7 @@
 #include "qorvane/manager/OptionsMgr.h"
 #include "qorvane/store/Options.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 #define FORWARD(...)
 #define READ_ONLY(...)
@@ -11,4 +11,4 @@ namespace qorvane {
   decltype(OptionsMgr::getter()) OptionsMgr::getter() { return store().storeGetter(); }
 #include "qorvane/manager/forwarders.def"
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -8,7 +8,7 @@
 #include "qorvane/store/Options.h"
 #include "qorvane/store/StoredForms.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -97,4 +97,4 @@ void OptionsMgr::setPrepTaxpyersNameAsLastYr(bool on) {
 
 Text OptionsMgr::helpFilePath() const { return store().helpFile(); }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

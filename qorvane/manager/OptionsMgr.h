@@ -9,15 +9,16 @@
 #include <optional>
 #include <vector>
 
+#include "qorvane/desktop/Color.h"
+#include "qorvane/desktop/FontDescriptor.h"
+#include "qorvane/formats/Calendar.h"
+#include "qorvane/formats/DateFormatter.h"
+#include "qorvane/formats/NumberFormatter.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
-#include "qorvane/platform/Calendar.h"
-#include "qorvane/platform/Color.h"
-#include "qorvane/platform/DateFormatter.h"
-#include "qorvane/platform/FontDescriptor.h"
-#include "qorvane/platform/NumberFormatter.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Options;
 
@@ -716,4 +717,5 @@ class OptionsMgr {
   std::shared_ptr<Options> share_;
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -3,7 +3,7 @@
 
 #include "qorvane/manager/OptionsMgr.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -58,4 +58,4 @@ const std::vector<Text>& OptionsMgr::OptOverideableCells() {
   return listOf<kOverideableCells>();
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

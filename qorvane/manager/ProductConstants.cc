@@ -10,7 +10,7 @@
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -276,4 +276,4 @@ Value OptionsMgr::appConstantValue(const Text& key) {
   return *entry;
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

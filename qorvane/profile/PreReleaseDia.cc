@@ -5,7 +5,7 @@
 
 #include "qorvane/manager/OptionsMgr.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -66,4 +66,4 @@ Text PreReleaseDia::getMessageToDisplay(int notice) {
   return filled(english ? kStartEnglish : kStartFrench, {date, "\n", "\n", date, kYear});
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

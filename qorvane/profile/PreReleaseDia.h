@@ -4,7 +4,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class PreReleaseDia {
  public:
@@ -15,4 +16,5 @@ class PreReleaseDia {
   static Text getMessageToDisplay(int notice);
 };
 
+}  // namespace v1
 }  // namespace qorvane

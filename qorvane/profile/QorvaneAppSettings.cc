@@ -2,7 +2,7 @@
 
 #include "qorvane/siblings/QVSettings.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 void QorvaneAppSettings::initialize() {}
 
@@ -19,4 +19,4 @@ bool QorvaneAppSettings::isEFileApproved() { return true; }
 bool QorvaneAppSettings::isNetFileApproved() { return true; }
 bool QorvaneAppSettings::isMRQApproved() { return true; }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

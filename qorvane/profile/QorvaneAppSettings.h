@@ -3,7 +3,8 @@
 // that of the release build.
 #pragma once
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class QorvaneAppSettings {
  public:
@@ -37,4 +38,5 @@ class QorvaneAppSettings {
   static bool isMRQApproved();
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -1,12 +1,12 @@
 #include "qorvane/siblings/ApplicationSupport.h"
 
-#include "qorvane/platform/BaseDirectories.h"
+#include "qorvane/desktop/BaseDirectories.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 Text applicationSupportDirectory() {
   const Text data = dataDirectory();
   return data.isNil() ? Text() : pathBelow(data, "Qorvane");
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

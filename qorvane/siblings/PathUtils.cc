@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "qorvane/platform/BaseDirectories.h"
+#include "qorvane/desktop/BaseDirectories.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -64,4 +64,4 @@ Text PathUtils::userDocumentsPath() {
   return pathBelow(home, "Documents");
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -3,7 +3,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class PathUtils {
  public:
@@ -17,4 +18,5 @@ class PathUtils {
   static Text userDocumentsPath();
 };
 
+}  // namespace v1
 }  // namespace qorvane

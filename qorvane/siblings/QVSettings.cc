@@ -3,7 +3,7 @@
 #include <ctime>
 #include <utility>
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -62,4 +62,4 @@ void QVSettings::setProduct(Product product) {
 
 void QVSettings::setSource(const Source* source) { chosen = source; }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -8,7 +8,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 /// What an application is, said in one call.
 struct Product {
@@ -52,4 +53,5 @@ class QVSettings {
   static void setSource(const Source* source);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -3,7 +3,8 @@
 
 #include "qorvane/foundation/Value.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Utils {
  public:
@@ -16,4 +17,5 @@ class Utils {
   }
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -14,7 +14,7 @@
 #include "qorvane/siblings/Utils.h"
 #include "qorvane/store/ColorComparison.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 extern bool notifyAll;
 extern bool bSettingVals;
@@ -251,4 +251,4 @@ void writeOption(Dictionary* options, const EntryKey& key, Fallback fallback, ty
   if (options) Write::write(Accessor<Form, Read, Fallback>{options, keyNow(key), fallback}, std::move(value));
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

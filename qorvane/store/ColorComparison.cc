@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 bool areDifferentColors(const Color& first, const Color& second) {
   if (first.hasComponents() && second.hasComponents())
@@ -14,4 +14,4 @@ bool areDifferentColors(const Color& first, const Color& second) {
   return !std::ranges::equal(firstRGB->components().first(3), secondRGB->components().first(3));
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -1,9 +1,9 @@
 // Whether two colours differ, as the setters of the colour options ask.
 #pragma once
 
-#include "qorvane/platform/Color.h"
+#include "qorvane/desktop/Color.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 /// True when the colours differ. The components are compared as they are, alpha included, without a tolerance
 /// and whatever the spaces: a NaN differs from everything, and other counts of components differ.
@@ -12,4 +12,4 @@ namespace qorvane {
 /// colour that has no form there (a pattern) differs from every other, itself included.
 bool areDifferentColors(const Color& first, const Color& second);
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

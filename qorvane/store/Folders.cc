@@ -2,14 +2,14 @@
 
 #include <string>
 
-#include "qorvane/platform/Bundle.h"
-#include "qorvane/platform/FileManager.h"
+#include "qorvane/desktop/Bundle.h"
+#include "qorvane/desktop/FileManager.h"
 #include "qorvane/siblings/ApplicationSupport.h"
 #include "qorvane/siblings/PathUtils.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -59,4 +59,4 @@ Text Options::helpFile() try {
   return "";
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -9,12 +9,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "qorvane/desktop/Log.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/Log.h"
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/StoredForms.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 /// A folder option: a text, an absolute path.
 struct FolderForm : TextForm {
@@ -61,4 +61,4 @@ struct ExistingFolder {
   }
 };
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -1,11 +1,11 @@
 // The six shared formatters. Each is made on first use and kept for the life of the process; its variable is
 // exported, so that other parts of the suite may read it without asking.
-#include "qorvane/platform/DateFormatter.h"
-#include "qorvane/platform/NumberFormatter.h"
+#include "qorvane/formats/DateFormatter.h"
+#include "qorvane/formats/NumberFormatter.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 constinit NumberFormatter* numberForm = nullptr;
 constinit NumberFormatter* numberFormFr = nullptr;
@@ -50,4 +50,4 @@ DateFormatter* Options::yearMonthDateFormatter() {
   return yearMonthDateForm;
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -8,7 +8,7 @@
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/OptionStrings.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -85,4 +85,4 @@ void Options::setRc59_RepID(Text id) {
   if (opts_ && QVSettings::isT2()) opts_->set(kRC59RepID, emptyIfNil(id));
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

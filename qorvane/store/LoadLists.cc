@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -87,4 +87,4 @@ constexpr auto kCorporate = joined(kCommon, kCorporateOnly);
 std::span<const std::string_view> personalLoadList() { return kPersonal; }
 std::span<const std::string_view> corporateLoadList() { return kCorporate; }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -5,11 +5,11 @@
 #include <span>
 #include <string_view>
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 /// The 41 names of the personal product.
 std::span<const std::string_view> personalLoadList();
 /// The 51 names of the corporate product; "bDisclaimer" is visited twice.
 std::span<const std::string_view> corporateLoadList();
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -8,9 +8,9 @@
 #include <limits>
 #include <string_view>
 
-#include "qorvane/platform/Utf16.h"
+#include "qorvane/propertylist/Utf16.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -119,4 +119,4 @@ std::optional<Color> NSColorHexadecimalValue::nsColorFromHexadecimalValue(const 
   return Color::colorWithCalibratedRed(component(1), component(3), component(5), 0);
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

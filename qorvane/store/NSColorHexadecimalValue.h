@@ -6,10 +6,11 @@
 
 #include <optional>
 
+#include "qorvane/desktop/Color.h"
 #include "qorvane/foundation/Text.h"
-#include "qorvane/platform/Color.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class NSColorHexadecimalValue {
  public:
@@ -25,4 +26,5 @@ class NSColorHexadecimalValue {
   static std::optional<Color> nsColorFromHexadecimalValue(const Text& text);
 };
 
+}  // namespace v1
 }  // namespace qorvane

@@ -20,7 +20,7 @@
 #include "qorvane/store/StoredForms.h"
 #include "qorvane/vocabulary/OptionStrings.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -201,4 +201,4 @@ const OptionRow* findOption(std::string_view nameOrKey) {
   return found == std::end(kRows) ? nullptr : found;
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -7,12 +7,13 @@
 #include <span>
 #include <string_view>
 
+#include "qorvane/desktop/FontDescriptor.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 #include "qorvane/jurisdictions/ChoiceLists.h"
-#include "qorvane/platform/FontDescriptor.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class Options;
 
@@ -64,4 +65,5 @@ const OptionRow* findProperty(std::string_view name);
 /// The row of the property, or else of the first one whose stored key in the running product it is, or null.
 const OptionRow* findOption(std::string_view nameOrKey);
 
+}  // namespace v1
 }  // namespace qorvane

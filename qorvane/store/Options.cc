@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "qorvane/desktop/Log.h"
+#include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
 #include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
@@ -10,9 +12,7 @@
 #include "qorvane/jurisdictions/NoticeOfAssAndRefundMapping.h"
 #include "qorvane/jurisdictions/RC59OptionsMapping.h"
 #include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
-#include "qorvane/platform/Log.h"
-#include "qorvane/platform/NotificationCenter.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/Folders.h"
@@ -22,7 +22,7 @@
 #include "qorvane/vocabulary/Notifications.h"
 #include "qorvane/vocabulary/OptionStrings.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 constinit bool notifyAll = false;
 constinit bool bSettingVals = false;
@@ -130,4 +130,4 @@ void Options::setIsStepsMode(bool on) {
   if (tell) NotificationCenter::defaultCenter().postNotificationName(kStepFormsModeChangeEvt, this);
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

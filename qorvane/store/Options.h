@@ -20,13 +20,14 @@
 #include <optional>
 #include <string_view>
 
+#include "qorvane/desktop/Color.h"
+#include "qorvane/desktop/FontDescriptor.h"
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
-#include "qorvane/platform/Color.h"
-#include "qorvane/platform/FontDescriptor.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class DateFormatter;
 class NumberFormatter;
@@ -764,4 +765,5 @@ class Options {
   std::unique_ptr<Dictionary> opts_;
 };
 
+}  // namespace v1
 }  // namespace qorvane

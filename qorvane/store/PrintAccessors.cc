@@ -8,7 +8,7 @@
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/OptionStrings.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -48,4 +48,4 @@ void Options::setPrintFontForFooter(const std::optional<FontDescriptor>& font) {
   writeFont(opts_.get(), kFooterFontName, font);
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

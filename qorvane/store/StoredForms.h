@@ -10,12 +10,12 @@
 #include <optional>
 #include <string_view>
 
+#include "qorvane/desktop/ColorArchive.h"
+#include "qorvane/desktop/FontDescriptor.h"
 #include "qorvane/foundation/Value.h"
 #include "qorvane/jurisdictions/ChoiceLists.h"
-#include "qorvane/platform/ColorArchive.h"
-#include "qorvane/platform/FontDescriptor.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 /// A text kept as it is. A number reads as its decimal text, any other kind as nil.
 struct TextForm {
@@ -156,4 +156,4 @@ struct ColorForm {
   static Value encode(const std::optional<Color>& color) { return archiveColor(*color); }
 };
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -4,11 +4,13 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 /// Owns the option keys; has no behaviour.
 class OptionStrings {};
 
+}  // namespace v1
 }  // namespace qorvane
 
 #define VOCABULARY_LIST "qorvane/vocabulary/OptionStrings.def"

@@ -7,11 +7,13 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 /// Owns the keys of T1 return elements; has no behaviour.
 class ReturnElements {};
 
+}  // namespace v1
 }  // namespace qorvane
 
 #define VOCABULARY_LIST "qorvane/vocabulary/ReturnElements.def"

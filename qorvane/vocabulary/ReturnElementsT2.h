@@ -4,11 +4,13 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 /// Owns the keys of T2 return elements; has no behaviour.
 class ReturnElementsT2 {};
 
+}  // namespace v1
 }  // namespace qorvane
 
 #define VOCABULARY_LIST "qorvane/vocabulary/ReturnElementsT2.def"

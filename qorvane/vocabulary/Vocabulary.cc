@@ -10,7 +10,7 @@
 #include "qorvane/vocabulary/ReturnElements.h"
 #include "qorvane/vocabulary/ReturnElementsT2.h"
 
-namespace qorvane {
+namespace qorvane::inline v1 {
 
 namespace {
 
@@ -84,4 +84,4 @@ std::span<const VocabularyEntry> vocabulary() {
   return entries;
 }
 
-}  // namespace qorvane
+}  // namespace qorvane::inline v1

@@ -6,7 +6,8 @@
 
 #include "qorvane/foundation/Text.h"
 
-namespace [[gnu::visibility("default")]] qorvane {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 struct VocabularyEntry {
   /// The list, such as "option-keys".
@@ -22,4 +23,5 @@ struct VocabularyEntry {
 /// All constants: list by list, and in each list in the order of its rows.
 std::span<const VocabularyEntry> vocabulary();
 
+}  // namespace v1
 }  // namespace qorvane

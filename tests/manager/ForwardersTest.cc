@@ -8,8 +8,8 @@
 #include <set>
 #include <variant>
 
+#include "qorvane/desktop/MemoryFileManager.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/platform/MemoryFileManager.h"
 #include "tests/Table.h"
 #include "tests/store/StoreTest.h"
 

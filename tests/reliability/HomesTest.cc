@@ -12,9 +12,9 @@
 #include <functional>
 #include <iostream>
 
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/FileUserDefaults.h"
-#include "qorvane/platform/LogCapture.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 #include "tests/TestHome.h"

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "qorvane/platform/FileUserDefaults.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/TestHome.h"
 #include "tests/tool/ToolRun.h"

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "qorvane/platform/SystemCalls.h"
+#include "qorvane/preferences/SystemCalls.h"
 
 namespace testing_support {
 

@@ -6,9 +6,9 @@
 #include <new>
 #include <optional>
 
-#include "qorvane/platform/FileUserDefaults.h"
-#include "qorvane/platform/LogCapture.h"
-#include "qorvane/platform/NotificationCenter.h"
+#include "qorvane/desktop/LogCapture.h"
+#include "qorvane/desktop/NotificationCenter.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/Notifications.h"

@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "qorvane/platform/FileUserDefaults.h"
-#include "qorvane/platform/LogCapture.h"
-#include "qorvane/platform/PropertyList.h"
+#include "qorvane/desktop/LogCapture.h"
+#include "qorvane/preferences/FileUserDefaults.h"
+#include "qorvane/propertylist/PropertyList.h"
 #include "tests/TestHome.h"
 #include "tests/reliability/OrdinaryUser.h"
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/foundation/Value.h"
-#include "qorvane/platform/FileUserDefaults.h"
-#include "qorvane/platform/LogCapture.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "tests/TestHome.h"
 
 namespace testing_support {

@@ -3,8 +3,8 @@
 #include <limits>
 #include <optional>
 
+#include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/ColorArchive.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/StoreTest.h"
 

@@ -4,10 +4,10 @@
 #include <functional>
 #include <limits>
 
+#include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/foundation/Data.h"
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/NotificationCenter.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/ExpectedOptions.h"
 #include "tests/store/StoreWorld.h"

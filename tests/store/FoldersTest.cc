@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "qorvane/platform/Bundle.h"
-#include "qorvane/platform/MemoryFileManager.h"
+#include "qorvane/desktop/Bundle.h"
+#include "qorvane/desktop/MemoryFileManager.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/StoreTest.h"
 

@@ -5,8 +5,8 @@
 #include <limits>
 #include <optional>
 
-#include "qorvane/platform/DateFormatter.h"
-#include "qorvane/platform/NumberFormatter.h"
+#include "qorvane/formats/DateFormatter.h"
+#include "qorvane/formats/NumberFormatter.h"
 #include "tests/store/StoreTest.h"
 
 namespace qorvane {

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/platform/FileUserDefaults.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/store/LoadLists.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/vocabulary/OptionStrings.h"

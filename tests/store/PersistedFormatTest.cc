@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "qorvane/platform/ColorArchive.h"
+#include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/StoreTest.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "qorvane/platform/NotificationCenter.h"
+#include "qorvane/desktop/NotificationCenter.h"
 #include "tests/store/StoreWorld.h"
 
 namespace qorvane {

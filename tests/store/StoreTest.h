@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "qorvane/platform/LogCapture.h"
-#include "qorvane/platform/NotificationCenter.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/desktop/LogCapture.h"
+#include "qorvane/desktop/NotificationCenter.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/Notifications.h"

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/platform/LogCapture.h"
-#include "qorvane/platform/UserDefaults.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 #include "tests/TestHome.h"

@@ -1,0 +1,6 @@
+// The version, said once: the build files, the packages, the tool and its manual pages read it here.
+// Major: what breaks programs or files (the shared library's name carries it). Minor: what is added. Patch:
+// mends.
+#pragma once
+
+#define OPTIONSMGR_VERSION "1.0.0"

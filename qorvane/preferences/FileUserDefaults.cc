@@ -1,0 +1,514 @@
+#include "qorvane/preferences/FileUserDefaults.h"
+
+#include <fcntl.h>
+#include <limits.h>
+
+#include <cerrno>
+#include <ctime>
+#include <initializer_list>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "qorvane/desktop/BaseDirectories.h"
+#include "qorvane/desktop/Log.h"
+#include "qorvane/preferences/FolderLock.h"
+#include "qorvane/preferences/OpenFile.h"
+#include "qorvane/preferences/Seal.h"
+#include "qorvane/propertylist/PropertyList.h"
+
+namespace qorvane::inline v1 {
+
+namespace {
+
+constexpr mode_t kPrivateFolder = 0700;
+// Settings are some kilobytes; a file beyond this is somebody's accident, not settings.
+constexpr std::size_t kLargestFile = std::size_t{512} << 20;
+
+std::string folderOf(const std::string& path) {
+  const std::size_t last = path.find_last_of('/');
+  return last == path.npos ? "." : path.substr(0, last);
+}
+
+std::string utcText(std::time_t time) {
+  std::tm utc{};
+  gmtime_r(&time, &utc);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &utc)};
+}
+
+// Whether the file itself is what cannot be read, rather than this process that cannot read just now.
+bool isTroubleOfTheFile(int error) {
+  return error == EIO || error == EACCES || error == EPERM || error == EINVAL || error == EFBIG;
+}
+
+// A line that there is no memory for is lost, as one that the system does not take. By then the files are
+// what the line would tell, and nothing may pretend otherwise.
+void logLine(std::initializer_list<std::string_view> parts) noexcept try {
+  std::string line;
+  for (const std::string_view part : parts) line += part;
+  log(Text(line));
+} catch (const std::bad_alloc&) {
+}
+
+}  // namespace
+
+// What stands at a path: the inspection, the bytes, and the top-level dictionary of a good file, unless its
+// bytes were known.
+struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
+  Value top;
+  std::string bytes;
+  /// A damaged file that could not even be read.
+  bool unreadable = false;
+
+  bool isGood() const { return state == State::Good; }
+  const Value& object(const Text& key) const { return *top.asDictionary()->find(key.view()); }
+};
+
+// A new file in the folder of the one that it is to replace: written and synced, removed again unless
+// published.
+class FileUserDefaults::StagedFile {
+ public:
+  StagedFile(FileUserDefaults& store, const std::string& path, const std::string& target,
+             std::string_view bytes)
+      : store_(store), path_(path), target_(target) {
+    OpenFile file(store_.calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
+    if (!file) FileException::raise("cannot create " + path_, errno);
+    try {
+      if (!file.makePrivate()) FileException::raise("cannot make " + path_ + " private", errno);
+      if (!file.write(bytes)) FileException::raise("cannot write " + path_, errno);
+      if (!file.sync()) FileException::raise("cannot sync " + path_ + " to the disk", errno);
+      if (!file.close()) FileException::raise("cannot close " + path_, errno);
+    } catch (...) {
+      discard();
+      throw;
+    }
+  }
+  ~StagedFile() {
+    if (!published_) discard();
+  }
+  StagedFile(const StagedFile&) = delete;
+  StagedFile& operator=(const StagedFile&) = delete;
+
+  /// Puts the file in its target's place; not yet synced to the folder.
+  void publish() {
+    if (store_.calls_.rename(path_.c_str(), target_.c_str()) != 0)
+      FileException::raise("cannot put " + path_ + " in the place of " + target_, errno);
+    published_ = true;
+  }
+
+ private:
+  void discard() noexcept { store_.calls_.unlink(path_.c_str()); }
+
+  FileUserDefaults& store_;
+  std::string path_;
+  std::string target_;
+  bool published_ = false;
+};
+
+FileUserDefaults::FileUserDefaults(std::string folder, SystemCalls& calls)
+    : folder_(std::move(folder)), calls_(calls) {}
+FileUserDefaults::~FileUserDefaults() = default;
+
+std::string FileUserDefaults::defaultFolder() {
+  const Text config = configDirectory();
+  return config.isNil() ? std::string() : pathBelow(config, "Qorvane").string();
+}
+
+std::string FileUserDefaults::pathForKey(const Text& key) const {
+  if (folder_.empty())
+    throw FileException(
+        "there is no preference folder: neither XDG_CONFIG_HOME nor HOME names an absolute path", ENOENT);
+  const std::string_view name = key.view();
+  if (name.empty() || name.front() == '.' || name.find_first_of(std::string_view("/\0", 2)) != name.npos)
+    throw Exception("\"" + key.string() + "\" cannot name a preference file");
+  return folder_ + "/" + key.string() + ".plist";
+}
+
+// ---- reading --------------------------------------------------------------------------------------
+
+// False when there is no folder.
+bool FileUserDefaults::checkFolder(Use use) const {
+  struct stat status;
+  if (calls_.stat(folder_.c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    FileException::raise("cannot examine the folder " + folder_, errno);
+  }
+  const uid_t me = calls_.geteuid();
+  // Root looks after the settings of others, but files that it made for them they could not read.
+  if (use == Use::Reading && me == 0) return true;
+  if (status.st_uid != me && !(use == Use::Reading && status.st_uid == 0))
+    FileException::raise(
+        "the folder " + folder_ + " belongs to another user (number " + std::to_string(status.st_uid) + ")",
+        EACCES);
+  if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+    FileException::raise("other users may change the folder " + folder_ + "; `chmod go-w` forbids it to them",
+                         EACCES);
+  return true;
+}
+
+std::optional<std::string> FileUserDefaults::readFile(const std::string& path) const {
+  // Without O_NONBLOCK a named pipe in the file's place would hold the caller up for ever.
+  OpenFile file(calls_, path, O_RDONLY | O_NONBLOCK);
+  if (!file) {
+    if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+    FileException::raise("cannot open " + path, errno);
+  }
+  struct stat status;
+  if (calls_.fstat(file.descriptor(), &status) != 0) FileException::raise("cannot examine " + path, errno);
+  if (!S_ISREG(status.st_mode)) throw FileException(path + " is no file of settings", EINVAL);
+  if (static_cast<std::uint64_t>(status.st_size) > kLargestFile)
+    throw FileException(path + " is too large for a file of settings", EFBIG);
+  std::string bytes;
+  if (!file.read(bytes, static_cast<std::size_t>(status.st_size)))
+    FileException::raise("cannot read " + path, errno);
+  return bytes;
+}
+
+FileUserDefaults::Contents FileUserDefaults::examine(const std::string& path, const Text& key,
+                                                     const Known* known) const {
+  std::optional<std::string> bytes = readFile(path);
+  if (!bytes) return {};
+  Contents contents;
+  // No empty file is good, and none is known.
+  if (known && !bytes->empty() && *bytes == known->bytes) {
+    contents.state = Inspection::State::Good;
+    contents.generation = known->generation;
+  } else {
+    contents = judge(*bytes, key);
+  }
+  contents.bytes = std::move(*bytes);
+  return contents;
+}
+
+FileUserDefaults::Contents FileUserDefaults::judge(std::string_view bytes, const Text& key) {
+  const auto damaged = [](const std::string& what) {
+    Contents contents;
+    contents.state = Inspection::State::Damaged;
+    contents.damage = Text(what);
+    return contents;
+  };
+  const SealCheck seal = checkSeal(bytes);
+  if (seal.state == SealState::Broken) return damaged("its bytes do not match its checksum");
+  try {
+    Contents contents;
+    contents.top = readPropertyList(bytes);
+    const Dictionary* entries = contents.top.asDictionary();
+    if (!entries || !entries->find(key.view())) return damaged("it has no entry \"" + key.string() + "\"");
+    contents.state = Inspection::State::Good;
+    contents.sealed = seal.state == SealState::Intact;
+    contents.generation = seal.generation;
+    return contents;
+  } catch (const Exception& error) {
+    return damaged(error.what());
+  }
+}
+
+FileUserDefaults::Inspection FileUserDefaults::inspect(const Text& key) const {
+  const std::string path = pathForKey(key);
+  return checkFolder(Use::Reading) ? examine(path, key) : Inspection();
+}
+
+FileUserDefaults::Inspection FileUserDefaults::inspectBackup(const Text& key) const {
+  const std::string backup = backupPathForKey(key);
+  return checkFolder(Use::Reading) ? examine(backup, key) : Inspection();
+}
+
+Value FileUserDefaults::objectForKey(const Text& key) try {
+  if (const auto set = pending_.find(key.view()); set != pending_.end()) return set->second;
+  const std::string path = pathForKey(key);
+  const auto unread = unread_.insert(key.string()).first;
+  Contents contents;
+  if (checkFolder(Use::Reading)) contents = examine(path, key);
+  Value object = contents.state == Inspection::State::Damaged ? recover(key, contents.damage.string())
+                 : contents.isGood()                          ? contents.object(key)
+                                                              : Value();
+  if (contents.isGood() && contents.top.asDictionary()->size() == 1)
+    known_[key.string()] = {std::move(contents.bytes), contents.generation};
+  unread_.erase(unread);
+  return object;
+} catch (const FileException& error) {
+  logLine({"the settings \"", key.view(), "\" could not be loaded: ", error.what()});
+  throw;
+}
+
+Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
+  const std::string path = pathForKey(key);
+  const std::string backup = backupPathForKey(key);
+  Contents good;
+  try {
+    good = examine(backup, key);
+  } catch (const FileException& error) {
+    // It may well be good: starting afresh would push it out in the end.
+    throw FileException(path + " is damaged (" + damage + "), and its last good copy: " + error.what(),
+                        error.systemError());
+  }
+  std::string bytes;
+  if (good.isGood()) bytes = sealedPropertyList(good.top, good.generation + 1);
+  std::string aside;
+  std::string trouble;
+  try {
+    const Lock lock(*this);
+    // Another process may have mended or replaced the file meanwhile.
+    const Contents now = examine(path, key);
+    if (now.state != Inspection::State::Damaged) return now.isGood() ? now.object(key) : Value();
+    if (good.state == Inspection::State::Damaged) setAside(backup, backup, backup + ".new", false);
+    // The copy takes the file's place at once, so that the settings do not hang on a later save.
+    aside = replace(path, now, good.isGood() ? &bytes : nullptr);
+  } catch (const FileException& error) {
+    // In a folder that is read-only, for instance: the bytes stay where they are.
+    trouble = error.what();
+  }
+  logLine({path, " is damaged (", damage, "); ",
+           trouble.empty() ? "it was kept as " : "it stays where it is: ", trouble.empty() ? aside : trouble,
+           good.isGood() ? "; the last good copy, " : "; there is no good copy, so its settings start afresh",
+           good.isGood() ? backup : "", good.isGood() ? ", was loaded" : ""});
+  return good.isGood() ? good.object(key) : Value();
+}
+
+// ---- writing --------------------------------------------------------------------------------------
+
+void FileUserDefaults::setObject(const Value& value, const Text& key) {
+  requirePropertyList(value, key);
+  if (value.isNil() && unread_.contains(key.view()))
+    throw Exception("the settings \"" + key.string() + "\" could not be read, so they are not removed");
+  pending_.insert_or_assign(key.string(), value);
+}
+
+bool FileUserDefaults::synchronize() {
+  lastFailure_.reset();
+  for (auto next = pending_.begin(); next != pending_.end();) {
+    const std::string& key = next->first;
+    try {
+      save(Text(key), next->second);
+      next = pending_.erase(next);
+      continue;
+    } catch (const FileException& error) {
+      noteFailure(key, error.what(), error.systemError());
+    } catch (const Exception& error) {
+      noteFailure(key, error.what(), 0);
+    } catch (const std::bad_alloc&) {
+      noteFailure(key, "there is not enough memory", ENOMEM);
+    }
+    ++next;
+  }
+  if (lastFailure_) logLine({"the settings were not saved: ", lastFailure_->reason});
+  return !lastFailure_;
+}
+
+void FileUserDefaults::noteFailure(const std::string& key, const char* reason, int systemError) noexcept try {
+  const std::string path = folder_ + "/" + key + ".plist";
+  lastFailure_ = StoreFailure{Text("cannot save " + path + ": " + reason), systemError};
+} catch (const std::bad_alloc&) {
+  lastFailure_ = StoreFailure{"there is not enough memory to save the settings", ENOMEM};
+}
+
+void FileUserDefaults::save(const Text& key, const Value& value) {
+  const Lock lock(*this);
+  const std::string path = pathForKey(key);
+  Known& known = known_[key.string()];
+  Contents old;
+  try {
+    old = examine(path, key, &known);
+  } catch (const FileException& error) {
+    struct stat status;
+    if (value.isNil() || !isTroubleOfTheFile(error.systemError()) || calls_.lstat(path.c_str(), &status) != 0)
+      throw;
+    old.state = Inspection::State::Damaged;
+    old.unreadable = true;
+    old.damage = Text(std::string(error.what()));
+  }
+  std::string bytes;
+  bool alone = false;
+  if (!value.isNil()) {
+    Dictionary top;
+    if (const Dictionary* entries = old.top.asDictionary()) top = *entries;
+    top.set(key, value);
+    alone = top.size() == 1;
+    bytes = sealedPropertyList(std::move(top), old.generation + 1);
+  }
+  const std::string aside = replace(path, old, value.isNil() ? nullptr : &bytes);
+  if (alone) known = {std::move(bytes), old.generation + 1};
+  if (!aside.empty())
+    logLine({path, old.unreadable ? " could not be read (" : " is damaged (", old.damage,
+             "); it was kept as ", aside, " before the settings were saved"});
+}
+
+// Puts the bytes, or nothing, in the place of the file as it was found under the lock. What was there becomes
+// the last good copy; if it is not good, it must neither be lost nor push the last good copy out, and is set
+// aside under the name that is answered. A failure leaves everything as it was.
+std::string FileUserDefaults::replace(const std::string& path, const Contents& old,
+                                      const std::string* bytes) {
+  const std::string file = targetOf(path);
+  const std::string staging = file + ".new";
+  const std::string backup = path + ".bak";
+  const std::string spare = backup + ".new";
+  // Opened now: once the new file is in its place, nothing but the sync itself may fail.
+  OpenFile folder(calls_, folderOf(file), O_RDONLY | O_DIRECTORY);
+  if (!folder) FileException::raise("cannot open the folder " + folderOf(file), errno);
+  // Only the holder of the lock makes these, so any found here were left by a process that died.
+  calls_.unlink(staging.c_str());
+  calls_.unlink(spare.c_str());
+  std::optional<StagedFile> replacement;
+  if (bytes) replacement.emplace(*this, staging, file, *bytes);
+
+  std::string aside;
+  if (old.isGood())
+    keepAsBackup(file, spare, backup);
+  else if (old.state == Inspection::State::Damaged)
+    aside = setAside(file, path, spare, old.unreadable);
+  lock_->requireHeld();
+  try {
+    if (replacement)
+      replacement->publish();
+    else if (calls_.unlink(file.c_str()) != 0 && errno != ENOENT)
+      FileException::raise("cannot remove " + file, errno);
+    if (!folder.syncFolder())
+      FileException::raise("cannot sync the folder of " + file + " to the disk", errno);
+  } catch (...) {
+    // Nobody can say what the disk holds now; the caller is told that the save failed, so what it sees must
+    // be the old file again.
+    if (old.isGood())
+      putBack(backup, staging, file);
+    else if (aside.empty())
+      calls_.unlink(file.c_str());
+    else if (calls_.rename(aside.c_str(), file.c_str()) == 0 || putBack(aside, staging, file))
+      calls_.unlink(aside.c_str());  // Renaming one name of a file to another of its names leaves both.
+    throw;
+  }
+  return aside;
+}
+
+void FileUserDefaults::copy(const std::string& from, const std::string& staging, const std::string& to) {
+  const std::optional<std::string> bytes = readFile(from);
+  if (!bytes) FileException::raise("cannot read " + from, ENOENT);
+  StagedFile(*this, staging, to, *bytes).publish();
+}
+
+void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& spare,
+                                    const std::string& backup) {
+  // A file system without hard links, or a target on another one: a copy does as well.
+  if (calls_.link(file.c_str(), spare.c_str()) != 0) return copy(file, spare, backup);
+  const bool kept = calls_.rename(spare.c_str(), backup.c_str()) == 0;
+  const int error = errno;
+  calls_.unlink(spare.c_str());  // Still there when the copy was another name of the file already.
+  if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
+  // Another program may have left the file open to others; a failure leaves the copy as open as that was.
+  struct stat status;
+  if (calls_.lstat(backup.c_str(), &status) != 0 || (status.st_mode & kRights) != kPrivateFile)
+    calls_.chmod(backup.c_str(), kPrivateFile);
+}
+
+bool FileUserDefaults::putBack(const std::string& kept, const std::string& staging,
+                               const std::string& file) noexcept {
+  calls_.unlink(staging.c_str());
+  const bool back =
+      calls_.link(kept.c_str(), staging.c_str()) == 0 && calls_.rename(staging.c_str(), file.c_str()) == 0;
+  calls_.unlink(staging.c_str());
+  if (back) return true;
+  try {
+    copy(kept, staging, file);
+    return true;
+  } catch (const std::exception&) {
+    // What was kept still holds the old bytes.
+    return false;
+  }
+}
+
+std::string FileUserDefaults::setAside(const std::string& file, const std::string& path,
+                                       const std::string& spare, bool unreadable) {
+  const std::string wanted = path + (unreadable ? ".unreadable-" : ".damaged-") + utcText(calls_.time());
+  std::string aside = wanted;
+  bool moved = false;
+  // Whatever the clock says, nothing that was set aside before is overwritten.
+  for (int copies = 2; calls_.link(file.c_str(), aside.c_str()) != 0; ++copies) {
+    struct stat status;
+    const int error = errno;
+    if (error != EEXIST && calls_.lstat(aside.c_str(), &status) != 0) {
+      if (errno != ENOENT) FileException::raise("cannot examine " + aside, errno);
+      // No hard links here: a copy does as well, and what cannot be copied is moved.
+      if (!unreadable)
+        copy(file, spare, aside);
+      else if (calls_.rename(file.c_str(), aside.c_str()) != 0)
+        FileException::raise("cannot set " + file + " aside as " + aside, errno);
+      moved = unreadable;
+      break;
+    }
+    aside = wanted + "-" + std::to_string(copies);
+  }
+  if (!unreadable) calls_.chmod(aside.c_str(), kPrivateFile);  // As for the last good copy.
+  // A power cut may keep any of the changes of names since the last sync and drop the others: this name must
+  // be there before the file's goes to another.
+  OpenFile folder(calls_, folder_, O_RDONLY | O_DIRECTORY);
+  if (!folder || !folder.syncFolder()) {
+    const int error = errno;
+    if (moved)
+      calls_.rename(aside.c_str(), file.c_str());
+    else
+      calls_.unlink(aside.c_str());
+    FileException::raise("cannot sync the folder " + folder_ + " to the disk", error);
+  }
+  return aside;
+}
+
+// The path, or where it points if it is a symbolic link.
+std::string FileUserDefaults::targetOf(const std::string& path) const {
+  constexpr int kMostLinks = 40;  // As many as the kernel follows.
+  std::string target = path;
+  for (int followed = 0; followed <= kMostLinks; ++followed) {
+    char next[PATH_MAX];
+    const ssize_t length = calls_.readlink(target.c_str(), next, sizeof next);
+    if (length >= 0) {
+      const std::string_view name(next, static_cast<std::size_t>(length));
+      target = name.starts_with('/') ? std::string(name) : folderOf(target) + "/" + std::string(name);
+      continue;
+    }
+    if (errno != EINVAL && errno != ENOENT) FileException::raise("cannot follow " + target, errno);
+    struct stat status;
+    if (target != path && calls_.lstat(target.c_str(), &status) == 0 && status.st_uid != calls_.geteuid())
+      FileException::raise(path + " points to " + target + ", which belongs to another user (number " +
+                               std::to_string(status.st_uid) + ")",
+                           EACCES);
+    return target;
+  }
+  FileException::raise("cannot follow " + path, ELOOP);
+}
+
+// ---- the folder and its lock ------------------------------------------------------------------------
+
+void FileUserDefaults::makeFolder(const std::string& folder) {
+  if (folder.empty() || folder == ".") return;  // The root and the current folder are there, or nothing is.
+  if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0) {
+    if (errno == EEXIST) return;
+    if (errno != ENOENT) FileException::raise("cannot create the folder " + folder, errno);
+    makeFolder(folderOf(folder));
+    if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0 && errno != EEXIST)
+      FileException::raise("cannot create the folder " + folder, errno);
+  }
+  // A umask may have taken the owner's own rights; and a folder that a power cut takes away takes with it
+  // what was saved in it.
+  OpenFile parent(calls_, folderOf(folder) + "/", O_RDONLY | O_DIRECTORY);
+  if (calls_.chmod(folder.c_str(), kPrivateFolder) != 0 || !parent || !parent.syncFolder()) {
+    const int error = errno;
+    calls_.rmdir(folder.c_str());
+    FileException::raise("cannot create the folder " + folder, error);
+  }
+}
+
+FileUserDefaults::Lock::Lock(FileUserDefaults& store) : store_(store) {
+  if (store.lockDepth_ == 0) {
+    if (store.folder_.empty()) static_cast<void>(store.pathForKey("Settings"));  // Throws: what is missing.
+    if (!store.checkFolder(Use::Saving)) {
+      store.makeFolder(store.folder_);
+      store.checkFolder(Use::Saving);
+    }
+    store.lock_ = std::make_unique<FolderLock>(store.calls_, store.folder_, store.lockWait_);
+  }
+  ++store.lockDepth_;
+}
+
+FileUserDefaults::Lock::~Lock() {
+  if (--store_.lockDepth_ == 0) store_.lock_.reset();
+}
+
+}  // namespace qorvane::inline v1

@@ -1,0 +1,57 @@
+#include "qorvane/preferences/OpenFile.h"
+
+#include <system_error>
+
+#include "qorvane/preferences/FileException.h"
+
+namespace qorvane::inline v1 {
+
+bool OpenFile::read(std::string& bytes, std::size_t count) {
+  const std::size_t before = bytes.size();
+  bytes.resize(before + count);
+  std::size_t have = before;
+  while (have < bytes.size()) {
+    const ssize_t got = calls_.read(descriptor_, bytes.data() + have, bytes.size() - have);
+    if (got == 0) break;
+    if (got > 0)
+      have += static_cast<std::size_t>(got);
+    else if (errno != EINTR)
+      return false;
+  }
+  bytes.resize(have);
+  return true;
+}
+
+bool OpenFile::write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = calls_.write(descriptor_, bytes.data(), bytes.size());
+    if (count > 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    } else if (count == 0) {
+      errno = ENOSPC;
+      return false;
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool OpenFile::makePrivate() {
+  struct stat status;
+  return (calls_.fstat(descriptor_, &status) == 0 && (status.st_mode & kRights) == kPrivateFile) ||
+         calls_.fchmod(descriptor_, kPrivateFile) == 0;
+}
+
+bool OpenFile::sync() {
+  int result;
+  do result = calls_.fsync(descriptor_);
+  while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+void FileException::raise(const std::string& what, int systemError) {
+  throw FileException(what + ": " + std::generic_category().message(systemError), systemError);
+}
+
+}  // namespace qorvane::inline v1

@@ -1,0 +1,98 @@
+#include "qorvane/preferences/UserDefaults.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/FileUserDefaults.h"
+
+namespace qorvane::inline v1 {
+
+namespace {
+
+constexpr int kDeepest = 500;
+
+bool isPropertyList(const Value& value, int depth) {
+  if (depth > kDeepest) return false;
+  switch (value.kind()) {
+    case Value::Kind::Nil:
+      return false;
+    case Value::Kind::Array:
+      return std::ranges::all_of(*value.asArray(),
+                                 [&](const Value& v) { return isPropertyList(v, depth + 1); });
+    case Value::Kind::Dictionary:
+      return std::ranges::all_of(*value.asDictionary(), [&](const Dictionary::Entry& entry) {
+        return isPropertyList(entry.value, depth + 1);
+      });
+    default:
+      return true;
+  }
+}
+
+UserDefaults* replacementStore = nullptr;
+
+void raise(FaultInjectingUserDefaults::Fault fault, const char* what) {
+  switch (fault) {
+    case FaultInjectingUserDefaults::Fault::None:
+      return;
+    case FaultInjectingUserDefaults::Fault::PlatformException:
+      throw Exception(what);
+    case FaultInjectingUserDefaults::Fault::OtherException:
+      throw std::logic_error(what);
+  }
+}
+
+}  // namespace
+
+UserDefaults& UserDefaults::standardUserDefaults() {
+  if (replacementStore) return *replacementStore;
+  static FileUserDefaults& files =
+      *new FileUserDefaults;  // Never destroyed: saves may come until the very end.
+  return files;
+}
+
+void UserDefaults::setStandardUserDefaults(UserDefaults* replacement) { replacementStore = replacement; }
+
+void UserDefaults::requirePropertyList(const Value& value, const Text& key) {
+  if (key.isNil()) throw Exception("a preference key may not be nil");
+  if (!value.isNil() && !isPropertyList(value, 1))
+    throw Exception("the value for \"" + key.string() +
+                    "\" is no property list: something in it is nil or nested too deeply");
+}
+
+Value MemoryUserDefaults::objectForKey(const Text& key) {
+  const auto found = objects_.find(key.view());
+  return found == objects_.end() ? Value() : found->second;
+}
+
+void MemoryUserDefaults::setObject(const Value& value, const Text& key) {
+  requirePropertyList(value, key);
+  if (value.isNil())
+    objects_.erase(key.string());
+  else
+    objects_.insert_or_assign(key.string(), value);
+}
+
+bool MemoryUserDefaults::synchronize() {
+  ++synchronizeCount_;
+  return true;
+}
+
+Value FaultInjectingUserDefaults::objectForKey(const Text& key) {
+  raise(onRead, "the store cannot be read");
+  return MemoryUserDefaults::objectForKey(key);
+}
+
+void FaultInjectingUserDefaults::setObject(const Value& value, const Text& key) {
+  raise(onSet, "the store cannot take the value");
+  MemoryUserDefaults::setObject(value, key);
+}
+
+bool FaultInjectingUserDefaults::synchronize() {
+  raise(onSynchronize, "the store cannot be written");
+  MemoryUserDefaults::synchronize();
+  return !failure;
+}
+
+}  // namespace qorvane::inline v1

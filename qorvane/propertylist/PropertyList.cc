@@ -1,0 +1,56 @@
+#include "qorvane/propertylist/PropertyList.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "qorvane/propertylist/PropertyListParts.h"
+
+namespace qorvane::inline v1 {
+
+PropertyListFormat formatOf(std::string_view bytes) {
+  if (bytes.starts_with("bplist")) return PropertyListFormat::Binary;
+  for (const std::string_view mark : {"\xEF\xBB\xBF", "\xFE\xFF", "\xFF\xFE"})
+    if (bytes.starts_with(mark)) return PropertyListFormat::Xml;
+  const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+  if (first != bytes.npos && bytes[first] == '<') return PropertyListFormat::Xml;
+  throw Exception(bytes.empty()
+                      ? "no property list: there are no bytes"
+                      : "no property list: the bytes begin neither like a binary nor like an XML one");
+}
+
+Value readPropertyList(std::string_view bytes, const PropertyListLimits& limits) {
+  if (bytes.size() > limits.size)
+    throw Exception("the property list is too large: " + std::to_string(bytes.size()) + " bytes, where " +
+                    std::to_string(limits.size) + " are allowed");
+  return formatOf(bytes) == PropertyListFormat::Binary ? detail::readBinary(bytes, limits)
+                                                       : detail::readXml(bytes, limits);
+}
+
+std::string writePropertyList(const Value& value, PropertyListFormat format) {
+  return format == PropertyListFormat::Binary ? writeBinaryPropertyList(value) : detail::writeXml(value);
+}
+
+void detail::WriterBudget::fail(const KeyPath* path, std::string_view why) {
+  std::vector<const KeyPath*> steps;
+  for (; path; path = path->outer) steps.push_back(path);
+  std::ranges::reverse(steps);
+  std::string name;
+  // A path is read by a person: the first of very many steps will do.
+  constexpr std::size_t kLongest = 200;
+  for (const KeyPath* step : steps) {
+    if (name.size() > kLongest) {
+      name += "…";
+      break;
+    }
+    if (step->key) {
+      if (!name.empty()) name += '.';
+      name += step->key->view();
+    } else {
+      name += '[' + std::to_string(step->index) + ']';
+    }
+  }
+  throw Exception("no property list can be written: " + std::string(why) +
+                  (name.empty() ? " at the top" : " at \"" + name + "\""));
+}
+
+}  // namespace qorvane::inline v1

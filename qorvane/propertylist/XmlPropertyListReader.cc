@@ -1,0 +1,545 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/propertylist/PropertyListParts.h"
+#include "qorvane/propertylist/Utf16.h"
+
+namespace qorvane::inline v1::detail {
+
+namespace {
+
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool equalsIgnoringCase(std::string_view text, std::string_view lower) {
+  return std::ranges::equal(text, lower, {}, [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+}
+
+/// Takes a sign from the front; true for a minus.
+bool takeSign(std::string_view& text) {
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  return negative;
+}
+
+/// The characters that a document may hold, in itself or by reference.
+bool isXmlCharacter(std::uint32_t c) {
+  return c >= 0x20 ? c <= 0xD7FF || (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF)
+                   : c == '\t' || c == '\n' || c == '\r';
+}
+
+/// Base64 digits by character: their number, 64 for a blank, 65 for anything else.
+constexpr std::array<std::uint8_t, 256> kBase64 = [] {
+  std::array<std::uint8_t, 256> table;
+  table.fill(65);
+  for (const char blank : {' ', '\t', '\n', '\r'}) table[static_cast<unsigned char>(blank)] = 64;
+  std::uint8_t number = 0;
+  for (const char digit :
+       std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"))
+    table[static_cast<unsigned char>(digit)] = number++;
+  return table;
+}();
+
+class XmlReader {
+ public:
+  XmlReader(std::string_view text, bool wasUtf16, const PropertyListLimits& limits)
+      : text_(text), wasUtf16_(wasUtf16), limits_(limits) {}
+
+  Value read() {
+    checkCharacters();
+    readProlog();
+    const Tag root = readTag();
+    if (root.closing || root.name != "plist") fail(root.at, "the document is no <plist>");
+    if (root.empty) fail(root.at, kNoValue);
+    Tag tag = nextTag(root);
+    if (tag.closing) fail(root.at, kNoValue);
+    Value value = readValue(tag, 0);
+    tag = nextTag(root);
+    if (!tag.closing) fail(tag.at, "there is a second value in <plist>");
+    close(tag, root);
+    skipAside();
+    if (at_ != text_.size()) fail(at_, "something follows the end of the document");
+    return value;
+  }
+
+ private:
+  struct Tag {
+    /// Where its '<' stands.
+    std::size_t at;
+    std::string_view name;
+    /// </name>
+    bool closing = false;
+    /// <name/>
+    bool empty = false;
+  };
+
+  [[noreturn]] void fail(std::size_t at, std::string_view why) const {
+    const std::string_view before = text_.substr(0, at);
+    const auto line = 1 + std::ranges::count(before, '\n');
+    const std::string_view inLine = before.substr(before.rfind('\n') + 1);
+    const auto column = 1 + std::ranges::count_if(inLine, [](char c) { return (c & 0xC0) != 0x80; });
+    throw Exception("bad XML property list at line " + std::to_string(line) + ", column " +
+                    std::to_string(column) + ": " + std::string(why));
+  }
+
+  /// The tag as messages show it. Of a damaged file, what stands in the place of a name may be a piece of a
+  /// value, and a password does not belong in a log: only names that mean something are shown.
+  static std::string inTag(std::string_view name, std::string_view begin = "<") {
+    constexpr std::string_view kNames[] = {"plist", "dict", "array",   "key",  "string", "data",
+                                           "date",  "real", "integer", "true", "false"};
+    const bool known = std::ranges::find(kNames, name) != std::end(kNames);
+    return std::string(begin) + (known ? std::string(name) : "…") + ">";
+  }
+
+  void checkCharacters() const {
+    for (std::size_t at = 0; at < text_.size();) {
+      const auto byte = static_cast<unsigned char>(text_[at]);
+      if (byte < 0x80) {
+        if (!isXmlCharacter(byte)) fail(at, "a control character");
+        ++at;
+        continue;
+      }
+      const std::size_t length = utf8SequenceLength(text_, at);
+      if (length == 0) fail(at, "the bytes are no UTF-8");
+      if (length == 3 && byte == 0xEF &&
+          (text_.substr(at, 3) == "\xEF\xBF\xBE" || text_.substr(at, 3) == "\xEF\xBF\xBF"))
+        fail(at, "a character that XML forbids");
+      at += length;
+    }
+  }
+
+  // ---- outside elements --------------------------------------------------------------------------
+
+  bool startsWith(std::string_view what) const { return text_.substr(at_).starts_with(what); }
+
+  void skipBlanks() {
+    while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
+  }
+
+  /// Moves past the next occurrence of `end`; what began at `start` must have one.
+  std::string_view skipPast(std::string_view end, std::size_t start, std::string_view what) {
+    const std::size_t found = text_.find(end, at_);
+    if (found == text_.npos) fail(start, std::string(what) + " does not end");
+    const std::string_view skipped = text_.substr(at_, found - at_);
+    at_ = found + end.size();
+    return skipped;
+  }
+
+  /// Skips a comment or processing instruction, if one begins here.
+  bool skipCommentOrInstruction() {
+    const std::size_t start = at_;
+    if (startsWith("<!--")) {
+      at_ += 4;
+      skipPast("-->", start, "a comment");
+      return true;
+    }
+    if (startsWith("<?")) {
+      at_ += 2;
+      skipPast("?>", start, "a processing instruction");
+      return true;
+    }
+    return false;
+  }
+
+  /// Skips what may stand between elements and says nothing.
+  void skipAside() {
+    do skipBlanks();
+    while (skipCommentOrInstruction());
+  }
+
+  void readProlog() {
+    if (startsWith("<?xml") && text_.size() > 5 && isBlank(text_[5])) {
+      at_ = 5;
+      checkEncoding(skipPast("?>", 0, "the XML declaration"));
+    }
+    skipAside();
+    if (startsWith("<!DOCTYPE")) {
+      skipDoctype();
+      skipAside();
+    }
+  }
+
+  void checkEncoding(std::string_view declaration) const {
+    const std::size_t name = declaration.find("encoding");
+    if (name == declaration.npos) return;
+    const std::size_t quote = declaration.find_first_of("\"'", name);
+    const std::size_t end =
+        quote == declaration.npos ? quote : declaration.find(declaration[quote], quote + 1);
+    if (end == declaration.npos) fail(0, "the XML declaration's encoding has no value");
+    const std::string_view encoding = declaration.substr(quote + 1, end - quote - 1);
+    const auto is = [&](std::string_view lower) { return equalsIgnoringCase(encoding, lower); };
+    if (wasUtf16_ ? is("utf-16") || is("utf-16le") || is("utf-16be")
+                  : is("utf-8") || is("us-ascii") || is("ascii"))
+      return;
+    fail(0, "the encoding \"" + std::string(encoding.substr(0, 40)) + "\" is not supported, UTF-8 is");
+  }
+
+  void skipDoctype() {
+    const std::size_t start = at_;
+    at_ += std::string_view("<!DOCTYPE").size();
+    for (;;) {
+      const std::size_t found = text_.find_first_of("\"'[<>", at_);
+      if (found == text_.npos) fail(start, "the document type does not end");
+      at_ = found + 1;
+      switch (text_[found]) {
+        case '>':
+          return;
+        case '[':
+        case '<':
+          fail(found, "declarations in the document type are not supported");
+        default:
+          skipPast(text_.substr(found, 1), found, "a quotation");
+      }
+    }
+  }
+
+  // ---- tags ----------------------------------------------------------------------------------------
+
+  /// The next tag of an element's content, where nothing but tags may stand.
+  Tag nextTag(const Tag& inside) {
+    skipAside();
+    if (at_ == text_.size()) fail(inside.at, inTag(inside.name) + " does not end");
+    if (text_[at_] != '<') fail(at_, "there is text in " + inTag(inside.name));
+    return readTag();
+  }
+
+  Tag readTag() {
+    Tag tag{.at = at_, .name = {}};
+    if (at_ == text_.size() || text_[at_] != '<') fail(at_, "there is no element");
+    ++at_;
+    if (startsWith("/")) {
+      tag.closing = true;
+      ++at_;
+    }
+    const std::size_t name = at_;
+    while (at_ < text_.size() && isNameCharacter(text_[at_])) ++at_;
+    tag.name = text_.substr(name, at_ - name);
+    if (tag.name.empty()) fail(tag.at, "a '<' that begins no tag");
+    for (;;) {
+      const std::size_t before = at_;
+      skipBlanks();
+      if (at_ == text_.size()) fail(tag.at, "a tag does not end");
+      if (text_[at_] == '>') {
+        ++at_;
+        return tag;
+      }
+      if (!tag.closing && startsWith("/>")) {
+        at_ += 2;
+        tag.empty = true;
+        return tag;
+      }
+      if (tag.closing || before == at_) fail(at_, "a character that may not stand in a tag");
+      skipAttribute();
+    }
+  }
+
+  static bool isNameCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+           c == ':' || c == '-' || c == '.' || static_cast<unsigned char>(c) >= 0x80;
+  }
+
+  /// Attributes mean nothing here: the version of <plist> has only ever been 1.0.
+  void skipAttribute() {
+    const std::size_t start = at_;
+    while (at_ < text_.size() && isNameCharacter(text_[at_])) ++at_;
+    if (at_ == start) fail(at_, "a character that may not stand in a tag");
+    skipBlanks();
+    if (!startsWith("=")) fail(start, "an attribute has no value");
+    ++at_;
+    skipBlanks();
+    if (!startsWith("\"") && !startsWith("'")) fail(start, "an attribute's value is not quoted");
+    const std::string_view quote = text_.substr(at_++, 1);
+    if (skipPast(quote, start, "an attribute's value").find('<') != text_.npos)
+      fail(start, "a '<' in an attribute's value");
+  }
+
+  void close(const Tag& closing, const Tag& opening) const {
+    if (closing.name != opening.name)
+      fail(closing.at, inTag(closing.name, "</") + " where " + inTag(opening.name) + " ends");
+  }
+
+  // ---- values --------------------------------------------------------------------------------------
+
+  Value readValue(const Tag& tag, std::size_t depth) {
+    countObject(tag);
+    const std::string_view name = tag.name;
+    if (name == "string") return Text(content(tag));
+    if (name == "dict") return readDictionary(tag, depth);
+    if (name == "array") return readArray(tag, depth);
+    if (name == "integer") return readInteger(tag, trimmed(content(tag)));
+    if (name == "true" || name == "false") {
+      const bool truth = name == "true";
+      if (!trimmed(content(tag)).empty()) fail(tag.at, inTag(name) + " is not empty");
+      return Number(truth);
+    }
+    if (name == "real") return readReal(tag, trimmed(content(tag)));
+    if (name == "data") return readData(tag, content(tag));
+    if (name == "date") return readDate(tag, trimmed(content(tag)));
+    if (name == "key") fail(tag.at, "a <key> where a value should be");
+    fail(tag.at, inTag(name) + " is no element of a property list");
+  }
+
+  void countObject(const Tag& tag) {
+    if (++objects_ > limits_.objects) fail(tag.at, "there are too many objects");
+  }
+
+  Value readArray(const Tag& opening, std::size_t depth) {
+    if (depth >= limits_.depth) fail(opening.at, kTooDeep);
+    Array array;
+    if (!opening.empty) {
+      for (;;) {
+        const Tag tag = nextTag(opening);
+        if (tag.closing) {
+          close(tag, opening);
+          break;
+        }
+        array.push_back(readValue(tag, depth + 1));
+      }
+    }
+    return array;
+  }
+
+  Value readDictionary(const Tag& opening, std::size_t depth) {
+    if (depth >= limits_.depth) fail(opening.at, kTooDeep);
+    Dictionary dictionary;
+    if (!opening.empty) {
+      for (;;) {
+        const Tag keyTag = nextTag(opening);
+        if (keyTag.closing) {
+          close(keyTag, opening);
+          break;
+        }
+        if (keyTag.name != "key") fail(keyTag.at, inTag(keyTag.name) + " where a <key> should be");
+        countObject(keyTag);
+        const Text key(content(keyTag));
+        const Tag tag = nextTag(opening);
+        if (tag.closing) fail(keyTag.at, "a <key> has no value");
+        dictionary.set(key, readValue(tag, depth + 1));
+      }
+    }
+    return dictionary;
+  }
+
+  /// The characters of an element that holds no others; moves past its end. Valid until the next call.
+  std::string_view content(const Tag& opening) {
+    if (opening.empty) return {};
+    bool buffered = false;
+    for (;;) {
+      const std::size_t found = text_.find('<', at_);
+      if (found == text_.npos) fail(opening.at, inTag(opening.name) + " does not end");
+      const std::string_view run = text_.substr(at_, found - at_);
+      const bool plain = run.find('&') == run.npos && run.find('\r') == run.npos;
+      const bool last = text_.substr(found).starts_with("</");
+      if (!buffered && plain && last) {
+        endContent(found, opening);
+        return run;
+      }
+      if (!buffered) buffer_.clear();
+      buffered = true;
+      if (plain)
+        buffer_ += run;
+      else
+        appendRun(run);
+      if (last) {
+        endContent(found, opening);
+        return buffer_;
+      }
+      at_ = found;
+      constexpr std::string_view kCdata = "<![CDATA[";
+      if (startsWith(kCdata)) {
+        at_ += kCdata.size();
+        appendLines(skipPast("]]>", found, "a CDATA section"));
+      } else if (!skipCommentOrInstruction()) {
+        fail(found, "a tag in " + inTag(opening.name));
+      }
+    }
+  }
+
+  void endContent(std::size_t at, const Tag& opening) {
+    at_ = at;
+    close(readTag(), opening);
+  }
+
+  /// Appends the characters, with the line ends of other systems as line feeds.
+  void appendLines(std::string_view text) {
+    for (;;) {
+      const std::size_t end = text.find('\r');
+      buffer_ += text.substr(0, end);
+      if (end == text.npos) return;
+      buffer_ += '\n';
+      text.remove_prefix(end + 1);
+      if (text.starts_with('\n')) text.remove_prefix(1);
+    }
+  }
+
+  /// Appends the characters of a part of text_, with their references resolved.
+  void appendRun(std::string_view run) {
+    for (;;) {
+      const std::size_t reference = run.find('&');
+      appendLines(run.substr(0, reference));
+      if (reference == run.npos) return;
+      run.remove_prefix(reference);
+      const auto at = static_cast<std::size_t>(run.data() - text_.data());
+      const std::size_t end = run.find(';');
+      if (end == run.npos) fail(at, "a '&' that begins no reference");
+      appendReference(at, run.substr(1, end - 1));
+      run.remove_prefix(end + 1);
+    }
+  }
+
+  void appendReference(std::size_t at, std::string_view name) {
+    struct Entity {
+      std::string_view name;
+      char character;
+    };
+    constexpr std::array<Entity, 5> kEntities{
+        {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}}};
+    for (const Entity& entity : kEntities) {
+      if (entity.name == name) {
+        buffer_ += entity.character;
+        return;
+      }
+    }
+    if (!name.starts_with('#')) fail(at, "an entity that XML itself does not have");
+    name.remove_prefix(1);
+    const bool hexadecimal = name.starts_with('x');
+    if (hexadecimal) name.remove_prefix(1);
+    std::uint32_t character = 0;
+    const auto [end, error] =
+        std::from_chars(name.data(), name.data() + name.size(), character, hexadecimal ? 16 : 10);
+    if (name.empty() || error != std::errc() || end != name.data() + name.size() ||
+        !isXmlCharacter(character))
+      fail(at, "a reference to no character");
+    std::array<char, 4> utf8;
+    buffer_.append(utf8.data(), static_cast<std::size_t>(putUtf8(utf8.data(), character) - utf8.data()));
+  }
+
+  Number readInteger(const Tag& tag, std::string_view text) const {
+    const bool negative = takeSign(text);
+    int base = 10;
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+      base = 16;
+      text.remove_prefix(2);
+    }
+    std::uint64_t magnitude = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude, base);
+    constexpr std::uint64_t kLowest = std::uint64_t{1} << 63;
+    if (error == std::errc::result_out_of_range || (negative && error == std::errc() && magnitude > kLowest))
+      fail(tag.at, "the integer is beyond 64 bits");
+    if (error != std::errc() || end != text.data() + text.size()) fail(tag.at, "<integer> holds no integer");
+    if (negative) return Number(static_cast<std::int64_t>(0 - magnitude));
+    return Number(magnitude);
+  }
+
+  Number readReal(const Tag& tag, std::string_view text) const {
+    const std::string_view whole = text;
+    const bool negative = takeSign(text);
+    double real = 0;
+    if (equalsIgnoringCase(text, "nan")) {
+      real = std::numeric_limits<double>::quiet_NaN();
+    } else if (equalsIgnoringCase(text, "inf") || equalsIgnoringCase(text, "infinity")) {
+      real = std::numeric_limits<double>::infinity();
+    } else {
+      const bool digitFirst =
+          !text.empty() && ((text[0] >= '0' && text[0] <= '9') || (text[0] == '.' && text.size() > 1));
+      const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), real);
+      if (!digitFirst || error == std::errc::invalid_argument || end != text.data() + text.size())
+        fail(tag.at, "<real> holds no number");
+      if (error == std::errc::result_out_of_range) return Number(Text(whole).doubleValue());
+    }
+    return Number(negative ? -real : real);
+  }
+
+  Data readData(const Tag& tag, std::string_view text) const {
+    std::string bytes;
+    bytes.resize(text.size() / 4 * 3 + 3);
+    std::size_t size = 0;
+    std::uint32_t group = 0;
+    unsigned digits = 0;
+    std::size_t at = 0;
+    for (; at < text.size(); ++at) {
+      const std::uint8_t digit = kBase64[static_cast<unsigned char>(text[at])];
+      if (digit == 64) continue;
+      if (digit > 64) break;
+      group = group << 6 | digit;
+      if (++digits < 4) continue;
+      bytes[size++] = static_cast<char>(group >> 16);
+      bytes[size++] = static_cast<char>(group >> 8);
+      bytes[size++] = static_cast<char>(group);
+      digits = 0;
+    }
+    unsigned padding = 0;
+    for (; at < text.size(); ++at) {
+      if (text[at] == '=')
+        ++padding;
+      else if (!isBlank(text[at]))
+        fail(tag.at, "<data> holds a character that is not base64");
+    }
+    if (digits == 0 ? padding != 0 : digits + padding != 4 || digits == 1)
+      fail(tag.at, "<data> ends within a group of base64");
+    if (digits >= 2) bytes[size++] = static_cast<char>(group >> (digits == 2 ? 4 : 10));
+    if (digits == 3) bytes[size++] = static_cast<char>(group >> 2);
+    bytes.resize(size);
+    return Data(std::move(bytes));
+  }
+
+  Date readDate(const Tag& tag, std::string_view text) const {
+    using namespace std::chrono;
+    constexpr std::string_view kForm = "0000-00-00T00:00:00Z";
+    const bool formed = text.size() == kForm.size() && std::ranges::equal(text, kForm, [](char c, char form) {
+                          return form == '0' ? c >= '0' && c <= '9' : c == form;
+                        });
+    if (!formed) fail(tag.at, "<date> holds no date of the form " + std::string(kForm));
+    const auto number = [&](std::size_t at, std::size_t digits) {
+      int result = 0;
+      for (const char c : text.substr(at, digits)) result = result * 10 + (c - '0');
+      return result;
+    };
+    const year_month_day calendar{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
+                                  day(static_cast<unsigned>(number(8, 2)))};
+    if (!calendar.ok() || number(0, 4) == 0 || number(11, 2) > 23 || number(14, 2) > 59 || number(17, 2) > 59)
+      fail(tag.at, "<date> holds a date that does not exist");
+    const auto moment = sys_days(calendar) - sys_days(days(kReferenceDay)) + hours(number(11, 2)) +
+                        minutes(number(14, 2)) + seconds(number(17, 2));
+    return Date{static_cast<double>(moment.count())};
+  }
+
+  static constexpr std::string_view kTooDeep = "containers are nested too deep";
+  static constexpr std::string_view kNoValue = "<plist> holds no value";
+
+  const std::string_view text_;
+  const bool wasUtf16_;
+  const PropertyListLimits limits_;
+  std::size_t at_ = 0;
+  std::size_t objects_ = 0;
+  std::string buffer_;
+};
+
+}  // namespace
+
+Value readXml(std::string_view bytes, const PropertyListLimits& limits) {
+  const bool bigEndian = bytes.starts_with("\xFE\xFF");
+  if (bigEndian || bytes.starts_with("\xFF\xFE")) {
+    bytes.remove_prefix(2);
+    if (bytes.size() % 2 != 0) throw Exception("bad XML property list: half a UTF-16 unit at its end");
+    std::string utf8(bytes.size() / 2 * 3, '\0');
+    utf8.resize(static_cast<std::size_t>(putUtf16AsUtf8(utf8.data(), bytes, bigEndian) - utf8.data()));
+    return XmlReader(utf8, true, limits).read();
+  }
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  return XmlReader(bytes, false, limits).read();
+}
+
+}  // namespace qorvane::detail

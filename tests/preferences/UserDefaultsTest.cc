@@ -1,0 +1,49 @@
+// The stores in memory, which tests of applications stand on.
+#include "qorvane/preferences/UserDefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/foundation/Exception.h"
+
+namespace qorvane {
+namespace {
+
+TEST(MemoryUserDefaults, KeepsObjectsAndNeverFails) {
+  MemoryUserDefaults memory;
+  EXPECT_TRUE(memory.empty());
+  EXPECT_TRUE(memory.objectForKey("key").isNil());
+  memory.setObject(Dictionary{{"a", Number(1)}}, "key");
+  EXPECT_TRUE(isIdentical(memory.objectForKey("key"), Dictionary{{"a", Number(1)}}));
+  EXPECT_THROW(memory.setObject(Array{Value()}, "key"), Exception);
+  EXPECT_TRUE(memory.synchronize());
+  EXPECT_EQ(memory.synchronizeCount(), 1);
+  EXPECT_FALSE(memory.lastFailure());
+  memory.setObject(nullptr, "key");
+  EXPECT_TRUE(memory.empty());
+}
+
+TEST(FaultInjectingUserDefaults, FailsAsItIsTold) {
+  using Fault = FaultInjectingUserDefaults::Fault;
+  FaultInjectingUserDefaults store;
+  store.setObject(Number(1), "key");
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_FALSE(store.lastFailure());
+  store.failure = StoreFailure{"the disk is full", ENOSPC};
+  EXPECT_FALSE(store.synchronize());
+  ASSERT_TRUE(store.lastFailure());
+  EXPECT_EQ(store.lastFailure()->systemError, ENOSPC);
+  store.onRead = Fault::PlatformException;
+  EXPECT_THROW(store.objectForKey("key"), Exception);
+  store.onSet = Fault::OtherException;
+  EXPECT_ANY_THROW(store.setObject(Number(2), "key"));
+  store.onRead = Fault::None;
+  EXPECT_EQ(store.objectForKey("key"), Value(Number(1)));
+  store.onSynchronize = Fault::PlatformException;
+  EXPECT_THROW(store.synchronize(), Exception);
+}
+
+}  // namespace
+}  // namespace qorvane

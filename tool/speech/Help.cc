@@ -1,0 +1,224 @@
+#include "tool/speech/Help.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "qorvane/foundation/Version.h"
+#include "qorvane/siblings/QVSettings.h"
+#include "tool/Failure.h"
+#include "tool/OptionText.h"
+#include "tool/speech/Columns.h"
+#include "tool/speech/Language.h"
+
+namespace optionsmgr {
+
+using qorvane::OptionRow;
+using qorvane::QVSettings;
+using qorvane::Text;
+
+namespace {
+
+constexpr std::size_t kWidth = 80;
+
+struct ExitRow {
+  Exit code;
+  Phrase meaning;
+};
+constexpr ExitRow kExits[] = {{Exit::Done, "done"},
+                              {Exit::NotFound, "not found, or different"},
+                              {Exit::Usage, "the command line cannot be understood"},
+                              {Exit::BadData, "a value, or the data in a file, is bad"},
+                              {Exit::CannotCreate, "a file or folder cannot be created"},
+                              {Exit::InputOutput, "input/output error"},
+                              {Exit::Locked, "locked by another program"},
+                              {Exit::NoPermission, "no permission"}};
+
+// "--year YEAR", "OPTION", "[GLOB]".
+std::string nameOf(const CLI::Option& option, bool inUsage) {
+  if (option.get_positional()) {
+    std::string name = option.get_name(true);
+    if (option.get_items_expected_max() > 1) name += "...";
+    return inUsage && !option.get_required() ? "[" + name + "]" : name;
+  }
+  std::string name;
+  for (const std::string& shortName : option.get_snames()) name += "-" + shortName + ", ";
+  name += "--" + option.get_lnames().front();
+  if (option.get_items_expected_max() == 0) return name;
+  std::string value = option.get_lnames().front();
+  std::ranges::transform(value, value.begin(),
+                         [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+  return name + " " + value;
+}
+
+std::string usageOf(const CLI::App& verb) {
+  std::string usage = "optionsmgr " + verb.get_name();
+  for (const CLI::Option* option : verb.get_options())
+    if (!option->get_positional() && option->get_required()) usage += " " + nameOf(*option, true);
+  for (const CLI::Option* option : verb.get_options())
+    if (option->get_positional()) usage += " " + nameOf(*option, true);
+  return usage;
+}
+
+void printRows(const Phrase& title, const std::vector<Row>& rows, std::ostream& out) {
+  if (rows.empty()) return;
+  out << '\n' << say(title) << '\n';
+  std::vector<Row> indented = rows;
+  for (Row& row : indented) row[0].insert(0, "  ");
+  printColumns(indented, out, {.overlong = Overlong::Wrapped});
+}
+
+std::vector<Row> rowsOf(const CLI::App& app, bool positional) {
+  std::vector<Row> rows;
+  for (const CLI::Option* option : app.get_options())
+    if (option->get_positional() == positional && !option->get_group().empty())
+      rows.push_back({nameOf(*option, false), std::string(translated(option->get_description()))});
+  return rows;
+}
+
+// ---- manual pages ---------------------------------------------------------------------------------------
+
+// A text as roff takes it.
+std::string roff(std::string_view text) {
+  std::string safe;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool first = i == 0 || text[i - 1] == '\n';
+    if (first && (text[i] == '.' || text[i] == '\'')) safe += "\\&";
+    if (text[i] == '\\')
+      safe += "\\e";
+    else if (text[i] == '-')
+      safe += "\\-";
+    else
+      safe += text[i];
+  }
+  return safe;
+}
+
+void printTerms(const std::vector<Row>& rows, std::ostream& out) {
+  for (const auto& row : rows) out << ".TP\n.B " << roff(row[0]) << '\n' << roff(row[1]) << '\n';
+}
+
+void printExamples(const std::string& examples, std::ostream& out) {
+  out << ".nf\n" << roff(examples) << (examples.ends_with('\n') ? "" : "\n") << ".fi\n";
+}
+
+void printHeading(const Phrase& title, std::ostream& out) { out << ".SH " << say(title) << '\n'; }
+
+void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out) {
+  out << ".TH OPTIONSMGR 1 \"\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
+  printHeading("NAME", out);
+  out << "optionsmgr \\- " << roff(say("show and change the settings of the tax suite")) << '\n';
+  printHeading("SYNOPSIS", out);
+  out << ".B optionsmgr\n[" << roff(say("common options")) << "] " << roff(say("VERB")) << " ...\n";
+  printHeading("EXAMPLES", out);
+  printExamples(verbs.examples(nullptr), out);
+  printHeading("COMMON OPTIONS", out);
+  printTerms(rowsOf(app, false), out);
+  printHeading("VERBS", out);
+  for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
+    out << ".SS " << roff(usageOf(*verb)) << '\n'
+        << roff(std::string(translated(verb->get_description()))) << ".\n";
+    if (const std::string examples = verbs.examples(verb); !examples.empty()) printExamples(examples, out);
+    printTerms(rowsOf(*verb, true), out);
+    std::vector<Row> options = rowsOf(*verb, false);
+    std::erase_if(options, [](const auto& row) { return row[0].starts_with("-h"); });
+    printTerms(options, out);
+  }
+  printHeading("EXIT STATUS", out);
+  for (const ExitRow& row : kExits)
+    out << ".TP\n.B " << static_cast<int>(row.code) << '\n' << roff(say(row.meaning)) << '\n';
+  printHeading("FILES", out);
+  out << ".I $XDG_CONFIG_HOME/Qorvane/*.plist\n"
+      << roff(say("the preference files; see")) << "\n.BR optionsmgr (5).\n";
+}
+
+void printFormatManual(std::ostream& out) {
+  out << ".TH OPTIONSMGR 5 \"\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
+  printHeading("NAME", out);
+  out << "optionsmgr \\- " << roff(say("the preference files of the tax suite")) << '\n';
+  printHeading("DESCRIPTION", out);
+  out << roff(
+             say("Each product and tax year has a file of its own in $XDG_CONFIG_HOME/Qorvane, or "
+                 "~/.config/Qorvane when that is not set. It is a binary property list: a dictionary whose "
+                 "entry under the file's own name is the dictionary of the settings. An XML property list is "
+                 "read as well. Other entries are kept."))
+      << '\n';
+  printTerms({{"QorvaneT1Settings2024.plist", say("the personal product, tax year 2024")},
+              {"QorvaneT2Settings2024.plist", say("the corporate product, tax year 2024")},
+              {"*.plist.bak", say("the last good copy: the file before the last save")},
+              {"*.plist.damaged-TIME", say("a damaged file, set aside as it was")},
+              {"*.plist.unreadable-TIME", say("a file that could not be read when a save replaced it")},
+              {".lock", say("locked by whoever saves; always empty")},
+              {".unfinished/", say("what an import that is under way puts back if it fails")}},
+             out);
+  printHeading("SEAL", out);
+  out << roff(say("Between its objects and the table of their offsets the file has 32 bytes that readers of "
+                  "property lists pass over: the letters QVSEAL01, the number of saves, the length of the "
+                  "file and a SipHash-2-4 of the file, each of 8 bytes, the first byte the highest. A file "
+                  "that another program wrote has none."))
+      << '\n';
+  printHeading("ENTRIES", out);
+  out << roff(
+             say("Each option with its stored key, form and default. Where the products differ, the personal "
+                 "one's is shown first."))
+      << '\n';
+  // Twice through the table, since keys and defaults are the running product's.
+  struct Line {
+    std::string name, stored, key, fallback;
+  };
+  std::vector<Line> lines;
+  for (const bool corporate : {false, true}) {
+    QVSettings::setProduct({.corporate = corporate, .professional = true, .taxYear = 2024});
+    std::size_t at = 0;
+    for (const OptionRow& row : qorvane::optionTable()) {
+      const Text key = row.key();
+      if (key.isNil()) continue;
+      const bool computed = row.type == qorvane::OptionType::Folder;
+      const std::string fallback =
+          computed ? say("(a folder of the year)") : "\"" + shown(row, row.fallback()) + "\"";
+      if (!corporate) {
+        lines.push_back({std::string(row.name), std::string(translated(row.stored)), key.string(), fallback});
+        continue;
+      }
+      Line& line = lines[at++];
+      if (line.key != key.view()) line.key += " / " + key.string();
+      if (line.fallback != fallback) line.fallback += " / " + fallback;
+    }
+  }
+  for (const Line& line : lines)
+    out << ".TP\n.B " << roff(line.key) << '\n'
+        << roff(line.name) << ", " << roff(line.stored) << ", " << roff(line.fallback) << '\n';
+}
+
+}  // namespace
+
+void printHelp(const CLI::App& app, const Verbs& verbs, const CLI::App* verb, std::ostream& out) {
+  const std::string examples = verbs.examples(verb);
+  if (verb) {
+    for (const std::string& line : wrapped(translated(verb->get_description()), kWidth, LongWords::Whole))
+      out << line << '\n';
+    if (!examples.empty()) out << '\n' << say("Examples:") << '\n' << examples;
+    out << '\n' << say("Usage: {} [options]", usageOf(*verb)) << '\n';
+    printRows("Arguments:", rowsOf(*verb, true), out);
+    printRows("Options:", rowsOf(*verb, false), out);
+    out << '\n' << say("Options of every verb: optionsmgr --help") << '\n';
+    return;
+  }
+  out << say("Examples:") << '\n' << examples << '\n';
+  out << say("Usage: {} [options]", "optionsmgr [options] VERB ...") << '\n';
+  std::vector<Row> rows;
+  for (const CLI::App* known : app.get_subcommands([](const CLI::App*) { return true; }))
+    rows.push_back({known->get_name(), std::string(translated(known->get_description()))});
+  printRows("Verbs:", rows, out);
+  printRows("Options:", rowsOf(app, false), out);
+  rows.clear();
+  for (const ExitRow& row : kExits)
+    rows.push_back({std::to_string(static_cast<int>(row.code)), say(row.meaning)});
+  printRows("Exit codes:", rows, out);
+}
+
+void printManual(const CLI::App& app, const Verbs& verbs, int section, std::ostream& out) {
+  section == 5 ? printFormatManual(out) : printToolManual(app, verbs, out);
+}
+
+}  // namespace optionsmgr

@@ -1,0 +1,63 @@
+// The languages of the tool: every text is written in English where it is said, and French.def holds its
+// French.
+#pragma once
+
+#include <algorithm>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace optionsmgr {
+
+/// The language of help and messages from now on; English at first.
+void speakFrench(bool french);
+bool speaksFrench();
+
+struct FrenchRow {
+  std::string_view english;
+  std::string_view french;
+};
+
+inline constexpr FrenchRow kFrenchRows[] = {
+#define FRENCH(english, french) {english, french},
+#include "tool/speech/French.def"
+#undef FRENCH
+};
+
+/// A text that the tool says. One that French.def does not hold does not compile.
+class Phrase {
+ public:
+  // Implicit, so that a phrase is written like any other text.
+  consteval Phrase(const char* english) : row_(std::ranges::find(kFrenchRows, english, &FrenchRow::english)) {
+    if (row_ == std::end(kFrenchRows)) throw "this text has no row in French.def";
+  }
+  /// The text in the language of the tool.
+  std::string_view text() const { return speaksFrench() ? row_->french : row_->english; }
+  std::string_view english() const { return row_->english; }
+  /// The English text, for the parser's tables; help translates what it takes from them.
+  operator std::string() const { return std::string(row_->english); }
+
+ private:
+  const FrenchRow* row_;
+};
+
+/// The text with each "{}" replaced by the next argument.
+std::string filled(std::string_view pattern, std::initializer_list<std::string_view> arguments);
+
+/// The phrase in the language of the tool, with each "{}" replaced by the next argument.
+template <class... Arguments>
+std::string say(const Phrase& phrase, const Arguments&... arguments) {
+  return filled(phrase.text(), {std::string_view(arguments)...});
+}
+
+/// A text that comes from a table of the library or of the parser, in the language of the tool. One that
+/// French.def does not hold stays.
+std::string_view translated(std::string_view english);
+
+/// What the library or the system tells of a failure, such as "cannot open /a/b: Permission denied", in the
+/// language of the tool: French.def's rows are its patterns, and a sentence in the place of a "{}" is retold
+/// likewise. A detail without a row, such as where a file is malformed, stays.
+std::string retold(std::string_view message);
+
+}  // namespace optionsmgr
