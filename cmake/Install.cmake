@@ -16,6 +16,7 @@ endforeach()
 
 install(TARGETS OptionsMgr EXPORT OptionsMgrTargets)
 install(DIRECTORY qorvane TYPE INCLUDE FILES_MATCHING PATTERN "*.h" PATTERN "vocabulary/*.def"
+        PATTERN "foundation/failures.def"
         ${private_headers})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OptionsMgr)
