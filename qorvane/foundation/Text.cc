@@ -7,6 +7,7 @@
 #include <limits>
 #include <new>
 #include <ostream>
+#include <string>
 #include <system_error>
 
 namespace qorvane::inline v1 {
@@ -85,6 +86,12 @@ Text Text::fromWellFormed(std::string_view bytes) {
   text.data_ = data;
   text.size_ = bytes.size() | kOwned;
   return text;
+}
+
+Text Text::concatenated(std::string_view first, std::string_view second) {
+  std::string both;
+  both.reserve(first.size() + second.size());
+  return fromWellFormed(both.append(first).append(second));
 }
 
 void Text::dropOwner() noexcept {

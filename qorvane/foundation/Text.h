@@ -10,12 +10,12 @@
 #pragma once
 
 #include <bit>
+#include <compare>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <ext/atomicity.h>
-#include <functional>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -40,7 +40,8 @@ class Text {
   template <std::same_as<std::nullptr_t> Nil>
   constexpr Text(Nil) noexcept {}
 
-  /// A literal: no allocation, the same object wherever the same bytes are written as one.
+  /// A literal: no allocation, the same object wherever the same bytes are written as one. Where a template
+  /// forwards it, as in std::map<Text, int>{{"a", 1}}, it is no literal any more: say Text("a").
   template <std::size_t N>
   consteval Text(const char (&literal)[N]) : data_(literal), size_(N - 1) {
     if (!detail::isWellFormedUtf8({literal, N - 1})) throw "a literal must be well-formed UTF-8";
@@ -49,6 +50,13 @@ class Text {
   /// A new object holding a copy of the bytes, ill-formed ones replaced. Never nil.
   Text(std::string_view bytes);
   Text(const std::string& bytes) : Text(std::string_view(bytes)) {}
+  /// The same of the characters before a NUL; nil for null. A template, so that literals stay constants.
+  template <class Pointer>
+  requires(std::same_as<Pointer, const char*> || std::same_as<Pointer, char*>) Text(const Pointer& characters)
+      : Text(characters ? Text(std::string_view(characters)) : Text()) {}
+  /// The same of a buffer.
+  template <std::size_t N>
+  Text(char (&buffer)[N]) : Text(std::string_view(buffer)) {}
   /// The same of bytes that are known to be well-formed, unchecked.
   static Text fromWellFormed(std::string_view bytes);
 
@@ -81,6 +89,7 @@ class Text {
   /// The bytes; empty for nil. Valid as long as some copy of this text lives.
   constexpr std::string_view view() const noexcept { return {data_, size()}; }
   constexpr operator std::string_view() const noexcept { return view(); }
+  operator std::string() const { return string(); }
   /// The bytes followed by a NUL; "" for nil.
   constexpr const char* c_str() const noexcept { return data_ ? data_ : ""; }
   std::string string() const { return std::string(view()); }
@@ -102,6 +111,20 @@ class Text {
   friend constexpr bool operator==(const Text& a, const Text& b) noexcept {
     return a.isNil() || b.isNil() ? a.isNil() && b.isNil() : a.view() == b.view();
   }
+  template <class Bytes>
+  requires(std::same_as<Bytes, std::string> || std::same_as<Bytes, std::string_view>)  //
+      friend constexpr bool
+      operator==(const Text& a, const Bytes& b) noexcept {
+    return !a.isNil() && a.view() == std::string_view(b);
+  }
+  /// By bytes, which is by code point; nil comes before every text.
+  friend constexpr std::strong_ordering operator<=>(const Text& a, const Text& b) noexcept {
+    if (a.isNil() || b.isNil()) return !a.isNil() <=> !b.isNil();
+    return a.view() <=> b.view();
+  }
+
+  /// One text behind the other, a new object; nil counts as the empty text.
+  friend Text operator+(const Text& a, const Text& b) { return concatenated(a, b); }
 
   /// Reads a number from the front: blanks skipped, a sign and digits taken, the rest ignored,
   /// saturated at 32 bits; 0 when there is none.
@@ -131,6 +154,7 @@ class Text {
     return reinterpret_cast<_Atomic_word*>(const_cast<char*>(data_) - sizeof(_Atomic_word));
   }
   void addOwner() const noexcept { __gnu_cxx::__atomic_add_dispatch(owners(), 1); }
+  static Text concatenated(std::string_view first, std::string_view second);
   // Not here: inlined, it makes g++ 12 warn of literals that it cannot tell from these texts.
   void dropOwner() noexcept;
 

@@ -45,7 +45,23 @@ class Value {
   Value(Text text) {
     if (!text.isNil()) held_.emplace<Text>(std::move(text));
   }
-  Value(Number number) : held_(number) {}
+  /// A text; null makes a nil value.
+  template <class Characters>
+  requires(std::same_as<Characters, std::string> || std::same_as<Characters, std::string_view> ||
+           std::same_as<Characters, const char*> || std::same_as<Characters, char*>)  //
+      Value(const Characters& text)
+      : Value(Text(text)) {}
+  template <std::size_t N>
+  Value(const char (&literal)[N]) : Value(Text(std::string_view(literal))) {}
+  template <std::same_as<Number> N>
+  Value(N number) : held_(number) {}
+  /// A number: a flag of exactly `bool`, so that no pointer becomes one; no single character counts as one.
+  template <class N>
+  requires(std::same_as<N, float> || std::same_as<N, double> ||
+           (std::integral<N> && !std::same_as<N, char> && !std::same_as<N, wchar_t> &&
+            !std::same_as<N, char8_t> && !std::same_as<N, char16_t> && !std::same_as<N, char32_t>))  //
+      Value(N number)
+      : held_(Number(number)) {}
   Value(Data data) : held_(std::move(data)) {}
   Value(Date date) : held_(date) {}
   Value(Array array) : held_(std::make_shared<const Array>(std::move(array))) {}
