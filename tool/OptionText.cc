@@ -92,7 +92,7 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
     case OptionType::Folder:
       break;
   }
-  if (const ChoiceList* list = row.choices()) return choiceMeant(row, *list, Text(words));
+  if (const ChoiceList* list = row.choices) return choiceMeant(row, *list, Text(words));
   return Text(words);
 }
 
@@ -164,7 +164,7 @@ Phrase typeName(const OptionRow& row) {
     case OptionType::Text:
       break;
   }
-  return row.choices() ? Phrase("choice") : Phrase("text");
+  return row.choices ? Phrase("choice") : Phrase("text");
 }
 
 namespace {
@@ -215,7 +215,7 @@ Json factsAsJson(const OptionRow& row, const Value& value, bool showSecrets) {
              {"read", entry ? Json(readHabit(row).code) : Json(nullptr)},
              {"set", row.write ? Json(writeHabit(row).code) : Json(nullptr)},
              {"choices", nullptr}};
-  if (const ChoiceList* list = row.choices())
+  if (const ChoiceList* list = row.choices)
     facts["choices"] = choicesAsJson(*list, row.fallback().textValue());
   return facts;
 }

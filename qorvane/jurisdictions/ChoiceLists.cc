@@ -19,44 +19,11 @@ namespace qorvane::inline v1 {
 
 using namespace choices;
 
-namespace {
-
-constexpr ChoiceList kLists[] = {
-    {"RC59OptionsMapping", kRC59Options, RC59OptionsMapping::rc69Options, RC59OptionsMapping::defaultValue,
-     RC59OptionsMapping::accessOptionNeutralValue, RC59OptionsMapping::languageSpecificValue},
-    {"UseAddressMapping", kUseAddress, UseAddressMapping::useAddressOptions, UseAddressMapping::defaultValue,
-     UseAddressMapping::useAddressNeutralValue, nullptr},
-    {"MethodOfContactMapping", kMethodOfContact, MethodOfContactMapping::methOfContactOptions,
-     MethodOfContactMapping::defaultValue, MethodOfContactMapping::methOfContactNeutralValue,
-     MethodOfContactMapping::languageSpecificValue},
-    {"LevelOfAuthorizationMapping", kLevelOfAuthorization,
-     LevelOfAuthorizationMapping::levelOfAuthorizationOptions, LevelOfAuthorizationMapping::defaultValue,
-     LevelOfAuthorizationMapping::levelOfAuthorizationNeutralValue,
-     LevelOfAuthorizationMapping::languageSpecificValue},
-    {"ModeOfDelivery", kModeOfDelivery, ModeOfDelivery::modeOfDeliveryOptions, ModeOfDelivery::defaultValue,
-     ModeOfDelivery::modeOfDeliveryNeutralValue, ModeOfDelivery::languageSpecificValue},
-    {"AssessmentOptionsMapping", kAssessmentOptions, AssessmentOptionsMapping::assessmentOptions,
-     AssessmentOptionsMapping::defaultValue, AssessmentOptionsMapping::assessmentOptionNeutralValue,
-     AssessmentOptionsMapping::languageSpecificValue},
-    {"NoticeOfAssAndRefundMapping", kNoticeOfAssAndRefund,
-     NoticeOfAssAndRefundMapping::assessmentAndRefundOptions, NoticeOfAssAndRefundMapping::defaultValue,
-     NoticeOfAssAndRefundMapping::assAndRefundNeutralValue,
-     NoticeOfAssAndRefundMapping::languageSpecificValue},
-    {"MR69OptionsMapping", kMR69Options, MR69OptionsMapping::mr69Options, MR69OptionsMapping::defaultValue,
-     MR69OptionsMapping::assessmentOptionNeutralValue, MR69OptionsMapping::languageSpecificValue},
-    {"MR69AuthoriztionOrPowerOfAttorneyMapping", kMR69AuthoriztionOrPowerOfAttorney,
-     MR69AuthoriztionOrPowerOfAttorneyMapping::mr69AuthoriztionOrPowerOfAttorneyOptions,
-     MR69AuthoriztionOrPowerOfAttorneyMapping::defaultValue,
-     MR69AuthoriztionOrPowerOfAttorneyMapping::mr69AuthOrPowerOfAttNeutralValue,
-     MR69AuthoriztionOrPowerOfAttorneyMapping::languageSpecificValue},
-    {"CompanyTypeMapping", kCompanyTypes, CompanyTypeMapping::companyTypesOptions,
-     CompanyTypeMapping::defaultValue, CompanyTypeMapping::companyTypeNeutralValue, nullptr},
-    {"TypeOfOrganizationMapping", kTypesOfOrganization, TypeOfOrganizationMapping::typesOfOrganizationOptions,
-     TypeOfOrganizationMapping::defaultValue, TypeOfOrganizationMapping::organizationTypeNeutralValue,
-     nullptr},
+#define LIST(Class, choices, options, neutralValue, languageSpecificValue) \
+  {#Class, choices, Class::options, Class::defaultValue, Class::neutralValue, languageSpecificValue},
+constexpr ChoiceList choices::kLists[] = {
+#include "qorvane/jurisdictions/choice-lists.def"
 };
-
-}  // namespace
 
 std::span<const ChoiceList> choiceLists() { return kLists; }
 

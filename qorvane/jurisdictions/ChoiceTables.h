@@ -1,5 +1,5 @@
 // The tables of the choice lists, and the few look-ups that the choice-list classes are made of. Internal to
-// jurisdictions/.
+// the library.
 #pragma once
 
 #include <span>
@@ -20,6 +20,14 @@ extern const Choice kMR69Options[3];
 extern const Choice kMR69AuthoriztionOrPowerOfAttorney[2];
 extern const Choice kCompanyTypes[6];
 extern const Choice kTypesOfOrganization[3];
+
+/// The place of each list in `kLists`: `kPlaceOf` and the name of its class.
+enum Place {
+#define LIST(Class, ...) kPlaceOf##Class,
+#include "qorvane/jurisdictions/choice-lists.def"
+  kListCount
+};
+extern const ChoiceList kLists[kListCount];
 
 /// The label of a choice in the display language.
 Text label(const Choice& choice);

@@ -5,10 +5,9 @@
 
 namespace qorvane::inline v1 {
 
-#define FORWARD(...)
-#define READ_ONLY(...)
-#define FORMATTER(getter, storeGetter) \
-  decltype(OptionsMgr::getter()) OptionsMgr::getter() { return store().storeGetter(); }
-#include "qorvane/manager/forwarders.def"
+NumberFormatter* OptionsMgr::numberFormatter() { return store().numberFormatter(); }
+NumberFormatter* OptionsMgr::numberFormatterWithoutDollar() { return store().numberFormatterWithoutDollar(); }
+NumberFormatter* OptionsMgr::numberFormatterForEditing() { return store().numberFormatterForEditing(); }
+DateFormatter* OptionsMgr::yearMonthDateFormatter() { return store().yearMonthDateFormatter(); }
 
 }  // namespace qorvane::inline v1

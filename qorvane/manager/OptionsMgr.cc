@@ -84,16 +84,12 @@ Argument argumentOf(void (Options::*setter)(Argument));
   void OptionsMgr::setter(decltype(argumentOf(&Options::storeSetter)) value) {                     \
     store().storeSetter(std::move(value));                                                         \
   }
-#define READ_ONLY(getter, storeGetter) \
+#define FORWARD_READ(getter, storeGetter) \
   decltype(answerOf(&Options::storeGetter)) OptionsMgr::getter() { return store().storeGetter(); }
-#define FORMATTER(...)  // Formatters.cc
-#include "qorvane/manager/forwarders.def"
-
-// The store keeps this one as a text.
-bool OptionsMgr::prepTaxpyersNameAsLastYr() { return store().preparerTaxpyersNameAsLastYr().isEqualTo(kYes); }
-void OptionsMgr::setPrepTaxpyersNameAsLastYr(bool on) {
-  store().setPreparerTaxpyersNameAsLastYr(on ? kYes : kNo);
-}
+#define FORWARD_FLAG(getter, setter, storeGetter, storeSetter)                \
+  bool OptionsMgr::getter() { return store().storeGetter().isEqualTo(kYes); } \
+  void OptionsMgr::setter(bool on) { store().storeSetter(on ? kYes : kNo); }
+#include "qorvane/store/facade-names.def"
 
 Text OptionsMgr::helpFilePath() const { return store().helpFile(); }
 

@@ -19,6 +19,7 @@ namespace qorvane::inline v1 {
 /// A folder option: a text, an absolute path.
 struct FolderForm : TextForm {
   static constexpr std::string_view kStored = "a text, an absolute path";
+  static constexpr bool kIsMachineSpecific = true;
 };
 
 /// The tax year and the year before it, in digits.

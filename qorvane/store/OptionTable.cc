@@ -6,14 +6,9 @@
 #include <cmath>
 #include <string>
 #include <type_traits>
+#include <utility>
 
-#include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
-#include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
-#include "qorvane/jurisdictions/MR69OptionsMapping.h"
-#include "qorvane/jurisdictions/ModeOfDelivery.h"
-#include "qorvane/jurisdictions/NoticeOfAssAndRefundMapping.h"
-#include "qorvane/jurisdictions/RC59OptionsMapping.h"
-#include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
+#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/Folders.h"
 #include "qorvane/store/Options.h"
@@ -75,10 +70,16 @@ consteval OptionType typeOfForm() {
 }
 
 template <class Form>
-constexpr bool isSecret = std::is_base_of_v<SecretForm, Form>;
+constexpr bool isSecret = requires {
+  Form::kIsSecret;
+};
+template <class Form>
+constexpr bool isMachineSpecific = requires {
+  Form::kIsMachineSpecific;
+};
 
 template <class Form>
-const ChoiceList* choices() {
+constexpr const ChoiceList* choices() {
   if constexpr (requires { typename Form::Choices; })
     return &choicesOf<typename Form::Choices>();
   else
@@ -106,7 +107,6 @@ void writeBy(Options& store, const Value& value) {
 template <auto Getter>
 using AnswerOf = std::remove_cvref_t<decltype((std::declval<Options&>().*Getter)())>;
 
-Text noKey() { return nullptr; }
 Value noFallback() { return nullptr; }
 
 // A derived answer has its type, and nothing of an entry.
@@ -116,37 +116,90 @@ struct NoForm {
   static constexpr std::string_view kStored = "";
 };
 
-#define KEY_OF(entry)                           \
-  [] {                                          \
-    static constexpr auto key = entryKey entry; \
-    return keyNow(key).text();                  \
-  }
+struct Keys {
+  Text personal;
+  Text corporate;
+};
+consteval Keys keysOf(Text both) { return {both, both}; }
+consteval Keys keysOf(Text personal, Text corporate) { return {personal, corporate}; }
+
+template <const Text&... Strings>
+struct Further {
+  static constexpr std::array<Text, sizeof...(Strings)> strings = {Strings...};
+};
+
+// The facade's names, option by option, and beside them the options that they are names of.
+constexpr FacadeName kFacadeNames[] = {
+#define FORWARD(name, setterName, getter, setter) {#name, #setterName, false},
+#define FORWARD_FLAG(name, setterName, getter, setter) {#name, #setterName, true},
+#define FORWARD_READ(name, getter) {#name, "", false},
+#define FORWARD_BY_HAND(name, getter) {#name, "", false},
+#include "qorvane/store/facade-names.def"
+};
+constexpr std::string_view kNamedOptions[] = {
+#define FORWARD(name, setterName, getter, setter) #getter,
+#define FORWARD_FLAG(name, setterName, getter, setter) #getter,
+#define FORWARD_READ(name, getter) #getter,
+#define FORWARD_BY_HAND(name, getter) #getter,
+#include "qorvane/store/facade-names.def"
+};
+
+consteval std::span<const FacadeName> facadeNamesOf(std::string_view option) {
+  const auto first = std::ranges::find(kNamedOptions, option);
+  const auto last = std::find_if(first, std::end(kNamedOptions), [&](auto name) { return name != option; });
+  return std::span(kFacadeNames)
+      .subspan(static_cast<std::size_t>(first - kNamedOptions), static_cast<std::size_t>(last - first));
+}
+
+#define UNWRAPPED(...) __VA_ARGS__
 #define FALLBACK_OF(Form, fallback) [] { return boxed(defaultOf<Form>(fallback)); }
-#define ROW(getter, setterName, Form, formName, readKind, writeKind, key, fallback, write)      \
-  OptionRow{#getter,   setterName,    typeOfForm<Form>(),       formName,      readKind,        \
-            writeKind, Form::kStored, isSecret<Form>,           choices<Form>, isLabel<Form>(), \
-            key,       fallback,      readBy<&Options::getter>, write},
-#define OPTION(getter, setter, entry, Form, fallback, Read, Write)                             \
-  ROW(getter, #setter, Form, #Form, #Read, #Write, KEY_OF(entry), FALLBACK_OF(Form, fallback), \
+#define ROW(getter, setterName, Form, formName, readKind, writeKind, keys, further, fallback, write) \
+  OptionRow{#getter,                                                                                 \
+            setterName,                                                                              \
+            facadeNamesOf(#getter),                                                                  \
+            typeOfForm<Form>(),                                                                      \
+            formName,                                                                                \
+            readKind,                                                                                \
+            writeKind,                                                                               \
+            Form::kStored,                                                                           \
+            isSecret<Form>,                                                                          \
+            isMachineSpecific<Form>,                                                                 \
+            choices<Form>(),                                                                         \
+            isLabel<Form>(),                                                                         \
+            keys.personal,                                                                           \
+            keys.corporate,                                                                          \
+            Further<UNWRAPPED further>::strings,                                                     \
+            fallback,                                                                                \
+            readBy<&Options::getter>,                                                                \
+            write},
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write, facade)                        \
+  ROW(getter, #setter, Form, #Form, #Read, #Write, keysOf entry, (), FALLBACK_OF(Form, fallback), \
       (writeBy<Form, &Options::setter>))
-#define GETTER(getter, setter, entry, Form, fallback, Read)                                \
-  ROW(getter, #setter, Form, #Form, #Read, "", KEY_OF(entry), FALLBACK_OF(Form, fallback), \
+#define GETTER(getter, setter, entry, Form, fallback, Read, further, facade)                       \
+  ROW(getter, #setter, Form, #Form, #Read, "", keysOf entry, further, FALLBACK_OF(Form, fallback), \
       (writeBy<Form, &Options::setter>))
-#define SPECIAL(getter, setter, entry, Form, fallback)                                  \
-  ROW(getter, #setter, Form, #Form, "", "", KEY_OF(entry), FALLBACK_OF(Form, fallback), \
+#define SPECIAL(getter, setter, entry, Form, fallback, further, facade)                         \
+  ROW(getter, #setter, Form, #Form, "", "", keysOf entry, further, FALLBACK_OF(Form, fallback), \
       (writeBy<Form, &Options::setter>))
-#define READ_ONLY(getter, entry, Form, fallback, Read) \
-  ROW(getter, "", Form, #Form, #Read, "", KEY_OF(entry), FALLBACK_OF(Form, fallback), nullptr)
-#define DERIVED(getter) \
-  ROW(getter, "", NoForm<AnswerOf<&Options::getter>>, "", "", "", noKey, noFallback, nullptr)
+#define READ_ONLY(getter, entry, Form, fallback, Read, facade) \
+  ROW(getter, "", Form, #Form, #Read, "", keysOf entry, (), FALLBACK_OF(Form, fallback), nullptr)
+#define DERIVED(getter, facade) \
+  ROW(getter, "", NoForm<AnswerOf<&Options::getter>>, "", "", "", Keys{}, (), noFallback, nullptr)
 
 constexpr OptionRow kRows[] = {
 #include "qorvane/store/options.def"
 };
 
-#undef KEY_OF
+#undef UNWRAPPED
 #undef FALLBACK_OF
 #undef ROW
+
+// A name that stands elsewhere than behind its option would be lost.
+static_assert([] {
+  std::size_t names = 0;
+  for (const OptionRow& row : kRows) names += row.facadeNames.size();
+  return names == std::size(kFacadeNames);
+}());
 
 // The rows by the hash of their names, for look-ups: a load makes some fifty.
 struct NamedRow {
@@ -185,6 +238,32 @@ std::optional<FontDescriptor> fontFromText(std::string_view text) {
   return FontDescriptor(Text(text.substr(0, comma)), size);
 }
 
+namespace {
+
+Product runningProduct() { return {.corporate = QVSettings::isT2()}; }
+
+}  // namespace
+
+Text OptionRow::key() const { return key(runningProduct()); }
+
+std::vector<Text> OptionRow::entries(const Product& product) const {
+  std::vector<Text> all;
+  if (!write) return all;
+  all.push_back(key(product));
+  all.insert(all.end(), furtherKeys.begin(), furtherKeys.end());
+  return all;
+}
+std::vector<Text> OptionRow::entries() const { return entries(runningProduct()); }
+
+bool isDerivedEntry(std::string_view key) {
+  const auto isKey = [&](const Text& text) { return text.view() == key; };
+  return std::ranges::any_of(
+             kRows, [&](const OptionRow& row) { return std::ranges::any_of(row.furtherKeys, isKey); }) &&
+         std::ranges::none_of(kRows, [&](const OptionRow& row) {
+           return !row.personalKey.isNil() && (isKey(row.personalKey) || isKey(row.corporateKey));
+         });
+}
+
 std::span<const OptionRow> optionTable() { return kRows; }
 
 const OptionRow* findProperty(std::string_view name) {
@@ -194,8 +273,9 @@ const OptionRow* findProperty(std::string_view name) {
 
 const OptionRow* findOption(std::string_view nameOrKey) {
   if (const OptionRow* row = findProperty(nameOrKey)) return row;
+  const Product product = runningProduct();
   const auto found = std::ranges::find_if(kRows, [&](const OptionRow& row) {
-    const Text key = row.key();
+    const Text key = row.key(product);
     return !key.isNil() && key.view() == nameOrKey;
   });
   return found == std::end(kRows) ? nullptr : found;

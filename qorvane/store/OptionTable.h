@@ -6,11 +6,13 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "qorvane/desktop/FontDescriptor.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 #include "qorvane/jurisdictions/ChoiceLists.h"
+#include "qorvane/siblings/QVSettings.h"
 
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
@@ -20,11 +22,22 @@ class Options;
 /// What an option is to the program.
 enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder, Font, Color };
 
+/// A name that an option has in the facade, OptionsMgr.
+struct FacadeName {
+  std::string_view getter;
+  /// Empty where the facade only reads it under this name.
+  std::string_view setter;
+  /// A flag there, where the store keeps the text YES or NO.
+  bool asFlag;
+};
+
 struct OptionRow {
   /// The property name, which is the getter's: "preparerCity".
   std::string_view name;
   /// The setter's name: "setPreparerCity". Empty for an answer that cannot be set.
   std::string_view setter;
+  /// What the facade calls it; empty for the store's alone.
+  std::span<const FacadeName> facadeNames;
   OptionType type;
   /// The stored form, read kind and write kind, as they are named in options.def; empty where a function of
   /// its own does the work.
@@ -35,13 +48,18 @@ struct OptionRow {
   std::string_view stored;
   /// Not to be shown unasked.
   bool secret;
+  /// Means something on this machine only, such as a printer or a folder: not to be carried to another.
+  bool machineSpecific;
   /// The list that a text option takes its values from; null for any other option. The store itself takes
   /// every text.
-  const ChoiceList* (*choices)();
+  const ChoiceList* choices;
   /// The option's value is a label of that list in the display language; otherwise it is the neutral value.
   bool isLabel;
-  /// The stored key in the running product; nil for an answer without an entry.
-  Text (*key)();
+  /// The stored keys in the two products; nil for an answer without an entry.
+  Text personalKey;
+  Text corporateKey;
+  /// The stored keys of other entries that the setter writes, sometimes or always.
+  std::span<const Text> furtherKeys;
   /// What the option reads as when nobody has set it (a flag or an integer as a number, a font as its text);
   /// the one read that finds no entry may answer otherwise. Nil for a derived answer.
   Value (*fallback)();
@@ -49,7 +67,20 @@ struct OptionRow {
   Value (*read)(Options& store);
   /// Runs the setter with the value converted to the option's type. Null for an answer that cannot be set.
   void (*write)(Options& store, const Value& value);
+
+  /// The stored key in that product, and in the running one; nil for an answer without an entry.
+  Text key(const Product& product) const { return product.corporate ? corporateKey : personalKey; }
+  Text key() const;
+  /// The stored keys of all entries that the setter writes, sometimes or always, in that product and in the
+  /// running one: its own first. One that is another option's own belongs to that one, the others
+  /// (`isDerivedEntry`) to no option. Empty for what cannot be set.
+  std::vector<Text> entries(const Product& product) const;
+  std::vector<Text> entries() const;
 };
+
+/// An entry that setters write beside their own and that is no option's own: the code of the preparer's
+/// province, the line of province and postal code, the size of the fonts.
+bool isDerivedEntry(std::string_view key);
 
 /// A font as a text: "Helvetica-Bold, 12". Nil for none.
 Text fontText(const std::optional<FontDescriptor>& font);

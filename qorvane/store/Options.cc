@@ -5,13 +5,6 @@
 #include "qorvane/desktop/Log.h"
 #include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/foundation/Exception.h"
-#include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
-#include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
-#include "qorvane/jurisdictions/MR69OptionsMapping.h"
-#include "qorvane/jurisdictions/ModeOfDelivery.h"
-#include "qorvane/jurisdictions/NoticeOfAssAndRefundMapping.h"
-#include "qorvane/jurisdictions/RC59OptionsMapping.h"
-#include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
 #include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Accessors.h"
@@ -83,20 +76,21 @@ Value Options::valueForKey(std::string_view propertyName) {
 
 // ---- the accessors that follow the pattern ------------------------------------------------------------
 
-#define GETTER(getter, setter, entry, Form, fallback, Read)                   \
+#define READ_ONLY(getter, entry, Form, fallback, Read, facade)                \
   Form::Type Options::getter() {                                              \
     static constexpr auto key = entryKey entry;                               \
     return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
   }
-#define OPTION(getter, setter, entry, Form, fallback, Read, Write)    \
-  GETTER(getter, setter, entry, Form, fallback, Read)                 \
-  void Options::setter(Form::Argument value) {                        \
-    static constexpr auto key = entryKey entry;                       \
-    writeOption<Form, Read, Write>(                                   \
-        opts_.get(), key, [] { return fallback; }, std::move(value)); \
+#define GETTER(getter, setter, entry, Form, fallback, Read, others, facade) \
+  READ_ONLY(getter, entry, Form, fallback, Read, facade)
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write, facade) \
+  READ_ONLY(getter, entry, Form, fallback, Read, facade)                   \
+  void Options::setter(Form::Argument value) {                             \
+    static constexpr auto key = entryKey entry;                            \
+    writeOption<Form, Read, Write>(                                        \
+        opts_.get(), key, [] { return fallback; }, std::move(value));      \
   }
 #define SPECIAL(...)
-#define READ_ONLY(getter, entry, Form, fallback, Read) GETTER(getter, , entry, Form, fallback, Read)
 #define DERIVED(...)
 #include "qorvane/store/options.def"
 

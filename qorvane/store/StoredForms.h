@@ -6,14 +6,24 @@
 // classes convert, and never fails), `encode`, and `kStored`, which says for people what the entry is.
 #pragma once
 
-#include <algorithm>
 #include <optional>
 #include <string_view>
 
 #include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/desktop/FontDescriptor.h"
 #include "qorvane/foundation/Value.h"
-#include "qorvane/jurisdictions/ChoiceLists.h"
+#include "qorvane/jurisdictions/AssessmentOptionsMapping.h"
+#include "qorvane/jurisdictions/ChoiceTables.h"
+#include "qorvane/jurisdictions/CompanyTypeMapping.h"
+#include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
+#include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
+#include "qorvane/jurisdictions/MR69OptionsMapping.h"
+#include "qorvane/jurisdictions/MethodOfContactMapping.h"
+#include "qorvane/jurisdictions/ModeOfDelivery.h"
+#include "qorvane/jurisdictions/NoticeOfAssAndRefundMapping.h"
+#include "qorvane/jurisdictions/RC59OptionsMapping.h"
+#include "qorvane/jurisdictions/TypeOfOrganizationMapping.h"
+#include "qorvane/jurisdictions/UseAddressMapping.h"
 
 namespace qorvane::inline v1 {
 
@@ -29,15 +39,24 @@ struct TextForm {
 };
 
 /// A text that must not be shown unasked: a password.
-struct SecretForm : TextForm {};
+struct SecretForm : TextForm {
+  static constexpr bool kIsSecret = true;
+};
+
+/// A text that means something on this machine only: a printer.
+struct MachineForm : TextForm {
+  static constexpr bool kIsMachineSpecific = true;
+};
 
 /// The rows and operations of a choice-list class.
 template <class List>
-const ChoiceList& choicesOf() {
-  static const ChoiceList& list =
-      *std::ranges::find(choiceLists(), &List::defaultValue, &ChoiceList::defaultValue);
-  return list;
-}
+constexpr const ChoiceList& choicesOf() = delete;
+#define LIST(Class, ...)                              \
+  template <>                                         \
+  constexpr const ChoiceList& choicesOf<Class>() {    \
+    return choices::kLists[choices::kPlaceOf##Class]; \
+  }
+#include "qorvane/jurisdictions/choice-lists.def"
 
 /// A choice of a list, as its neutral value in the program and in the entry. Any other text is kept, too.
 template <class List>

@@ -84,14 +84,22 @@ Operation operation(void (Options::*setter)(T)) {
           [setter](Options& store, int number) { (store.*setter)(sample<Plain>(number)); }};
 }
 
+// Not options, and of one name in the facade and in the store.
+#define FORMATTERS                        \
+  FORMATTER(numberFormatter)              \
+  FORMATTER(numberFormatterWithoutDollar) \
+  FORMATTER(numberFormatterForEditing) FORMATTER(yearMonthDateFormatter)
+
 const Operations& facadeOperations() {
   static const Operations operations = {
 #define FORWARD(getter, setter, storeGetter, storeSetter) \
   {#getter, operation(&OptionsMgr::getter)}, {#setter, operation(&OptionsMgr::setter)},
-#define READ_ONLY(getter, storeGetter) {#getter, operation(&OptionsMgr::getter)},
-#include "qorvane/manager/forwarders.def"
-      {"prepTaxpyersNameAsLastYr", operation(&OptionsMgr::prepTaxpyersNameAsLastYr)},
-      {"setPrepTaxpyersNameAsLastYr", operation(&OptionsMgr::setPrepTaxpyersNameAsLastYr)},
+#define FORWARD_READ(getter, storeGetter) {#getter, operation(&OptionsMgr::getter)},
+#define FORWARD_FLAG FORWARD
+#include "qorvane/store/facade-names.def"
+#define FORMATTER(getter) {#getter, operation(&OptionsMgr::getter)},
+      FORMATTERS
+#undef FORMATTER
   };
   return operations;
 }
@@ -100,8 +108,11 @@ const Operations& storeOperations() {
   static const Operations operations = {
 #define FORWARD(getter, setter, storeGetter, storeSetter) \
   {#storeGetter, operation(&Options::storeGetter)}, {#storeSetter, operation(&Options::storeSetter)},
-#define READ_ONLY(getter, storeGetter) {#storeGetter, operation(&Options::storeGetter)},
-#include "qorvane/manager/forwarders.def"
+#define FORWARD_READ(getter, storeGetter) {#storeGetter, operation(&Options::storeGetter)},
+#include "qorvane/store/facade-names.def"
+#define FORMATTER(getter) {#getter, operation(&Options::getter)},
+      FORMATTERS
+#undef FORMATTER
       {"preparerTaxpyersNameAsLastYr",
        {1, [](Options& store) { return asAnswer(store.preparerTaxpyersNameAsLastYr() == Text("YES")); },
         nullptr}},

@@ -86,7 +86,7 @@ TEST(EveryOptionTest, StandsOnceInTheTableUnderItsNamesAndKeys) {
     std::string setter = "set" + expected.getter;
     setter[3] = static_cast<char>(std::toupper(static_cast<unsigned char>(setter[3])));
     EXPECT_EQ(row->setter, expected.readOnly() ? "" : setter);
-    EXPECT_EQ(row->secret, expected.getter == "preparerPassword");
+    EXPECT_EQ(row->secret, expected.getter == "preparerPassword" || expected.getter == "que_AccessNumber");
     for (const ProductKind product : kProductKinds) {
       StoreWorld::become(product);
       EXPECT_EQ(row->key(), expected.derived() ? Text() : expected.key(product)) << nameOf(product);
@@ -396,7 +396,7 @@ TEST(EveryOptionTest, ChoicesAreKnownToTheTable) {
   };
   std::size_t found = 0;
   for (const OptionRow& row : optionTable()) {
-    const ChoiceList* list = row.choices();
+    const ChoiceList* list = row.choices;
     if (!list) continue;
     ASSERT_LT(found, expected.size());
     EXPECT_EQ(row.name, expected[found].option);

@@ -81,7 +81,7 @@ std::vector<std::string> valuesOf(const std::string& optionName) {
   if (!row) return {};
   std::vector<std::string> all;
   if (row->type == qorvane::OptionType::Flag) all = {"true", "false"};
-  if (const auto* list = row->choices())
+  if (const auto* list = row->choices)
     for (const qorvane::Choice& choice : list->choices) all.push_back(choice.neutral.string());
   if (row->name == "language" || row->name == "languageOfCorrespondance") all = {"English", "French"};
   return all;

@@ -136,7 +136,7 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
   rows.push_back({say("set"), row.write ? say(writeHabit(row).words)
                                         : say("it cannot be set: the library answers it itself")});
   printTable(session, {}, rows, out, Holding::Words);
-  if (const auto* list = row.choices()) {
+  if (const auto* list = row.choices) {
     out << say("choices") << '\n';
     printChoices(session, *list, row.fallback().textValue(), out, "  ");
   }
@@ -163,7 +163,7 @@ void range(Session& session, const OptionRequest& request, std::ostream& out) {
   session.requireSound();
   Json told{{"name", std::string(row.name)}, {"type", std::string(typeName(row).english())}};
   std::string words;
-  const auto* list = row.choices();
+  const auto* list = row.choices;
   if (list) {
     told["choices"] = choicesAsJson(*list, row.fallback().textValue());
   } else if (row.type == OptionType::Flag) {
