@@ -21,7 +21,7 @@ bool save(const char* what) {
   const int before = announcements;
   OptionsMgr::saveOptions();
   if (const auto failure = UserDefaults::standardUserDefaults().lastFailure()) {
-    std::cerr << what << ": not saved: " << failure->reason << '\n';
+    std::cerr << what << ": not saved: " << failure->reason(Language::English) << '\n';
     return false;
   }
   std::cout << what << ": saved, announced " << (announcements - before) << " time(s)\n";

@@ -47,8 +47,7 @@ void syncFolder(const std::string& folder) {
 void removeNote(Session& session) {
   FileUserDefaults note(noteFolder(session));
   note.setObject(nullptr, kNote);
-  if (!note.synchronize())
-    throw Failure(exitFor(note.lastFailure()->systemError), retold(note.lastFailure()->reason));
+  if (!note.synchronize()) throw Failure(exitFor(note.lastFailure()->systemError), told(*note.lastFailure()));
   std::error_code ignored;
   fs::remove_all(noteFolder(session), ignored);
 }
@@ -59,7 +58,7 @@ void save(FileUserDefaults& files, const Text& key, const Value& value) {
   const auto failure = *files.lastFailure();
   // What could not be written must not be tried again with the next save.
   files.forget(key);
-  throw Failure(exitFor(failure.systemError), retold(failure.reason));
+  throw Failure(exitFor(failure.systemError), told(failure));
 }
 
 // Puts each file back that still is what the note says it was to become.
@@ -107,7 +106,7 @@ std::vector<Domain> storedDomains(Session& session) {
       if (const auto domain = Domain::fromKey(file->path().stem().string())) found.push_back(*domain);
   if (error && error != std::errc::no_such_file_or_directory)
     throw Failure(exitFor(error.value()),
-                  say("cannot look into {}: {}", session.files().folder(), retold(error.message())));
+                  say("cannot look into {}: {}", session.files().folder(), systemReason(error.value())));
   std::ranges::sort(found);
   return found;
 }
@@ -121,7 +120,7 @@ std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) 
                   say("{} holds no dictionary of settings", session.files().pathForKey(domain.key())));
   return *stored.asDictionary();
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 std::vector<OptionState> optionStates(Session& session, const Domain& domain, const Dictionary& entries) {
@@ -183,9 +182,10 @@ void changeAll(Session& session, const Changes& changes) try {
   }
   removeNote(session);
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 } catch (const fs::filesystem_error& error) {
-  throw Failure(exitFor(error.code().value()), retold(error.what()));
+  throw Failure(exitFor(error.code().value()),
+                say("cannot change {}: {}", error.path1().string(), systemReason(error.code().value())));
 }
 
 bool undoUnfinished(Session& session) try {
@@ -204,9 +204,10 @@ bool undoUnfinished(Session& session) try {
   fs::remove_all(noteFolder(session));
   return false;
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 } catch (const fs::filesystem_error& error) {
-  throw Failure(exitFor(error.code().value()), retold(error.what()));
+  throw Failure(exitFor(error.code().value()),
+                say("cannot change {}: {}", error.path1().string(), systemReason(error.code().value())));
 }
 
 }  // namespace optionsmgr

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <iostream>
-#include <system_error>
 
+#include "qorvane/foundation/Failure.h"
 #include "qorvane/foundation/Text.h"
 #include "tool/speech/Columns.h"
 #include "tool/speech/Language.h"
@@ -22,7 +22,7 @@ void tell(std::string_view message) {
   std::cerr << "optionsmgr: " << report << std::endl;
 }
 
-std::string systemReason(int systemError) { return retold(std::generic_category().message(systemError)); }
+std::string systemReason(int systemError) { return qorvane::systemReason(systemError, language()).string(); }
 
 Exit exitFor(int systemError) {
   switch (systemError) {

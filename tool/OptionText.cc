@@ -140,7 +140,7 @@ Value readIn(qorvane::Options& store, const OptionRow& row) try {
 
 Failure unreadable(const OptionRow& row, const qorvane::Exception& error) {
   return Failure(Exit::BadData, say("the entry {} cannot be read ({}); `optionsmgr reset {}` mends it",
-                                    row.key().view(), retold(error.what()), row.name));
+                                    row.key().view(), told(error.failure()), row.name));
 }
 
 std::string inWords(const std::string& shown, bool isNil) {

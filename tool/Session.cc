@@ -96,7 +96,7 @@ std::size_t Session::terminalWidth() {
 void Session::requireFolder() try {
   files_.pathForKey(Options().settingsDomainKey());
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 void Session::requireUndamaged(const Text& key) {
@@ -111,7 +111,7 @@ void Session::requireUndamaged(const Text& key) {
                        "the last good copy in its place")
               : Phrase("{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and "
                        "starts afresh"),
-          files_.pathForKey(key), retold(found.damage)));
+          files_.pathForKey(key), told(*found.damage)));
 }
 
 std::unique_ptr<Options> Session::load() try {
@@ -120,7 +120,7 @@ std::unique_ptr<Options> Session::load() try {
   store->loadOptions();
   return store;
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& change) try {
@@ -131,11 +131,11 @@ std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& ch
     change(*store);
     store->saveOptions();
     if (const auto failure = files_.lastFailure())
-      throw Failure(exitFor(failure->systemError), say("{}; nothing was changed", retold(failure->reason)));
+      throw Failure(exitFor(failure->systemError), say("{}; nothing was changed", told(*failure)));
   }
   return load();
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), say("{}; nothing was changed", retold(error.what())));
+  throw Failure(exitFor(error.systemError()), say("{}; nothing was changed", told(error.failure())));
 }
 
 const qorvane::OptionRow& Session::option(const std::string& nameOrKey) {

@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <syslog.h>
 
+#include <atomic>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -17,6 +18,8 @@ LogSink& chosenSink() {
   static LogSink& sink = *new LogSink;
   return sink;
 }
+
+constinit std::atomic<Language> logLanguage = Language::English;
 
 // The character that a well-formed sequence of at most three bytes stands for.
 unsigned codePoint(std::string_view sequence) {
@@ -97,6 +100,16 @@ void log(const Text& message) noexcept {
     // The log is where troubles are told; there is no one to tell of its own.
   }
 }
+
+void log(const Failure& failure) noexcept {
+  try {
+    log(failure.reason(logLanguage));
+  } catch (...) {
+    // As above.
+  }
+}
+
+Language setLogLanguage(Language language) noexcept { return logLanguage.exchange(language); }
 
 LogSink setLogSink(LogSink sink) { return std::exchange(chosenSink(), std::move(sink)); }
 

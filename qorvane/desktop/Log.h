@@ -7,6 +7,7 @@
 
 #include <functional>
 
+#include "qorvane/foundation/Failure.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -19,6 +20,12 @@ using LogSink = std::function<void(const Text& line)>;
 /// passes byte for byte. Nil and the empty text log nothing. Never throws: a message that cannot be logged is
 /// lost. Any thread may call it.
 void log(const Text& message) noexcept;
+/// Logs the failure's reason, in English unless `setLogLanguage` says otherwise.
+void log(const Failure& failure) noexcept;
+
+/// The language in which failures are logged from now on: for a program whose log is what its user reads.
+/// Returns the one that served until now.
+Language setLogLanguage(Language language) noexcept;
 
 /// Sends every message to this sink alone from now on; an empty sink means syslog and stderr again. Returns
 /// the sink that served until now, empty for the usual one. Only while no other thread logs.

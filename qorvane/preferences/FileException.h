@@ -1,7 +1,8 @@
 // FileException: a failure of the operating system at a file or folder.
 #pragma once
 
-#include <string>
+#include <utility>
+#include <vector>
 
 #include "qorvane/foundation/Exception.h"
 
@@ -10,16 +11,13 @@ inline namespace [[gnu::visibility("default")]] v1 {
 
 class FileException : public Exception {
  public:
-  /// reason: one sentence that names the file and the cause. systemError: the errno; EAGAIN when another
-  /// process holds the lock.
-  FileException(const std::string& reason, int systemError) : Exception(reason), systemError_(systemError) {}
-  int systemError() const noexcept { return systemError_; }
+  using Exception::Exception;
+  /// arguments: what the code's text names, the file first.
+  FileException(FailureCode code, std::vector<Text> arguments, int systemError)
+      : Exception({code, std::move(arguments), systemError}) {}
 
-  /// Throws one whose reason ends with the system's words for the error.
-  [[noreturn]] static void raise(const std::string& what, int systemError);
-
- private:
-  int systemError_;
+  /// The errno; EAGAIN when another process holds the lock.
+  int systemError() const noexcept { return failure().systemError; }
 };
 
 }  // namespace v1

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <ctime>
-#include <initializer_list>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -44,10 +43,9 @@ bool isTroubleOfTheFile(int error) {
 
 // A line that there is no memory for is lost, as one that the system does not take. By then the files are
 // what the line would tell, and nothing may pretend otherwise.
-void logLine(std::initializer_list<std::string_view> parts) noexcept try {
-  std::string line;
-  for (const std::string_view part : parts) line += part;
-  log(Text(line));
+template <class Made>
+void logFailure(const Made& made) noexcept try {
+  log(made());
 } catch (const std::bad_alloc&) {
 }
 
@@ -73,12 +71,12 @@ class FileUserDefaults::StagedFile {
              std::string_view bytes)
       : store_(store), path_(path), target_(target) {
     OpenFile file(store_.calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
-    if (!file) FileException::raise("cannot create " + path_, errno);
+    if (!file) throw FileException(FailureCode::cannotCreate, {path_}, errno);
     try {
-      if (!file.makePrivate()) FileException::raise("cannot make " + path_ + " private", errno);
-      if (!file.write(bytes)) FileException::raise("cannot write " + path_, errno);
-      if (!file.sync()) FileException::raise("cannot sync " + path_ + " to the disk", errno);
-      if (!file.close()) FileException::raise("cannot close " + path_, errno);
+      if (!file.makePrivate()) throw FileException(FailureCode::cannotMakePrivate, {path_}, errno);
+      if (!file.write(bytes)) throw FileException(FailureCode::cannotWrite, {path_}, errno);
+      if (!file.sync()) throw FileException(FailureCode::cannotSync, {path_}, errno);
+      if (!file.close()) throw FileException(FailureCode::cannotClose, {path_}, errno);
     } catch (...) {
       discard();
       throw;
@@ -93,7 +91,7 @@ class FileUserDefaults::StagedFile {
   /// Puts the file in its target's place; not yet synced to the folder.
   void publish() {
     if (store_.calls_.rename(path_.c_str(), target_.c_str()) != 0)
-      FileException::raise("cannot put " + path_ + " in the place of " + target_, errno);
+      throw FileException(FailureCode::cannotReplace, {path_, target_}, errno);
     published_ = true;
   }
 
@@ -116,12 +114,10 @@ std::string FileUserDefaults::defaultFolder() {
 }
 
 std::string FileUserDefaults::pathForKey(const Text& key) const {
-  if (folder_.empty())
-    throw FileException(
-        "there is no preference folder: neither XDG_CONFIG_HOME nor HOME names an absolute path", ENOENT);
+  if (folder_.empty()) throw FileException(FailureCode::noPreferenceFolder, {}, ENOENT);
   const std::string_view name = key.view();
   if (name.empty() || name.front() == '.' || name.find_first_of(std::string_view("/\0", 2)) != name.npos)
-    throw Exception("\"" + key.string() + "\" cannot name a preference file");
+    throw Exception({FailureCode::keyNamesNoFile, {key}});
   return folder_ + "/" + key.string() + ".plist";
 }
 
@@ -132,18 +128,15 @@ bool FileUserDefaults::checkFolder(Use use) const {
   struct stat status;
   if (calls_.stat(folder_.c_str(), &status) != 0) {
     if (errno == ENOENT || errno == ENOTDIR) return false;
-    FileException::raise("cannot examine the folder " + folder_, errno);
+    throw FileException(FailureCode::cannotExamineFolder, {folder_}, errno);
   }
   const uid_t me = calls_.geteuid();
   // Root looks after the settings of others, but files that it made for them they could not read.
   if (use == Use::Reading && me == 0) return true;
   if (status.st_uid != me && !(use == Use::Reading && status.st_uid == 0))
-    FileException::raise(
-        "the folder " + folder_ + " belongs to another user (number " + std::to_string(status.st_uid) + ")",
-        EACCES);
+    throw FileException(FailureCode::folderOfAnother, {folder_, std::to_string(status.st_uid)}, EACCES);
   if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
-    FileException::raise("other users may change the folder " + folder_ + "; `chmod go-w` forbids it to them",
-                         EACCES);
+    throw FileException(FailureCode::folderOpenToOthers, {folder_}, EACCES);
   return true;
 }
 
@@ -152,16 +145,17 @@ std::optional<std::string> FileUserDefaults::readFile(const std::string& path) c
   OpenFile file(calls_, path, O_RDONLY | O_NONBLOCK);
   if (!file) {
     if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
-    FileException::raise("cannot open " + path, errno);
+    throw FileException(FailureCode::cannotOpen, {path}, errno);
   }
   struct stat status;
-  if (calls_.fstat(file.descriptor(), &status) != 0) FileException::raise("cannot examine " + path, errno);
-  if (!S_ISREG(status.st_mode)) throw FileException(path + " is no file of settings", EINVAL);
+  if (calls_.fstat(file.descriptor(), &status) != 0)
+    throw FileException(FailureCode::cannotExamine, {path}, errno);
+  if (!S_ISREG(status.st_mode)) throw FileException(FailureCode::notAFile, {path}, EINVAL);
   if (static_cast<std::uint64_t>(status.st_size) > kLargestFile)
-    throw FileException(path + " is too large for a file of settings", EFBIG);
+    throw FileException(FailureCode::fileTooLarge, {path}, EFBIG);
   std::string bytes;
   if (!file.read(bytes, static_cast<std::size_t>(status.st_size)))
-    FileException::raise("cannot read " + path, errno);
+    throw FileException(FailureCode::cannotRead, {path}, errno);
   return bytes;
 }
 
@@ -182,25 +176,25 @@ FileUserDefaults::Contents FileUserDefaults::examine(const std::string& path, co
 }
 
 FileUserDefaults::Contents FileUserDefaults::judge(std::string_view bytes, const Text& key) {
-  const auto damaged = [](const std::string& what) {
+  const auto damaged = [](Failure what) {
     Contents contents;
     contents.state = Inspection::State::Damaged;
-    contents.damage = Text(what);
+    contents.damage = std::move(what);
     return contents;
   };
   const SealCheck seal = checkSeal(bytes);
-  if (seal.state == SealState::Broken) return damaged("its bytes do not match its checksum");
+  if (seal.state == SealState::Broken) return damaged({FailureCode::checksumBroken});
   try {
     Contents contents;
     contents.top = readPropertyList(bytes);
     const Dictionary* entries = contents.top.asDictionary();
-    if (!entries || !entries->find(key.view())) return damaged("it has no entry \"" + key.string() + "\"");
+    if (!entries || !entries->find(key.view())) return damaged({FailureCode::entryMissing, {key}});
     contents.state = Inspection::State::Good;
     contents.sealed = seal.state == SealState::Intact;
     contents.generation = seal.generation;
     return contents;
   } catch (const Exception& error) {
-    return damaged(error.what());
+    return damaged(error.failure());
   }
 }
 
@@ -220,7 +214,7 @@ Value FileUserDefaults::objectForKey(const Text& key) try {
   const auto unread = unread_.insert(key.string()).first;
   Contents contents;
   if (checkFolder(Use::Reading)) contents = examine(path, key);
-  Value object = contents.state == Inspection::State::Damaged ? recover(key, contents.damage.string())
+  Value object = contents.state == Inspection::State::Damaged ? recover(key, *contents.damage)
                  : contents.isGood()                          ? contents.object(key)
                                                               : Value();
   if (contents.isGood() && contents.top.asDictionary()->size() == 1)
@@ -228,11 +222,11 @@ Value FileUserDefaults::objectForKey(const Text& key) try {
   unread_.erase(unread);
   return object;
 } catch (const FileException& error) {
-  logLine({"the settings \"", key.view(), "\" could not be loaded: ", error.what()});
+  logFailure([&] { return Failure{FailureCode::settingsNotLoaded, {key}, 0, {error.failure()}}; });
   throw;
 }
 
-Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
+Value FileUserDefaults::recover(const Text& key, const Failure& damage) {
   const std::string path = pathForKey(key);
   const std::string backup = backupPathForKey(key);
   Contents good;
@@ -240,13 +234,13 @@ Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
     good = examine(backup, key);
   } catch (const FileException& error) {
     // It may well be good: starting afresh would push it out in the end.
-    throw FileException(path + " is damaged (" + damage + "), and its last good copy: " + error.what(),
-                        error.systemError());
+    throw FileException(
+        {FailureCode::damagedAndCopyUnread, {path}, error.systemError(), {damage, error.failure()}});
   }
   std::string bytes;
   if (good.isGood()) bytes = sealedPropertyList(good.top, good.generation + 1);
   std::string aside;
-  std::string trouble;
+  std::optional<Failure> trouble;
   try {
     const Lock lock(*this);
     // Another process may have mended or replaced the file meanwhile.
@@ -257,12 +251,14 @@ Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
     aside = replace(path, now, good.isGood() ? &bytes : nullptr);
   } catch (const FileException& error) {
     // In a folder that is read-only, for instance: the bytes stay where they are.
-    trouble = error.what();
+    trouble = error.failure();
   }
-  logLine({path, " is damaged (", damage, "); ",
-           trouble.empty() ? "it was kept as " : "it stays where it is: ", trouble.empty() ? aside : trouble,
-           good.isGood() ? "; the last good copy, " : "; there is no good copy, so its settings start afresh",
-           good.isGood() ? backup : "", good.isGood() ? ", was loaded" : ""});
+  logFailure([&]() -> Failure {
+    if (trouble && good.isGood()) return {FailureCode::readFromCopy, {path, backup}, 0, {damage, *trouble}};
+    if (trouble) return {FailureCode::readAsNothing, {path}, 0, {damage, *trouble}};
+    if (good.isGood()) return {FailureCode::healedFromCopy, {path, aside, backup}, 0, {damage}};
+    return {FailureCode::startedAfresh, {path, aside}, 0, {damage}};
+  });
   return good.isGood() ? good.object(key) : Value();
 }
 
@@ -270,8 +266,7 @@ Value FileUserDefaults::recover(const Text& key, const std::string& damage) {
 
 void FileUserDefaults::setObject(const Value& value, const Text& key) {
   requirePropertyList(value, key);
-  if (value.isNil() && unread_.contains(key.view()))
-    throw Exception("the settings \"" + key.string() + "\" could not be read, so they are not removed");
+  if (value.isNil() && unread_.contains(key.view())) throw Exception({FailureCode::unreadNotRemoved, {key}});
   pending_.insert_or_assign(key.string(), value);
 }
 
@@ -283,24 +278,22 @@ bool FileUserDefaults::synchronize() {
       save(Text(key), next->second);
       next = pending_.erase(next);
       continue;
-    } catch (const FileException& error) {
-      noteFailure(key, error.what(), error.systemError());
     } catch (const Exception& error) {
-      noteFailure(key, error.what(), 0);
+      noteFailure(key, error.failure());
     } catch (const std::bad_alloc&) {
-      noteFailure(key, "there is not enough memory", ENOMEM);
+      noteFailure(key, {.code = FailureCode::outOfMemory, .systemError = ENOMEM});
     }
     ++next;
   }
-  if (lastFailure_) logLine({"the settings were not saved: ", lastFailure_->reason});
+  if (lastFailure_)
+    logFailure([&] { return Failure{FailureCode::settingsNotSaved, {}, 0, {*lastFailure_}}; });
   return !lastFailure_;
 }
 
-void FileUserDefaults::noteFailure(const std::string& key, const char* reason, int systemError) noexcept try {
-  const std::string path = folder_ + "/" + key + ".plist";
-  lastFailure_ = StoreFailure{Text("cannot save " + path + ": " + reason), systemError};
+void FileUserDefaults::noteFailure(const std::string& key, const Failure& cause) noexcept try {
+  lastFailure_ = {FailureCode::cannotSave, {folder_ + "/" + key + ".plist"}, cause.systemError, {cause}};
 } catch (const std::bad_alloc&) {
-  lastFailure_ = StoreFailure{"there is not enough memory to save the settings", ENOMEM};
+  lastFailure_ = {.code = FailureCode::outOfMemory, .systemError = ENOMEM};
 }
 
 void FileUserDefaults::save(const Text& key, const Value& value) {
@@ -316,7 +309,7 @@ void FileUserDefaults::save(const Text& key, const Value& value) {
       throw;
     old.state = Inspection::State::Damaged;
     old.unreadable = true;
-    old.damage = Text(std::string(error.what()));
+    old.damage = error.failure();
   }
   std::string bytes;
   bool alone = false;
@@ -330,8 +323,12 @@ void FileUserDefaults::save(const Text& key, const Value& value) {
   const std::string aside = replace(path, old, value.isNil() ? nullptr : &bytes);
   if (alone) known = {std::move(bytes), old.generation + 1};
   if (!aside.empty())
-    logLine({path, old.unreadable ? " could not be read (" : " is damaged (", old.damage,
-             "); it was kept as ", aside, " before the settings were saved"});
+    logFailure([&] {
+      return Failure{old.unreadable ? FailureCode::unreadableKeptAside : FailureCode::damagedKeptAside,
+                     {path, aside},
+                     0,
+                     {*old.damage}};
+    });
 }
 
 // Puts the bytes, or nothing, in the place of the file as it was found under the lock. What was there becomes
@@ -345,7 +342,7 @@ std::string FileUserDefaults::replace(const std::string& path, const Contents& o
   const std::string spare = backup + ".new";
   // Opened now: once the new file is in its place, nothing but the sync itself may fail.
   OpenFile folder(calls_, folderOf(file), O_RDONLY | O_DIRECTORY);
-  if (!folder) FileException::raise("cannot open the folder " + folderOf(file), errno);
+  if (!folder) throw FileException(FailureCode::cannotOpenFolder, {folderOf(file)}, errno);
   // Only the holder of the lock makes these, so any found here were left by a process that died.
   calls_.unlink(staging.c_str());
   calls_.unlink(spare.c_str());
@@ -362,9 +359,8 @@ std::string FileUserDefaults::replace(const std::string& path, const Contents& o
     if (replacement)
       replacement->publish();
     else if (calls_.unlink(file.c_str()) != 0 && errno != ENOENT)
-      FileException::raise("cannot remove " + file, errno);
-    if (!folder.syncFolder())
-      FileException::raise("cannot sync the folder of " + file + " to the disk", errno);
+      throw FileException(FailureCode::cannotRemove, {file}, errno);
+    if (!folder.syncFolder()) throw FileException(FailureCode::cannotSyncFolderOf, {file}, errno);
   } catch (...) {
     // Nobody can say what the disk holds now; the caller is told that the save failed, so what it sees must
     // be the old file again.
@@ -381,7 +377,7 @@ std::string FileUserDefaults::replace(const std::string& path, const Contents& o
 
 void FileUserDefaults::copy(const std::string& from, const std::string& staging, const std::string& to) {
   const std::optional<std::string> bytes = readFile(from);
-  if (!bytes) FileException::raise("cannot read " + from, ENOENT);
+  if (!bytes) throw FileException(FailureCode::cannotRead, {from}, ENOENT);
   StagedFile(*this, staging, to, *bytes).publish();
 }
 
@@ -392,7 +388,7 @@ void FileUserDefaults::keepAsBackup(const std::string& file, const std::string& 
   const bool kept = calls_.rename(spare.c_str(), backup.c_str()) == 0;
   const int error = errno;
   calls_.unlink(spare.c_str());  // Still there when the copy was another name of the file already.
-  if (!kept) FileException::raise("cannot keep the last good copy as " + backup, error);
+  if (!kept) throw FileException(FailureCode::cannotKeepCopy, {backup}, error);
   // Another program may have left the file open to others; a failure leaves the copy as open as that was.
   struct stat status;
   if (calls_.lstat(backup.c_str(), &status) != 0 || (status.st_mode & kRights) != kPrivateFile)
@@ -425,12 +421,12 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
     struct stat status;
     const int error = errno;
     if (error != EEXIST && calls_.lstat(aside.c_str(), &status) != 0) {
-      if (errno != ENOENT) FileException::raise("cannot examine " + aside, errno);
+      if (errno != ENOENT) throw FileException(FailureCode::cannotExamine, {aside}, errno);
       // No hard links here: a copy does as well, and what cannot be copied is moved.
       if (!unreadable)
         copy(file, spare, aside);
       else if (calls_.rename(file.c_str(), aside.c_str()) != 0)
-        FileException::raise("cannot set " + file + " aside as " + aside, errno);
+        throw FileException(FailureCode::cannotSetAside, {file, aside}, errno);
       moved = unreadable;
       break;
     }
@@ -446,7 +442,7 @@ std::string FileUserDefaults::setAside(const std::string& file, const std::strin
       calls_.rename(aside.c_str(), file.c_str());
     else
       calls_.unlink(aside.c_str());
-    FileException::raise("cannot sync the folder " + folder_ + " to the disk", error);
+    throw FileException(FailureCode::cannotSyncFolder, {folder_}, error);
   }
   return aside;
 }
@@ -463,15 +459,14 @@ std::string FileUserDefaults::targetOf(const std::string& path) const {
       target = name.starts_with('/') ? std::string(name) : folderOf(target) + "/" + std::string(name);
       continue;
     }
-    if (errno != EINVAL && errno != ENOENT) FileException::raise("cannot follow " + target, errno);
+    if (errno != EINVAL && errno != ENOENT) throw FileException(FailureCode::cannotFollow, {target}, errno);
     struct stat status;
     if (target != path && calls_.lstat(target.c_str(), &status) == 0 && status.st_uid != calls_.geteuid())
-      FileException::raise(path + " points to " + target + ", which belongs to another user (number " +
-                               std::to_string(status.st_uid) + ")",
-                           EACCES);
+      throw FileException(FailureCode::targetOfAnother, {path, target, std::to_string(status.st_uid)},
+                          EACCES);
     return target;
   }
-  FileException::raise("cannot follow " + path, ELOOP);
+  throw FileException(FailureCode::cannotFollow, {path}, ELOOP);
 }
 
 // ---- the folder and its lock ------------------------------------------------------------------------
@@ -480,10 +475,10 @@ void FileUserDefaults::makeFolder(const std::string& folder) {
   if (folder.empty() || folder == ".") return;  // The root and the current folder are there, or nothing is.
   if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0) {
     if (errno == EEXIST) return;
-    if (errno != ENOENT) FileException::raise("cannot create the folder " + folder, errno);
+    if (errno != ENOENT) throw FileException(FailureCode::cannotCreateFolder, {folder}, errno);
     makeFolder(folderOf(folder));
     if (calls_.mkdir(folder.c_str(), kPrivateFolder) != 0 && errno != EEXIST)
-      FileException::raise("cannot create the folder " + folder, errno);
+      throw FileException(FailureCode::cannotCreateFolder, {folder}, errno);
   }
   // A umask may have taken the owner's own rights; and a folder that a power cut takes away takes with it
   // what was saved in it.
@@ -491,7 +486,7 @@ void FileUserDefaults::makeFolder(const std::string& folder) {
   if (calls_.chmod(folder.c_str(), kPrivateFolder) != 0 || !parent || !parent.syncFolder()) {
     const int error = errno;
     calls_.rmdir(folder.c_str());
-    FileException::raise("cannot create the folder " + folder, error);
+    throw FileException(FailureCode::cannotCreateFolder, {folder}, error);
   }
 }
 

@@ -59,8 +59,8 @@ class FileUserDefaults : public UserDefaults {
     bool sealed = false;
     /// Of a sealed good file: how many saves it has seen.
     std::uint64_t generation = 0;
-    /// What is wrong with a damaged one.
-    Text damage;
+    /// What is wrong with a damaged one; none of another.
+    std::optional<Failure> damage;
   };
   /// Looks at the key's file, or at its last good copy, and changes nothing. Throws FileException when it
   /// cannot be read.
@@ -91,8 +91,8 @@ class FileUserDefaults : public UserDefaults {
   /// could not load the settings must not remove them.
   void setObject(const Value& value, const Text& key) override;
   /// When it answers false, one line of the log says why.
-  bool synchronize() override;
-  std::optional<StoreFailure> lastFailure() const override { return lastFailure_; }
+  [[nodiscard]] bool synchronize() override;
+  std::optional<Failure> lastFailure() const override { return lastFailure_; }
   /// Drops an object that was set and not yet written: the next `synchronize` does not try it again.
   void forget(const Text& key) { pending_.erase(key.string()); }
 
@@ -110,7 +110,7 @@ class FileUserDefaults : public UserDefaults {
   std::optional<std::string> readFile(const std::string& path) const;
   Contents examine(const std::string& path, const Text& key, const Known* known = nullptr) const;
   static Contents judge(std::string_view bytes, const Text& key);
-  Value recover(const Text& key, const std::string& damage);
+  Value recover(const Text& key, const Failure& damage);
   void save(const Text& key, const Value& value);
   std::string replace(const std::string& path, const Contents& old, const std::string* bytes);
   void copy(const std::string& from, const std::string& staging, const std::string& to);
@@ -118,7 +118,7 @@ class FileUserDefaults : public UserDefaults {
   bool putBack(const std::string& kept, const std::string& staging, const std::string& file) noexcept;
   std::string setAside(const std::string& file, const std::string& path, const std::string& spare,
                        bool unreadable);
-  void noteFailure(const std::string& key, const char* reason, int systemError) noexcept;
+  void noteFailure(const std::string& key, const Failure& cause) noexcept;
   void makeFolder(const std::string& folder);
   std::string targetOf(const std::string& path) const;
 
@@ -129,7 +129,7 @@ class FileUserDefaults : public UserDefaults {
   std::map<std::string, Known, std::less<>> known_;
   /// The keys whose last read failed.
   std::set<std::string, std::less<>> unread_;
-  std::optional<StoreFailure> lastFailure_;
+  std::optional<Failure> lastFailure_;
   int lockWait_ = 10'000;
   std::unique_ptr<FolderLock> lock_;
   int lockDepth_ = 0;

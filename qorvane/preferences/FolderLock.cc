@@ -73,7 +73,7 @@ class FolderLock::Claim {
         calls_.fstat(file.descriptor(), &made_) != 0 || !file.close()) {
       const int error = errno;
       calls_.unlink(path_.c_str());
-      FileException::raise("cannot write " + path_, error);
+      throw FileException(FailureCode::cannotWrite, {path_}, error);
     }
   }
   ~Claim() {
@@ -100,7 +100,7 @@ class FolderLock::Claim {
     const int error = calls_.link(path_.c_str(), held_.c_str()) == 0 ? EEXIST : errno;
     // The answer to the call may have been lost on its way from the server; the count of names was not.
     if (isLock()) return true;
-    if (error != EEXIST) FileException::raise("cannot make the lock " + held_, error);
+    if (error != EEXIST) throw FileException(FailureCode::cannotMakeLock, {held_}, error);
     return false;
   }
 
@@ -140,13 +140,11 @@ FolderLock::FolderLock(SystemCalls& calls, const std::string& folder, int waitMi
     : calls_(calls),
       path_(folder + "/.lock"),
       file_(calls, path_, O_RDWR | O_CREAT | O_NOFOLLOW, kPrivateFile) {
-  if (!file_) FileException::raise("cannot open " + path_, errno);
-  if (!file_.makePrivate()) FileException::raise("cannot make " + path_ + " private", errno);
+  if (!file_) throw FileException(FailureCode::cannotOpen, {path_}, errno);
+  if (!file_.makePrivate()) throw FileException(FailureCode::cannotMakePrivate, {path_}, errno);
   for (int waited = 0; !take(); waited += kPollMilliseconds) {
     if (waited >= waitMilliseconds)
-      throw FileException("another program is saving settings: " + path_ + " was still locked after " +
-                              std::to_string(waitMilliseconds) + " ms",
-                          EAGAIN);
+      throw FileException(FailureCode::lockedByAnother, {path_, std::to_string(waitMilliseconds)}, EAGAIN);
     calls_.sleepMilliseconds(kPollMilliseconds);
   }
 }
@@ -159,7 +157,7 @@ bool FolderLock::take() {
   while (result != 0 && errno == EINTR);
   if (result == 0) return true;
   if (errno == EAGAIN) return false;
-  if (!cannotLock(errno)) FileException::raise("cannot lock " + path_, errno);
+  if (!cannotLock(errno)) throw FileException(FailureCode::cannotLock, {path_}, errno);
   auto claim = std::make_unique<Claim>(calls_, path_ + "-held");
   if (!claim->becomeLock()) return false;
   claim_ = std::move(claim);
@@ -167,9 +165,7 @@ bool FolderLock::take() {
 }
 
 void FolderLock::requireHeld() const {
-  if (claim_ && !claim_->isLock())
-    throw FileException("another program took the lock " + path_ + " over while the settings were saved",
-                        EAGAIN);
+  if (claim_ && !claim_->isLock()) throw FileException(FailureCode::lockTakenOver, {path_}, EAGAIN);
 }
 
 }  // namespace qorvane::inline v1

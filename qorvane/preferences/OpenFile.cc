@@ -1,9 +1,5 @@
 #include "qorvane/preferences/OpenFile.h"
 
-#include <system_error>
-
-#include "qorvane/preferences/FileException.h"
-
 namespace qorvane::inline v1 {
 
 bool OpenFile::read(std::string& bytes, std::size_t count) {
@@ -48,10 +44,6 @@ bool OpenFile::sync() {
   do result = calls_.fsync(descriptor_);
   while (result != 0 && errno == EINTR);
   return result == 0;
-}
-
-void FileException::raise(const std::string& what, int systemError) {
-  throw FileException(what + ": " + std::generic_category().message(systemError), systemError);
 }
 
 }  // namespace qorvane::inline v1

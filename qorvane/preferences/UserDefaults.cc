@@ -32,14 +32,14 @@ bool isPropertyList(const Value& value, int depth) {
 
 UserDefaults* replacementStore = nullptr;
 
-void raise(FaultInjectingUserDefaults::Fault fault, const char* what) {
+void raise(FaultInjectingUserDefaults::Fault fault, const Text& what) {
   switch (fault) {
     case FaultInjectingUserDefaults::Fault::None:
       return;
     case FaultInjectingUserDefaults::Fault::PlatformException:
-      throw Exception(what);
+      throw Exception({FailureCode::storeFailed, {what}});
     case FaultInjectingUserDefaults::Fault::OtherException:
-      throw std::logic_error(what);
+      throw std::logic_error(what.c_str());
   }
 }
 
@@ -55,10 +55,8 @@ UserDefaults& UserDefaults::standardUserDefaults() {
 void UserDefaults::setStandardUserDefaults(UserDefaults* replacement) { replacementStore = replacement; }
 
 void UserDefaults::requirePropertyList(const Value& value, const Text& key) {
-  if (key.isNil()) throw Exception("a preference key may not be nil");
-  if (!value.isNil() && !isPropertyList(value, 1))
-    throw Exception("the value for \"" + key.string() +
-                    "\" is no property list: something in it is nil or nested too deeply");
+  if (key.isNil()) throw Exception({FailureCode::keyNil});
+  if (!value.isNil() && !isPropertyList(value, 1)) throw Exception({FailureCode::valueNotStorable, {key}});
 }
 
 Value MemoryUserDefaults::objectForKey(const Text& key) {
@@ -91,7 +89,7 @@ void FaultInjectingUserDefaults::setObject(const Value& value, const Text& key) 
 
 bool FaultInjectingUserDefaults::synchronize() {
   raise(onSynchronize, "the store cannot be written");
-  MemoryUserDefaults::synchronize();
+  static_cast<void>(MemoryUserDefaults::synchronize());
   return !failure;
 }
 

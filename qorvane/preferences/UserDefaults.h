@@ -9,19 +9,12 @@
 #include <optional>
 #include <string>
 
+#include "qorvane/foundation/Failure.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
-
-/// Why a preference store could not do what it was asked.
-struct StoreFailure {
-  /// One sentence: what failed, where, why.
-  Text reason;
-  /// The errno of the call that failed; EAGAIN when another process holds the lock; 0 when there was none.
-  int systemError = 0;
-};
 
 class UserDefaults {
  public:
@@ -34,9 +27,10 @@ class UserDefaults {
   virtual void setObject(const Value& value, const Text& key) = 0;
   /// Writes what was set since the last time to the disk. False when anything could not be written: it stays
   /// set, the next call tries again, and `lastFailure` tells why.
-  virtual bool synchronize() = 0;
-  /// Why the last `synchronize` answered false; none after true.
-  virtual std::optional<StoreFailure> lastFailure() const = 0;
+  [[nodiscard]] virtual bool synchronize() = 0;
+  /// Why the last `synchronize` answered false; none after true. A store that is none of the library's tells
+  /// its own sentence as the argument of FailureCode::storeFailed.
+  virtual std::optional<Failure> lastFailure() const = 0;
 
   /// The store that the library uses: the user's own files (FileUserDefaults) unless replaced.
   static UserDefaults& standardUserDefaults();
@@ -53,8 +47,8 @@ class MemoryUserDefaults : public UserDefaults {
  public:
   Value objectForKey(const Text& key) override;
   void setObject(const Value& value, const Text& key) override;
-  bool synchronize() override;
-  std::optional<StoreFailure> lastFailure() const override { return std::nullopt; }
+  [[nodiscard]] bool synchronize() override;
+  std::optional<Failure> lastFailure() const override { return std::nullopt; }
 
   /// How often `synchronize` was called.
   int synchronizeCount() const { return synchronizeCount_; }
@@ -74,12 +68,12 @@ class FaultInjectingUserDefaults : public MemoryUserDefaults {
   Fault onSet = Fault::None;
   Fault onSynchronize = Fault::None;
   /// `synchronize` answers false with this failure.
-  std::optional<StoreFailure> failure;
+  std::optional<Failure> failure;
 
   Value objectForKey(const Text& key) override;
   void setObject(const Value& value, const Text& key) override;
-  bool synchronize() override;
-  std::optional<StoreFailure> lastFailure() const override { return failure; }
+  [[nodiscard]] bool synchronize() override;
+  std::optional<Failure> lastFailure() const override { return failure; }
 };
 
 }  // namespace v1

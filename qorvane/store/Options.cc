@@ -54,7 +54,7 @@ void Options::loadOptions() try {
 void Options::saveOptions() try {
   UserDefaults& defaults = UserDefaults::standardUserDefaults();
   defaults.setObject(opts_ ? Value(*opts_) : Value(), settingsDomainKey());
-  defaults.synchronize();
+  static_cast<void>(defaults.synchronize());
   if (notifyAll) NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
   notifyAll = false;
 } catch (const Exception&) {

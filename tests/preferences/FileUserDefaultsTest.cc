@@ -48,7 +48,7 @@ class FileUserDefaultsTest : public testing::Test {
     CallsWithoutSync calls;
     FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
     store.setObject(value, kKey);
-    ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason;
+    ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason(Language::English);
   }
   static Value load() { return FileUserDefaults().objectForKey(kKey); }
 
@@ -151,7 +151,7 @@ TEST_F(FileUserDefaultsTest, WithoutAHomeEveryOperationSaysSo) {
   EXPECT_THROW(store.objectForKey(kKey), FileException);
   store.setObject(kOld, kKey);
   EXPECT_FALSE(store.synchronize());
-  EXPECT_NE(store.lastFailure()->reason.view().find("HOME"), std::string_view::npos);
+  EXPECT_NE(store.lastFailure()->reason(Language::English).view().find("HOME"), std::string_view::npos);
 }
 
 TEST_F(FileUserDefaultsTest, KeysThatCannotNameAFileAreRefused) {
@@ -306,7 +306,7 @@ TEST_F(FileUserDefaultsTest, FoldersThatAnotherProcessMakesMeanwhileAreUsed) {
   });
   FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
   store.setObject(kOld, kKey);
-  EXPECT_TRUE(store.synchronize()) << store.lastFailure()->reason;
+  EXPECT_TRUE(store.synchronize()) << store.lastFailure()->reason(Language::English);
   EXPECT_TRUE(isIdentical(load(), kOld));
 }
 
@@ -402,7 +402,7 @@ TEST_F(FileUserDefaultsTest, EachSaveOfAStoreSeesWhatTheFileHoldsNow) {
   FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
   const auto saveHere = [&](const Value& value) {
     store.setObject(value, kKey);
-    ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason;
+    ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason(Language::English);
   };
   const auto setAside = [&] {
     return std::ranges::count_if(names(),
@@ -877,7 +877,7 @@ TEST_P(FailureTest, EveryCallOfASaveThatFailsLeavesTheOldFileOrSucceeds) {
               EXPECT_EQ(fs::exists(file()) ? readFile(file()) : "", old) << what;
               ASSERT_TRUE(store.lastFailure()) << what;
               EXPECT_EQ(store.lastFailure()->systemError, cause()) << what;
-              const std::string_view reason = store.lastFailure()->reason.view();
+              const std::string reason = store.lastFailure()->reason(Language::English).string();
               EXPECT_NE(reason.find(file().string()), reason.npos) << reason;
               EXPECT_NE(reason.find(strerror(cause())), reason.npos) << reason;
               ASSERT_EQ(logged.lines().size(), 1u) << what;

@@ -31,7 +31,7 @@ TEST(FaultInjectingUserDefaults, FailsAsItIsTold) {
   store.setObject(Number(1), "key");
   EXPECT_TRUE(store.synchronize());
   EXPECT_FALSE(store.lastFailure());
-  store.failure = StoreFailure{"the disk is full", ENOSPC};
+  store.failure = Failure{FailureCode::storeFailed, {"the disk is full"}, ENOSPC};
   EXPECT_FALSE(store.synchronize());
   ASSERT_TRUE(store.lastFailure());
   EXPECT_EQ(store.lastFailure()->systemError, ENOSPC);
@@ -42,7 +42,7 @@ TEST(FaultInjectingUserDefaults, FailsAsItIsTold) {
   store.onRead = Fault::None;
   EXPECT_EQ(store.objectForKey("key"), Value(Number(1)));
   store.onSynchronize = Fault::PlatformException;
-  EXPECT_THROW(store.synchronize(), Exception);
+  EXPECT_THROW(static_cast<void>(store.synchronize()), Exception);
 }
 
 }  // namespace

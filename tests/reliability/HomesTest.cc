@@ -43,7 +43,7 @@ class HomesTest : public testing::Test {
     store.setObject(kNew, kKey);
     EXPECT_FALSE(store.synchronize());
     ASSERT_TRUE(store.lastFailure());
-    EXPECT_EQ(store.lastFailure()->systemError, cause) << store.lastFailure()->reason;
+    EXPECT_EQ(store.lastFailure()->systemError, cause) << store.lastFailure()->reason(Language::English);
     EXPECT_EQ(readFile(file()), before);
     for (const auto& entry : fs::directory_iterator(home.store())) names -= entry.exists();
     EXPECT_EQ(names, 0u) << "names came or went";
@@ -119,7 +119,8 @@ TEST_F(HomesTest, AReadOnlyParentIsSaid) {
     store.setObject(kOld, kKey);
     EXPECT_FALSE(store.synchronize());
     EXPECT_EQ(store.lastFailure()->systemError, EACCES);
-    EXPECT_NE(store.lastFailure()->reason.view().find("home/.config"), std::string_view::npos);
+    EXPECT_NE(store.lastFailure()->reason(Language::English).view().find("home/.config"),
+              std::string_view::npos);
     EXPECT_TRUE(store.objectForKey(kKey).asDictionary()) << "the application keeps its change";
     EXPECT_TRUE(FileUserDefaults().objectForKey(kKey).isNil());
   });

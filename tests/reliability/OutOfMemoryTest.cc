@@ -95,10 +95,12 @@ TEST_P(OutOfMemoryTest, ASaveFailsAndTheNextOneSucceeds) {
           EXPECT_EQ(fs::exists(file()) ? readFile(file()) : "", old) << allocation;
           if (store.lastFailure()) {
             EXPECT_EQ(store.lastFailure()->systemError, ENOMEM);
-            EXPECT_NE(store.lastFailure()->reason.view().find("memory"), std::string_view::npos);
+            EXPECT_NE(store.lastFailure()->reason(Language::English).view().find("memory"),
+                      std::string_view::npos);
             // With a little memory left the reason names the file, and the log has it.
             if (GetParam()) {
-              EXPECT_NE(store.lastFailure()->reason.view().find(file().string()), std::string_view::npos);
+              EXPECT_NE(store.lastFailure()->reason(Language::English).view().find(file().string()),
+                        std::string_view::npos);
               EXPECT_EQ(logged.lines().size(), 1u);
             }
           } else {
@@ -153,7 +155,7 @@ TEST_P(OutOfMemoryTest, MendingADamagedFileLosesNothing) {
         try {
           if (saving) {
             store.setObject(kNew, kKey);
-            store.synchronize();
+            static_cast<void>(store.synchronize());
           } else {
             EXPECT_TRUE(isIdentical(store.objectForKey(kKey), kOld)) << allocation;
           }

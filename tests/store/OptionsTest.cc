@@ -312,7 +312,7 @@ TEST_F(OptionsTest, TheAnswerOfSynchronizeIsNotExamined) {
   Options store;
   store.loadOptions();
   store.setAllowOverriding(true);
-  defaults.failure = StoreFailure{"the disk is full", 28};
+  defaults.failure = Failure{FailureCode::storeFailed, {"the disk is full"}, 28};
   store.saveOptions();
   EXPECT_EQ(takePosted(), Posted{"kPreferenceChangeEvt"});
   EXPECT_FALSE(notifyAll);

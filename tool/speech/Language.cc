@@ -3,6 +3,8 @@
 #include <optional>
 #include <vector>
 
+#include "qorvane/desktop/Log.h"
+
 namespace optionsmgr {
 
 namespace {
@@ -39,8 +41,13 @@ std::optional<std::vector<std::string_view>> argumentsOf(std::string_view messag
 
 }  // namespace
 
-void speakFrench(bool wanted) { french = wanted; }
+void speakFrench(bool wanted) {
+  french = wanted;
+  // The library's log is told to the tool's user.
+  qorvane::setLogLanguage(language());
+}
 bool speaksFrench() { return french; }
+qorvane::Language language() { return french ? qorvane::Language::French : qorvane::Language::English; }
 
 std::string_view translated(std::string_view english) {
   if (!french) return english;
@@ -58,6 +65,8 @@ std::string filled(std::string_view pattern, std::initializer_list<std::string_v
   }
   return text.append(pattern);
 }
+
+std::string told(const qorvane::Failure& failure) { return failure.reason(language()).string(); }
 
 std::string retold(std::string_view message) {
   if (!french) return std::string(message);

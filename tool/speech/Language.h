@@ -8,11 +8,14 @@
 #include <string>
 #include <string_view>
 
+#include "qorvane/foundation/Failure.h"
+
 namespace optionsmgr {
 
 /// The language of help and messages from now on; English at first.
 void speakFrench(bool french);
 bool speaksFrench();
+qorvane::Language language();
 
 struct FrenchRow {
   std::string_view english;
@@ -54,6 +57,9 @@ std::string say(const Phrase& phrase, const Arguments&... arguments) {
 /// A text that comes from a table of the library or of the parser, in the language of the tool. One that
 /// French.def does not hold stays.
 std::string_view translated(std::string_view english);
+
+/// What the library tells of a failure, in the language of the tool.
+std::string told(const qorvane::Failure& failure);
 
 /// What the library or the system tells of a failure, such as "cannot open /a/b: Permission denied", in the
 /// language of the tool: French.def's rows are its patterns, and a sentence in the place of a "{}" is retold

@@ -124,7 +124,7 @@ class Doctor {
   }
 
   void lock() try { lock_.emplace(session_.files()); } catch (const FileException& error) {
-    add(".lock", error.systemError() == EAGAIN ? Phrase("note") : Phrase("problem"), retold(error.what()));
+    add(".lock", error.systemError() == EAGAIN ? Phrase("note") : Phrase("problem"), told(error.failure()));
   }
 
   void examineSettings(const Domain& domain) try {
@@ -134,7 +134,7 @@ class Doctor {
     auto found = files.inspect(key);
     const auto copy = files.inspectBackup(key);
     if (found.state == State::Damaged) {
-      const std::string damage = retold(found.damage);
+      const std::string damage = told(*found.damage);
       if (repair_ && lock_) {
         files.objectForKey(key);
         found = files.inspect(key);
@@ -151,14 +151,14 @@ class Doctor {
     if (copy.state == State::Damaged) {
       const bool removed = repair_ && lock_ && unlink(files.backupPathForKey(key).c_str()) == 0;
       add(name + ".bak", removed ? Phrase("repaired") : Phrase("problem"),
-          say("damaged: {}", retold(copy.damage)));
+          say("damaged: {}", told(*copy.damage)));
     } else if (copy.state == State::Good) {
       add(name + ".bak", "good", say("the last good copy"));
     }
     examineRights(files.pathForKey(key), name, 0600);
     if (copy.state != State::Missing) examineRights(files.backupPathForKey(key), name + ".bak", 0600);
   } catch (const FileException& error) {
-    add(domain.key().string() + ".plist", "problem", retold(error.what()));
+    add(domain.key().string() + ".plist", "problem", told(error.failure()));
   }
 
   void examineLeftovers(const std::string& folder) {

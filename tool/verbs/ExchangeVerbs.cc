@@ -92,7 +92,7 @@ std::string objection(const OptionRow& row, const Value& entry) {
       try {
         static_cast<void>(qorvane::unarchiveColor(*entry.asData()));
       } catch (const qorvane::Exception& error) {
-        return say("it is no colour: {}", retold(error.what()));
+        return say("it is no colour: {}", told(error.failure()));
       }
       return {};
     case OptionType::Date:
@@ -248,7 +248,7 @@ void importSettings(Session& session, const ImportRequest& request, std::ostream
     out << say("{}: left out, for it is no product's settings", other) << '\n';
   if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 void addExchangeVerbs(Verbs& verbs) {

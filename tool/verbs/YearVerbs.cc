@@ -249,7 +249,7 @@ void carryForward(Session& session, const CarryRequest& request, std::ostream& o
       << '\n';
   if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), retold(error.what()));
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 }  // namespace
