@@ -30,7 +30,7 @@ Text Bundle::bundlePath() const {
   if (!path_.isNil()) return path_;
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink(programLink_, error);
-  if (error) throw Exception("cannot find the running program at " + programLink_ + ": " + error.message());
+  if (error) throw Exception({FailureCode::programNotFound, {programLink_}, error.value()});
   return Text(program.parent_path().native());
 }
 

@@ -86,8 +86,8 @@ Color Color::colorWithDeviceCyan(double cyan, double magenta, double yellow, dou
 }
 
 Color Color::colorWithCatalogName(Text catalogName, Text colorName, const Color& color) {
-  if (catalogName.isNil() || colorName.isNil()) throw Exception("a catalogue colour needs the names of both");
-  if (color.names_ == kDeepestNames) throw Exception("too many colour names that stand for colour names");
+  if (catalogName.isNil() || colorName.isNil()) throw Exception({FailureCode::catalogColorNameless});
+  if (color.names_ == kDeepestNames) throw Exception({FailureCode::catalogColorTooDeep});
   Color named(ColorSpace::Named, {});
   named.names_ = static_cast<std::uint8_t>(color.names_ + 1);
   named.name_ = std::make_shared<const Name>(Name{std::move(catalogName), std::move(colorName), color});
@@ -96,7 +96,7 @@ Color Color::colorWithCatalogName(Text catalogName, Text colorName, const Color&
 
 Color Color::patternColor() { return {ColorSpace::Pattern, {}}; }
 
-void Color::failWithoutComponents() { throw Exception("a catalogue or pattern colour has no components"); }
+void Color::failWithoutComponents() { throw Exception({FailureCode::colorWithoutComponents}); }
 
 Text Color::catalogName() const { return name_ ? name_->catalog : nullptr; }
 Text Color::colorName() const { return name_ ? name_->name : nullptr; }

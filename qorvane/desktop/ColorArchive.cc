@@ -96,7 +96,7 @@ class Archiver {
   void putColor(const Color& color) {
     switch (color.colorSpace()) {
       case ColorSpace::Pattern:
-        throw Exception("a pattern colour cannot be archived");
+        throw Exception({FailureCode::colorPatternUnwritable});
       case ColorSpace::SRGB:
         beginObject(Class::SRGBColor);
         putComponents(color);
@@ -128,7 +128,7 @@ class Archiver {
 
   void putText(const Text& text) {
     if (text.size() > std::numeric_limits<std::int32_t>::max())
-      throw Exception("a colour's name is too long");
+      throw Exception({FailureCode::colorNameTooLong});
     beginObject(Class::String);
     putString(kTextGroup);
     putInteger(static_cast<std::int32_t>(text.size()));
@@ -229,27 +229,27 @@ class Unarchiver {
   explicit Unarchiver(std::string_view bytes) : bytes_(bytes) {}
 
   Color unarchive() {
-    if (takeByte() != kStreamVersion) fail(0, "not a typed stream");
+    if (takeByte() != kStreamVersion) fail(0, FailureCode::colorNoStream);
     const std::string_view signature = takeBytes(takeByte());
-    if (signature != kLittleEndian && signature != kBigEndian) fail(1, "not a typed stream");
+    if (signature != kLittleEndian && signature != kBigEndian) fail(1, FailureCode::colorNoStream);
     bigEndian_ = signature == kBigEndian;
     const std::size_t version = at_;
-    if (takeInteger() != kSystemVersion) fail(version, "an unknown version");
+    if (takeInteger() != kSystemVersion) fail(version, FailureCode::colorVersion);
     expectGroup(kColorGroup);
     Color color = takeColor(0);
-    if (at_ != bytes_.size()) fail(at_, "something follows the colour");
+    if (at_ != bytes_.size()) fail(at_, FailureCode::colorAfterEnd);
     return color;
   }
 
  private:
-  [[noreturn]] static void fail(std::size_t at, std::string_view why) {
-    throw Exception("bad colour archive at byte " + std::to_string(at) + ": " + std::string(why));
+  [[noreturn]] static void fail(std::size_t at, FailureCode why) {
+    throw Exception({FailureCode::colorArchiveBad, {std::to_string(at)}, 0, {{why}}});
   }
 
   // ---- bytes and numbers ----
 
   std::string_view takeBytes(std::size_t count) {
-    if (count > bytes_.size() - at_) fail(bytes_.size(), "the archive is cut short");
+    if (count > bytes_.size() - at_) fail(bytes_.size(), FailureCode::colorCutShort);
     at_ += count;
     return bytes_.substr(at_ - count, count);
   }
@@ -272,7 +272,7 @@ class Unarchiver {
   std::int32_t integerFrom(std::uint8_t first, std::size_t start) {
     if (first == kInteger2) return static_cast<std::int16_t>(takeBits(2));
     if (first == kInteger4) return static_cast<std::int32_t>(takeBits(4));
-    if (first >= 0x80 && first < kFirstReference) fail(start, "an integer was expected");
+    if (first >= 0x80 && first < kFirstReference) fail(start, FailureCode::colorNoInteger);
     return static_cast<std::int8_t>(first);
   }
 
@@ -290,7 +290,7 @@ class Unarchiver {
   std::string_view takeCounted() {
     const std::size_t start = at_;
     const std::int32_t length = takeInteger();
-    if (length < 0) fail(start, "a negative length");
+    if (length < 0) fail(start, FailureCode::colorNegativeLength);
     return takeBytes(static_cast<std::size_t>(length));
   }
 
@@ -298,9 +298,9 @@ class Unarchiver {
 
   /// The number of a shared thing met before, if the tag is a reference to one of `count`.
   static std::size_t referenceTo(std::uint8_t tag, std::size_t start, std::size_t count) {
-    if (tag < kFirstReference) fail(start, "a tag that does not belong here");
+    if (tag < kFirstReference) fail(start, FailureCode::colorTag);
     const std::size_t number = tag - std::size_t{kFirstReference};
-    if (number >= count) fail(start, "a reference to something that has not been");
+    if (number >= count) fail(start, FailureCode::colorReference);
     return number;
   }
 
@@ -315,12 +315,12 @@ class Unarchiver {
 
   void expectGroup(std::string_view letters) {
     const std::size_t start = at_;
-    if (takeString() != letters) fail(start, "an unexpected group of values");
+    if (takeString() != letters) fail(start, FailureCode::colorGroup);
   }
 
   void expectEnd() {
     const std::size_t start = at_;
-    if (takeByte() != kEnd) fail(start, "the end of an object was expected");
+    if (takeByte() != kEnd) fail(start, FailureCode::colorNoEnd);
   }
 
   /// A class and its chain of superclasses. The chain is two long at most, and so is this recursion.
@@ -329,20 +329,20 @@ class Unarchiver {
     const std::uint8_t tag = takeByte();
     if (tag != kNew) {
       const Class* known = std::get_if<Class>(&shared_[referenceTo(tag, start, shared_.size())]);
-      if (!known || (asSuperclass && *known != Class::Object)) fail(start, "another class was expected");
+      if (!known || (asSuperclass && *known != Class::Object)) fail(start, FailureCode::colorOtherClass);
       return *known;
     }
     const std::string_view name = takeString();
     const auto row = std::ranges::find(kClasses, name, &ClassRow::name);
-    if (row == kClasses.end()) fail(start, "an unknown class");
-    if (asSuperclass && row->itself != Class::Object) fail(start, "another class was expected");
-    if (takeInteger() != row->version) fail(start, "an unknown version of a class");
+    if (row == kClasses.end()) fail(start, FailureCode::colorUnknownClass);
+    if (asSuperclass && row->itself != Class::Object) fail(start, FailureCode::colorOtherClass);
+    if (takeInteger() != row->version) fail(start, FailureCode::colorClassVersion);
     shared_.emplace_back(row->itself);
     const std::size_t end = at_;
     if (row->itself != Class::Object)
       takeClass(true);
     else if (takeByte() != kNil)
-      fail(end, "the root class has a superclass");
+      fail(end, FailureCode::colorRootSuperclass);
     return row->itself;
   }
 
@@ -353,14 +353,14 @@ class Unarchiver {
     const std::uint8_t tag = takeByte();
     if (tag != kNew) {
       const Text* known = std::get_if<Text>(&shared_[referenceTo(tag, start, shared_.size())]);
-      if (!known) fail(start, "a text was expected");
+      if (!known) fail(start, FailureCode::colorNoText);
       return *known;
     }
     const std::size_t number = newObject();
-    if (takeClass() != Class::String) fail(start, "a text was expected");
+    if (takeClass() != Class::String) fail(start, FailureCode::colorNoText);
     expectGroup(kTextGroup);
     const std::string_view bytes = takeCounted();
-    if (!detail::isWellFormedUtf8(bytes)) fail(start, "a text that is no UTF-8");
+    if (!detail::isWellFormedUtf8(bytes)) fail(start, FailureCode::colorTextEncoding);
     Text text(bytes);
     expectEnd();
     shared_[number] = text;
@@ -372,7 +372,7 @@ class Unarchiver {
     const std::uint8_t tag = takeByte();
     if (tag != kNew) {
       const Color* known = std::get_if<Color>(&shared_[referenceTo(tag, start, shared_.size())]);
-      if (!known) fail(start, "a colour was expected");
+      if (!known) fail(start, FailureCode::colorNoColor);
       return *known;
     }
     const std::size_t number = newObject();
@@ -384,16 +384,16 @@ class Unarchiver {
 
   Color takeColorContents(Class itsClass, std::size_t start, std::size_t names) {
     if (itsClass == Class::SRGBColor) return takeComponents(ColorSpace::SRGB, 4);
-    if (itsClass != Class::Color) fail(start, "a colour was expected");
+    if (itsClass != Class::Color) fail(start, FailureCode::colorNoColor);
     expectGroup(kKindGroup);
     const std::size_t kindAt = at_;
     const std::uint8_t kind = takeByte();
     if (kind != kNamedKind) {
       const auto row = std::ranges::find(kKinds, kind, &KindRow::kind);
-      if (row == kKinds.end()) fail(kindAt, "an unknown kind of colour");
+      if (row == kKinds.end()) fail(kindAt, FailureCode::colorUnknownKind);
       return takeComponents(row->space, row->components);
     }
-    if (names == Color::kDeepestNames) fail(start, "names stand for names too deep");
+    if (names == Color::kDeepestNames) fail(start, FailureCode::colorNamesDeep);
     expectGroup(kNamedGroup);
     Text catalogName = takeText();
     Text colorName = takeText();
@@ -404,7 +404,7 @@ class Unarchiver {
     const std::size_t start = at_;
     const std::string_view letters = takeString();
     if (letters != kSingles.substr(0, count) && letters != kDoubles.substr(0, count))
-      fail(start, "an unexpected group of values");
+      fail(start, FailureCode::colorGroup);
     std::array<double, 5> c{};
     for (std::size_t i = 0; i < count; ++i) c[i] = takeFloating(letters[0]);
     switch (space) {

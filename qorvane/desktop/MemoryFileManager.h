@@ -2,6 +2,7 @@
 // double for tests; it is the default manager as long as it lives.
 #pragma once
 
+#include <cerrno>
 #include <map>
 #include <string>
 #include <string_view>
@@ -39,7 +40,7 @@ class MemoryFileManager : public FileManager {
 
   bool createDirectoryAtPath(const Text& path, bool withIntermediateDirectories) override {
     asked_.push_back(path);
-    if (creation_ == Creation::Throws) throw Exception("cannot make the folder " + path.string());
+    if (creation_ == Creation::Throws) throw Exception({FailureCode::cannotCreateFolder, {path}, EACCES});
     if (creation_ == Creation::Fails || !path.view().starts_with('/')) return false;
     const std::string_view whole = path.view();
     const std::string_view parent = whole.substr(0, whole.rfind('/'));

@@ -77,8 +77,8 @@ NotificationCenter& NotificationCenter::defaultCenter() {
 
 NotificationCenter::Observer NotificationCenter::addObserver(
     Text name, std::function<void(const Notification&)> observer, const void* ofObject) {
-  if (name.isNil()) throw Exception("an observer needs the name of a notification");
-  if (!observer) throw Exception("an observer needs a function to call");
+  if (name.isNil()) throw Exception({FailureCode::observerNameless});
+  if (!observer) throw Exception({FailureCode::observerWithoutFunction});
   auto entry = std::make_shared<Entry>(Entry{std::move(name), std::move(observer), ofObject});
   registry_->entries.push_back(entry);
   return Observer(registry_, std::move(entry));

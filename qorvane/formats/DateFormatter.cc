@@ -70,7 +70,7 @@ std::string icuPattern(const Text& format) {
       flush();
       pattern += letters;
     } else {
-      throw Exception("\"" + format.string() + "\" is no date format: it has an unknown field");
+      throw Exception({FailureCode::dateFormatField, {format}});
     }
   }
   flush();
@@ -84,7 +84,7 @@ struct DateFormatter::Machine {
     std::unique_ptr<icu::TimeZone> zone(timeZone.isNil() ? icu::TimeZone::detectHostTimeZone()
                                                          : icu::TimeZone::createTimeZone(wideOf(timeZone)));
     if (!timeZone.isNil() && *zone == icu::TimeZone::getUnknown())
-      throw Exception("there is no time zone \"" + timeZone.string() + "\"");
+      throw Exception({FailureCode::timeZoneUnknown, {timeZone}});
     UErrorCode status = U_ZERO_ERROR;
     auto calendar = std::make_unique<icu::GregorianCalendar>(zone.release(), icu::Locale::getRoot(), status);
     // Its rules for all years: the Julian calendar never was.
@@ -92,7 +92,8 @@ struct DateFormatter::Machine {
     format = std::make_unique<icu::SimpleDateFormat>(wideOf(icuPattern(dateFormat)), icu::Locale::getRoot(),
                                                      status);
     if (U_FAILURE(status))
-      throw Exception("cannot show dates as \"" + dateFormat.string() + "\": " + u_errorName(status));
+      throw Exception(
+          {FailureCode::dateFormatUnusable, {dateFormat, Text(std::string_view(u_errorName(status)))}});
     format->adoptCalendar(calendar.release());
   }
 

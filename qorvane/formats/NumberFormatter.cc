@@ -57,7 +57,7 @@ Symbols symbolsOf(const Text& locale) {
   UErrorCode status = U_ZERO_ERROR;
   Symbols symbols(locale.isNil() ? currentLocale() : icu::Locale::createCanonical(locale.c_str()), status);
   if (U_FAILURE(status))
-    throw Exception("cannot show numbers as in \"" + locale.string() + "\": " + u_errorName(status));
+    throw Exception({FailureCode::localeUnusable, {locale, Text(std::string_view(u_errorName(status)))}});
   return symbols;
 }
 
@@ -72,7 +72,7 @@ std::size_t semicolonIn(std::string_view pattern) {
 }
 
 Exception notAFormat(const Text& pattern, UErrorCode status) {
-  return Exception("\"" + pattern.string() + "\" is no number format: " + u_errorName(status));
+  return Exception({FailureCode::numberFormatBad, {pattern, Text(std::string_view(u_errorName(status)))}});
 }
 
 // One half of a pattern, or the whole of a lone one.

@@ -44,7 +44,7 @@ Dictionary::Dictionary(std::initializer_list<Entry> entries) {
 }
 
 void Dictionary::set(const Text& key, std::uint64_t hash, Value&& value) {
-  if (key.isNil()) throw Exception("a dictionary key may not be nil");
+  if (key.isNil()) throw Exception({FailureCode::dictionaryKeyNil});
   if (value.isNil()) {
     remove(key);
     return;

@@ -6,7 +6,6 @@
 
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <utility>
 
 #include "qorvane/foundation/Failure.h"
@@ -20,10 +19,6 @@ class Exception : public std::runtime_error {
   explicit Exception(Failure failure)
       : std::runtime_error(failure.reason(Language::English).string()),
         failure_(std::make_shared<const Failure>(std::move(failure))) {}
-  /// For the places that have no code yet.
-  explicit Exception(const std::string& sentence)
-      : std::runtime_error(sentence),
-        failure_(std::make_shared<const Failure>(Failure{FailureCode::storeFailed, {Text(sentence)}})) {}
 
   const Failure& failure() const noexcept { return *failure_; }
 

@@ -45,8 +45,8 @@ class BinaryReader {
     unsigned type;
   };
 
-  [[noreturn]] static void fail(std::size_t at, std::string_view why) {
-    throw Exception("bad binary property list at byte " + std::to_string(at) + ": " + std::string(why));
+  [[noreturn]] static void fail(std::size_t at, FailureCode why) {
+    throw Exception({FailureCode::binaryBad, {std::to_string(at)}, 0, {{why}}});
   }
 
   unsigned byteAt(std::size_t at) const { return static_cast<unsigned char>(bytes_[at]); }
@@ -62,23 +62,22 @@ class BinaryReader {
   }
 
   void readTrailer() {
-    if (!bytes_.starts_with(kBinaryMagic)) fail(0, "its version is not known");
-    if (bytes_.size() < kBinaryMagic.size() + 1 + kTrailerSize) fail(bytes_.size(), "it is cut short");
+    if (!bytes_.starts_with(kBinaryMagic)) fail(0, FailureCode::binaryVersion);
+    if (bytes_.size() < kBinaryMagic.size() + 1 + kTrailerSize)
+      fail(bytes_.size(), FailureCode::binaryCutShort);
     const std::size_t trailer = bytes_.size() - kTrailerSize;
     offsetSize_ = byteAt(trailer + 6);
     referenceSize_ = byteAt(trailer + 7);
     const std::uint64_t count = numberAt(trailer + 8, 8);
     const std::uint64_t top = numberAt(trailer + 16, 8);
     const std::uint64_t table = numberAt(trailer + 24, 8);
-    if (offsetSize_ < 1 || offsetSize_ > 8) fail(trailer + 6, "the size of offsets is not 1 to 8 bytes");
-    if (referenceSize_ < 1 || referenceSize_ > 8)
-      fail(trailer + 7, "the size of references is not 1 to 8 bytes");
-    if (table <= kBinaryMagic.size() || table > trailer)
-      fail(trailer + 24, "the table of offsets is outside the file");
+    if (offsetSize_ < 1 || offsetSize_ > 8) fail(trailer + 6, FailureCode::binaryOffsetSize);
+    if (referenceSize_ < 1 || referenceSize_ > 8) fail(trailer + 7, FailureCode::binaryReferenceSize);
+    if (table <= kBinaryMagic.size() || table > trailer) fail(trailer + 24, FailureCode::binaryTableOutside);
     if (count == 0 || count > (trailer - table) / offsetSize_)
-      fail(trailer + 8, "the number of objects does not fit the table of offsets");
-    if (top >= count) fail(trailer + 16, "there is no such top object");
-    if (count > limits_.objects) fail(trailer + 8, kTooMany);
+      fail(trailer + 8, FailureCode::binaryCountMismatch);
+    if (top >= count) fail(trailer + 16, FailureCode::binaryNoTop);
+    if (count > limits_.objects) fail(trailer + 8, FailureCode::plistTooMany);
     objectCount_ = count;
     topObject_ = top;
     objectsEnd_ = table;
@@ -87,9 +86,9 @@ class BinaryReader {
   /// The object's value, decoded now or before. `depth` is the number of containers around it.
   Decoded& decode(std::size_t number, std::size_t depth) {
     Decoded& object = objects_[number];
-    if (object.open) fail(offsetOf(number), "the container holds itself");
+    if (object.open) fail(offsetOf(number), FailureCode::binaryHoldsItself);
     if (object.count != 0) {
-      if (depth + object.height > limits_.depth) fail(offsetOf(number), kTooDeep);
+      if (depth + object.height > limits_.depth) fail(offsetOf(number), FailureCode::plistTooDeep);
       return object;
     }
     const Head head = headOf(number);
@@ -98,7 +97,7 @@ class BinaryReader {
       object.value = leaf(head);
       return object;
     }
-    if (depth >= limits_.depth) fail(head.start, kTooDeep);
+    if (depth >= limits_.depth) fail(head.start, FailureCode::plistTooDeep);
     object.open = true;
     if (head.type == 0xA)
       decodeArray(head, depth + 1, object);
@@ -112,8 +111,7 @@ class BinaryReader {
   std::size_t offsetOf(std::size_t number) const {
     const std::size_t entry = objectsEnd_ + number * offsetSize_;
     const std::uint64_t offset = numberAt(entry, offsetSize_);
-    if (offset < kBinaryMagic.size() || offset >= objectsEnd_)
-      fail(entry, "an offset points outside the objects");
+    if (offset < kBinaryMagic.size() || offset >= objectsEnd_) fail(entry, FailureCode::binaryOffsetOutside);
     return offset;
   }
 
@@ -141,7 +139,7 @@ class BinaryReader {
         takeBytes(head, head.size, 2);
         break;
       case 0x8:
-        fail(start, "archiver references (UIDs) are not supported");
+        fail(start, FailureCode::binaryArchiverReference);
       case 0xA:
         readSize(head);
         takeBytes(head, head.size, referenceSize_);
@@ -156,10 +154,9 @@ class BinaryReader {
     return head;
   }
 
-  [[noreturn]] void failUnknown(const Head& head) const {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const unsigned byte = byteAt(head.start);
-    fail(head.start, std::string("there is no kind of object 0x") + kDigits[byte >> 4] + kDigits[byte & 0xF]);
+  [[noreturn]] static void failUnknown(const Head& head) {
+    // Not which kind is asked for: of damage, that byte may be a value's.
+    fail(head.start, FailureCode::binaryNoKind);
   }
 
   /// A size that does not fit the first byte follows as an integer.
@@ -167,9 +164,9 @@ class BinaryReader {
     if (head.size != 0xF) return;
     const std::size_t left = objectsEnd_ - head.at;
     const unsigned marker = left > 0 ? byteAt(head.at) : 0;
-    if (marker < 0x10 || marker > 0x13) fail(head.start, "the object's size is missing");
+    if (marker < 0x10 || marker > 0x13) fail(head.start, FailureCode::binarySizeMissing);
     const std::size_t width = std::size_t{1} << (marker & 0xF);
-    if (left - 1 < width) fail(head.start, "the object's size is missing");
+    if (left - 1 < width) fail(head.start, FailureCode::binarySizeMissing);
     const std::uint64_t size = numberAt(head.at + 1, width);
     head.size = size;
     head.at += 1 + width;
@@ -178,10 +175,9 @@ class BinaryReader {
   /// Checks that the object's contents are there. Objects do not overlap in anything that a writer makes;
   /// with overlaps, a small file could make any amount of work and of values.
   void takeBytes(const Head& head, std::uint64_t count, std::size_t unit) {
-    if (count > (objectsEnd_ - head.at) / unit)
-      fail(head.start, "the object runs past the end of the objects");
+    if (count > (objectsEnd_ - head.at) / unit) fail(head.start, FailureCode::binaryRunsPastEnd);
     taken_ += head.at - head.start + static_cast<std::size_t>(count) * unit;
-    if (taken_ > bytes_.size()) fail(head.start, "objects overlap");
+    if (taken_ > bytes_.size()) fail(head.start, FailureCode::binaryOverlap);
   }
 
   Value leaf(const Head& head) {
@@ -189,7 +185,7 @@ class BinaryReader {
       case 0x0:
         if (byteAt(head.start) == 0x08) return Number(false);
         if (byteAt(head.start) == 0x09) return Number(true);
-        if (byteAt(head.start) == 0x00) fail(head.start, "null objects are not supported");
+        if (byteAt(head.start) == 0x00) fail(head.start, FailureCode::binaryNull);
         failUnknown(head);
       case 0x1:
         return integer(head);
@@ -217,7 +213,7 @@ class BinaryReader {
     if (high == 0) return Number(low);
     const auto negative = static_cast<std::int64_t>(low);
     if (high != std::numeric_limits<std::uint64_t>::max() || negative >= 0)
-      fail(head.start, "the integer is beyond 64 bits");
+      fail(head.start, FailureCode::integerTooLarge);
     return Number(negative);
   }
 
@@ -225,7 +221,7 @@ class BinaryReader {
     if (head.type == 0x5) {
       const std::string_view ascii = bytes_.substr(head.at, head.size);
       // Some writers put UTF-8 here; bytes that are not even that would come back changed.
-      if (!isWellFormedUtf8(ascii)) fail(head.start, "the text is neither ASCII nor UTF-8");
+      if (!isWellFormedUtf8(ascii)) fail(head.start, FailureCode::binaryTextEncoding);
       return Text::fromWellFormed(ascii);
     }
     const std::string_view units = bytes_.substr(head.at, 2 * head.size);
@@ -237,9 +233,9 @@ class BinaryReader {
   /// Decodes what a container's reference at `at` refers to and counts it in.
   const Value& element(std::size_t at, std::size_t depth, Decoded& container) {
     const std::uint64_t number = numberAt(at, referenceSize_);
-    if (number >= objectCount_) fail(at, "there is no such object");
+    if (number >= objectCount_) fail(at, FailureCode::binaryNoObject);
     const Decoded& object = decode(number, depth);
-    if (object.count > limits_.objects - container.count) fail(at, kTooMany);
+    if (object.count > limits_.objects - container.count) fail(at, FailureCode::plistTooMany);
     container.count += object.count;
     container.height = std::max(container.height, object.height);
     return object.value;
@@ -248,7 +244,7 @@ class BinaryReader {
   /// Counts a container's references before memory is reserved for them.
   void countReferences(const Head& head, std::size_t each) {
     references_ += head.size * each;
-    if (references_ > limits_.objects) fail(head.start, kTooMany);
+    if (references_ > limits_.objects) fail(head.start, FailureCode::plistTooMany);
   }
 
   void decodeArray(const Head& head, std::size_t depth, Decoded& result) {
@@ -267,14 +263,11 @@ class BinaryReader {
     for (std::size_t i = 0; i < head.size; ++i) {
       const std::size_t keyAt = head.at + i * referenceSize_;
       const Text* key = element(keyAt, depth, result).asText();
-      if (!key) fail(keyAt, "a dictionary key is no text");
+      if (!key) fail(keyAt, FailureCode::binaryKeyNoText);
       dictionary.set(*key, element(keyAt + head.size * referenceSize_, depth, result));
     }
     result.value = std::move(dictionary);
   }
-
-  static constexpr std::string_view kTooDeep = "containers are nested too deep";
-  static constexpr std::string_view kTooMany = "there are too many objects";
 
   const std::string_view bytes_;
   const PropertyListLimits limits_;

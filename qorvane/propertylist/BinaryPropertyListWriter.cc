@@ -162,7 +162,7 @@ class BinaryWriter {
   std::uint32_t add(const Value& value, std::size_t depth, const KeyPath* path) {
     switch (value.kind()) {
       case Value::Kind::Nil:
-        budget_.fail(path, "there is nothing (nil)");
+        budget_.fail(path, FailureCode::valueNil);
       case Value::Kind::Text:
         return addText(*value.asText(), path);
       case Value::Kind::Number:

@@ -13,15 +13,13 @@ PropertyListFormat formatOf(std::string_view bytes) {
     if (bytes.starts_with(mark)) return PropertyListFormat::Xml;
   const std::size_t first = bytes.find_first_not_of(" \t\r\n");
   if (first != bytes.npos && bytes[first] == '<') return PropertyListFormat::Xml;
-  throw Exception(bytes.empty()
-                      ? "no property list: there are no bytes"
-                      : "no property list: the bytes begin neither like a binary nor like an XML one");
+  throw Exception({bytes.empty() ? FailureCode::plistEmpty : FailureCode::plistUnrecognized});
 }
 
 Value readPropertyList(std::string_view bytes, const PropertyListLimits& limits) {
   if (bytes.size() > limits.size)
-    throw Exception("the property list is too large: " + std::to_string(bytes.size()) + " bytes, where " +
-                    std::to_string(limits.size) + " are allowed");
+    throw Exception(
+        {FailureCode::plistTooLarge, {std::to_string(bytes.size()), std::to_string(limits.size)}});
   return formatOf(bytes) == PropertyListFormat::Binary ? detail::readBinary(bytes, limits)
                                                        : detail::readXml(bytes, limits);
 }
@@ -30,7 +28,7 @@ std::string writePropertyList(const Value& value, PropertyListFormat format) {
   return format == PropertyListFormat::Binary ? writeBinaryPropertyList(value) : detail::writeXml(value);
 }
 
-void detail::WriterBudget::fail(const KeyPath* path, std::string_view why) {
+void detail::WriterBudget::fail(const KeyPath* path, FailureCode why) {
   std::vector<const KeyPath*> steps;
   for (; path; path = path->outer) steps.push_back(path);
   std::ranges::reverse(steps);
@@ -49,8 +47,8 @@ void detail::WriterBudget::fail(const KeyPath* path, std::string_view why) {
       name += '[' + std::to_string(step->index) + ']';
     }
   }
-  throw Exception("no property list can be written: " + std::string(why) +
-                  (name.empty() ? " at the top" : " at \"" + name + "\""));
+  if (name.empty()) throw Exception({FailureCode::unwritableTop, {}, 0, {{why}}});
+  throw Exception({FailureCode::unwritable, {name}, 0, {{why}}});
 }
 
 }  // namespace qorvane::inline v1

@@ -33,15 +33,15 @@ struct KeyPath {
 class WriterBudget {
  public:
   void countObject(const KeyPath* path) {
-    if (++objects_ > kLimits.objects) fail(path, "the value holds too many objects");
+    if (++objects_ > kLimits.objects) fail(path, FailureCode::valueTooMany);
   }
   void checkDepth(std::size_t depth, const KeyPath* path) const {
-    if (depth > kLimits.depth) fail(path, "the value is nested too deep");
+    if (depth > kLimits.depth) fail(path, FailureCode::valueTooDeep);
   }
   void checkSize(std::size_t size) const {
-    if (size > kLimits.size) throw Exception("no property list can be written: it would be too large");
+    if (size > kLimits.size) throw Exception({FailureCode::unwritableSize});
   }
-  [[noreturn]] static void fail(const KeyPath* path, std::string_view why);
+  [[noreturn]] static void fail(const KeyPath* path, FailureCode why);
 
  private:
   static constexpr PropertyListLimits kLimits{};

@@ -61,16 +61,16 @@ class XmlReader {
     checkCharacters();
     readProlog();
     const Tag root = readTag();
-    if (root.closing || root.name != "plist") fail(root.at, "the document is no <plist>");
-    if (root.empty) fail(root.at, kNoValue);
+    if (root.closing || root.name != "plist") fail(root.at, {FailureCode::xmlNoPlist});
+    if (root.empty) fail(root.at, {FailureCode::xmlNoValue});
     Tag tag = nextTag(root);
-    if (tag.closing) fail(root.at, kNoValue);
+    if (tag.closing) fail(root.at, {FailureCode::xmlNoValue});
     Value value = readValue(tag, 0);
     tag = nextTag(root);
-    if (!tag.closing) fail(tag.at, "there is a second value in <plist>");
+    if (!tag.closing) fail(tag.at, {FailureCode::xmlSecondValue});
     close(tag, root);
     skipAside();
-    if (at_ != text_.size()) fail(at_, "something follows the end of the document");
+    if (at_ != text_.size()) fail(at_, {FailureCode::xmlAfterEnd});
     return value;
   }
 
@@ -85,13 +85,13 @@ class XmlReader {
     bool empty = false;
   };
 
-  [[noreturn]] void fail(std::size_t at, std::string_view why) const {
+  [[noreturn]] void fail(std::size_t at, Failure why) const {
     const std::string_view before = text_.substr(0, at);
     const auto line = 1 + std::ranges::count(before, '\n');
     const std::string_view inLine = before.substr(before.rfind('\n') + 1);
     const auto column = 1 + std::ranges::count_if(inLine, [](char c) { return (c & 0xC0) != 0x80; });
-    throw Exception("bad XML property list at line " + std::to_string(line) + ", column " +
-                    std::to_string(column) + ": " + std::string(why));
+    throw Exception(
+        {FailureCode::xmlBad, {std::to_string(line), std::to_string(column)}, 0, {std::move(why)}});
   }
 
   /// The tag as messages show it. Of a damaged file, what stands in the place of a name may be a piece of a
@@ -107,15 +107,15 @@ class XmlReader {
     for (std::size_t at = 0; at < text_.size();) {
       const auto byte = static_cast<unsigned char>(text_[at]);
       if (byte < 0x80) {
-        if (!isXmlCharacter(byte)) fail(at, "a control character");
+        if (!isXmlCharacter(byte)) fail(at, {FailureCode::xmlControl});
         ++at;
         continue;
       }
       const std::size_t length = utf8SequenceLength(text_, at);
-      if (length == 0) fail(at, "the bytes are no UTF-8");
+      if (length == 0) fail(at, {FailureCode::xmlNotUtf8});
       if (length == 3 && byte == 0xEF &&
           (text_.substr(at, 3) == "\xEF\xBF\xBE" || text_.substr(at, 3) == "\xEF\xBF\xBF"))
-        fail(at, "a character that XML forbids");
+        fail(at, {FailureCode::xmlForbidden});
       at += length;
     }
   }
@@ -128,10 +128,10 @@ class XmlReader {
     while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
   }
 
-  /// Moves past the next occurrence of `end`; what began at `start` must have one.
-  std::string_view skipPast(std::string_view end, std::size_t start, std::string_view what) {
+  /// Moves past the next occurrence of `end`; what began at `start` must have one, or else fails so.
+  std::string_view skipPast(std::string_view end, std::size_t start, FailureCode without) {
     const std::size_t found = text_.find(end, at_);
-    if (found == text_.npos) fail(start, std::string(what) + " does not end");
+    if (found == text_.npos) fail(start, {without});
     const std::string_view skipped = text_.substr(at_, found - at_);
     at_ = found + end.size();
     return skipped;
@@ -142,12 +142,12 @@ class XmlReader {
     const std::size_t start = at_;
     if (startsWith("<!--")) {
       at_ += 4;
-      skipPast("-->", start, "a comment");
+      skipPast("-->", start, FailureCode::xmlCommentOpen);
       return true;
     }
     if (startsWith("<?")) {
       at_ += 2;
-      skipPast("?>", start, "a processing instruction");
+      skipPast("?>", start, FailureCode::xmlInstructionOpen);
       return true;
     }
     return false;
@@ -162,7 +162,7 @@ class XmlReader {
   void readProlog() {
     if (startsWith("<?xml") && text_.size() > 5 && isBlank(text_[5])) {
       at_ = 5;
-      checkEncoding(skipPast("?>", 0, "the XML declaration"));
+      checkEncoding(skipPast("?>", 0, FailureCode::xmlDeclarationOpen));
     }
     skipAside();
     if (startsWith("<!DOCTYPE")) {
@@ -177,13 +177,13 @@ class XmlReader {
     const std::size_t quote = declaration.find_first_of("\"'", name);
     const std::size_t end =
         quote == declaration.npos ? quote : declaration.find(declaration[quote], quote + 1);
-    if (end == declaration.npos) fail(0, "the XML declaration's encoding has no value");
+    if (end == declaration.npos) fail(0, {FailureCode::xmlEncodingMissing});
     const std::string_view encoding = declaration.substr(quote + 1, end - quote - 1);
     const auto is = [&](std::string_view lower) { return equalsIgnoringCase(encoding, lower); };
     if (wasUtf16_ ? is("utf-16") || is("utf-16le") || is("utf-16be")
                   : is("utf-8") || is("us-ascii") || is("ascii"))
       return;
-    fail(0, "the encoding \"" + std::string(encoding.substr(0, 40)) + "\" is not supported, UTF-8 is");
+    fail(0, {FailureCode::xmlEncodingUnknown});
   }
 
   void skipDoctype() {
@@ -191,16 +191,16 @@ class XmlReader {
     at_ += std::string_view("<!DOCTYPE").size();
     for (;;) {
       const std::size_t found = text_.find_first_of("\"'[<>", at_);
-      if (found == text_.npos) fail(start, "the document type does not end");
+      if (found == text_.npos) fail(start, {FailureCode::xmlDoctypeOpen});
       at_ = found + 1;
       switch (text_[found]) {
         case '>':
           return;
         case '[':
         case '<':
-          fail(found, "declarations in the document type are not supported");
+          fail(found, {FailureCode::xmlDoctypeDeclarations});
         default:
-          skipPast(text_.substr(found, 1), found, "a quotation");
+          skipPast(text_.substr(found, 1), found, FailureCode::xmlQuotationOpen);
       }
     }
   }
@@ -210,14 +210,14 @@ class XmlReader {
   /// The next tag of an element's content, where nothing but tags may stand.
   Tag nextTag(const Tag& inside) {
     skipAside();
-    if (at_ == text_.size()) fail(inside.at, inTag(inside.name) + " does not end");
-    if (text_[at_] != '<') fail(at_, "there is text in " + inTag(inside.name));
+    if (at_ == text_.size()) fail(inside.at, {FailureCode::xmlElementOpen, {inTag(inside.name)}});
+    if (text_[at_] != '<') fail(at_, {FailureCode::xmlTextBetween, {inTag(inside.name)}});
     return readTag();
   }
 
   Tag readTag() {
     Tag tag{.at = at_, .name = {}};
-    if (at_ == text_.size() || text_[at_] != '<') fail(at_, "there is no element");
+    if (at_ == text_.size() || text_[at_] != '<') fail(at_, {FailureCode::xmlNoElement});
     ++at_;
     if (startsWith("/")) {
       tag.closing = true;
@@ -226,11 +226,11 @@ class XmlReader {
     const std::size_t name = at_;
     while (at_ < text_.size() && isNameCharacter(text_[at_])) ++at_;
     tag.name = text_.substr(name, at_ - name);
-    if (tag.name.empty()) fail(tag.at, "a '<' that begins no tag");
+    if (tag.name.empty()) fail(tag.at, {FailureCode::xmlNoTag});
     for (;;) {
       const std::size_t before = at_;
       skipBlanks();
-      if (at_ == text_.size()) fail(tag.at, "a tag does not end");
+      if (at_ == text_.size()) fail(tag.at, {FailureCode::xmlTagOpen});
       if (text_[at_] == '>') {
         ++at_;
         return tag;
@@ -240,7 +240,7 @@ class XmlReader {
         tag.empty = true;
         return tag;
       }
-      if (tag.closing || before == at_) fail(at_, "a character that may not stand in a tag");
+      if (tag.closing || before == at_) fail(at_, {FailureCode::xmlTagCharacter});
       skipAttribute();
     }
   }
@@ -254,20 +254,20 @@ class XmlReader {
   void skipAttribute() {
     const std::size_t start = at_;
     while (at_ < text_.size() && isNameCharacter(text_[at_])) ++at_;
-    if (at_ == start) fail(at_, "a character that may not stand in a tag");
+    if (at_ == start) fail(at_, {FailureCode::xmlTagCharacter});
     skipBlanks();
-    if (!startsWith("=")) fail(start, "an attribute has no value");
+    if (!startsWith("=")) fail(start, {FailureCode::xmlAttributeNoValue});
     ++at_;
     skipBlanks();
-    if (!startsWith("\"") && !startsWith("'")) fail(start, "an attribute's value is not quoted");
+    if (!startsWith("\"") && !startsWith("'")) fail(start, {FailureCode::xmlAttributeNotQuoted});
     const std::string_view quote = text_.substr(at_++, 1);
-    if (skipPast(quote, start, "an attribute's value").find('<') != text_.npos)
-      fail(start, "a '<' in an attribute's value");
+    if (skipPast(quote, start, FailureCode::xmlAttributeOpen).find('<') != text_.npos)
+      fail(start, {FailureCode::xmlAttributeTag});
   }
 
   void close(const Tag& closing, const Tag& opening) const {
     if (closing.name != opening.name)
-      fail(closing.at, inTag(closing.name, "</") + " where " + inTag(opening.name) + " ends");
+      fail(closing.at, {FailureCode::xmlWrongEnd, {inTag(closing.name, "</"), inTag(opening.name)}});
   }
 
   // ---- values --------------------------------------------------------------------------------------
@@ -281,22 +281,22 @@ class XmlReader {
     if (name == "integer") return readInteger(tag, trimmed(content(tag)));
     if (name == "true" || name == "false") {
       const bool truth = name == "true";
-      if (!trimmed(content(tag)).empty()) fail(tag.at, inTag(name) + " is not empty");
+      if (!trimmed(content(tag)).empty()) fail(tag.at, {FailureCode::xmlNotEmpty, {inTag(name)}});
       return Number(truth);
     }
     if (name == "real") return readReal(tag, trimmed(content(tag)));
     if (name == "data") return readData(tag, content(tag));
     if (name == "date") return readDate(tag, trimmed(content(tag)));
-    if (name == "key") fail(tag.at, "a <key> where a value should be");
-    fail(tag.at, inTag(name) + " is no element of a property list");
+    if (name == "key") fail(tag.at, {FailureCode::xmlKeyForValue});
+    fail(tag.at, {FailureCode::xmlUnknownElement, {inTag(name)}});
   }
 
   void countObject(const Tag& tag) {
-    if (++objects_ > limits_.objects) fail(tag.at, "there are too many objects");
+    if (++objects_ > limits_.objects) fail(tag.at, {FailureCode::plistTooMany});
   }
 
   Value readArray(const Tag& opening, std::size_t depth) {
-    if (depth >= limits_.depth) fail(opening.at, kTooDeep);
+    if (depth >= limits_.depth) fail(opening.at, {FailureCode::plistTooDeep});
     Array array;
     if (!opening.empty) {
       for (;;) {
@@ -312,7 +312,7 @@ class XmlReader {
   }
 
   Value readDictionary(const Tag& opening, std::size_t depth) {
-    if (depth >= limits_.depth) fail(opening.at, kTooDeep);
+    if (depth >= limits_.depth) fail(opening.at, {FailureCode::plistTooDeep});
     Dictionary dictionary;
     if (!opening.empty) {
       for (;;) {
@@ -321,11 +321,11 @@ class XmlReader {
           close(keyTag, opening);
           break;
         }
-        if (keyTag.name != "key") fail(keyTag.at, inTag(keyTag.name) + " where a <key> should be");
+        if (keyTag.name != "key") fail(keyTag.at, {FailureCode::xmlKeyExpected, {inTag(keyTag.name)}});
         countObject(keyTag);
         const Text key(content(keyTag));
         const Tag tag = nextTag(opening);
-        if (tag.closing) fail(keyTag.at, "a <key> has no value");
+        if (tag.closing) fail(keyTag.at, {FailureCode::xmlKeyNoValue});
         dictionary.set(key, readValue(tag, depth + 1));
       }
     }
@@ -338,7 +338,7 @@ class XmlReader {
     bool buffered = false;
     for (;;) {
       const std::size_t found = text_.find('<', at_);
-      if (found == text_.npos) fail(opening.at, inTag(opening.name) + " does not end");
+      if (found == text_.npos) fail(opening.at, {FailureCode::xmlElementOpen, {inTag(opening.name)}});
       const std::string_view run = text_.substr(at_, found - at_);
       const bool plain = run.find('&') == run.npos && run.find('\r') == run.npos;
       const bool last = text_.substr(found).starts_with("</");
@@ -360,9 +360,9 @@ class XmlReader {
       constexpr std::string_view kCdata = "<![CDATA[";
       if (startsWith(kCdata)) {
         at_ += kCdata.size();
-        appendLines(skipPast("]]>", found, "a CDATA section"));
+        appendLines(skipPast("]]>", found, FailureCode::xmlSectionOpen));
       } else if (!skipCommentOrInstruction()) {
-        fail(found, "a tag in " + inTag(opening.name));
+        fail(found, {FailureCode::xmlTagInText, {inTag(opening.name)}});
       }
     }
   }
@@ -393,7 +393,7 @@ class XmlReader {
       run.remove_prefix(reference);
       const auto at = static_cast<std::size_t>(run.data() - text_.data());
       const std::size_t end = run.find(';');
-      if (end == run.npos) fail(at, "a '&' that begins no reference");
+      if (end == run.npos) fail(at, {FailureCode::xmlNoReference});
       appendReference(at, run.substr(1, end - 1));
       run.remove_prefix(end + 1);
     }
@@ -412,7 +412,7 @@ class XmlReader {
         return;
       }
     }
-    if (!name.starts_with('#')) fail(at, "an entity that XML itself does not have");
+    if (!name.starts_with('#')) fail(at, {FailureCode::xmlEntity});
     name.remove_prefix(1);
     const bool hexadecimal = name.starts_with('x');
     if (hexadecimal) name.remove_prefix(1);
@@ -421,7 +421,7 @@ class XmlReader {
         std::from_chars(name.data(), name.data() + name.size(), character, hexadecimal ? 16 : 10);
     if (name.empty() || error != std::errc() || end != name.data() + name.size() ||
         !isXmlCharacter(character))
-      fail(at, "a reference to no character");
+      fail(at, {FailureCode::xmlNoCharacter});
     std::array<char, 4> utf8;
     buffer_.append(utf8.data(), static_cast<std::size_t>(putUtf8(utf8.data(), character) - utf8.data()));
   }
@@ -437,8 +437,8 @@ class XmlReader {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude, base);
     constexpr std::uint64_t kLowest = std::uint64_t{1} << 63;
     if (error == std::errc::result_out_of_range || (negative && error == std::errc() && magnitude > kLowest))
-      fail(tag.at, "the integer is beyond 64 bits");
-    if (error != std::errc() || end != text.data() + text.size()) fail(tag.at, "<integer> holds no integer");
+      fail(tag.at, {FailureCode::integerTooLarge});
+    if (error != std::errc() || end != text.data() + text.size()) fail(tag.at, {FailureCode::xmlNoInteger});
     if (negative) return Number(static_cast<std::int64_t>(0 - magnitude));
     return Number(magnitude);
   }
@@ -456,7 +456,7 @@ class XmlReader {
           !text.empty() && ((text[0] >= '0' && text[0] <= '9') || (text[0] == '.' && text.size() > 1));
       const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), real);
       if (!digitFirst || error == std::errc::invalid_argument || end != text.data() + text.size())
-        fail(tag.at, "<real> holds no number");
+        fail(tag.at, {FailureCode::xmlNoReal});
       if (error == std::errc::result_out_of_range) return Number(Text(whole).doubleValue());
     }
     return Number(negative ? -real : real);
@@ -485,10 +485,10 @@ class XmlReader {
       if (text[at] == '=')
         ++padding;
       else if (!isBlank(text[at]))
-        fail(tag.at, "<data> holds a character that is not base64");
+        fail(tag.at, {FailureCode::xmlNoBase64});
     }
     if (digits == 0 ? padding != 0 : digits + padding != 4 || digits == 1)
-      fail(tag.at, "<data> ends within a group of base64");
+      fail(tag.at, {FailureCode::xmlBase64CutShort});
     if (digits >= 2) bytes[size++] = static_cast<char>(group >> (digits == 2 ? 4 : 10));
     if (digits == 3) bytes[size++] = static_cast<char>(group >> 2);
     bytes.resize(size);
@@ -501,7 +501,7 @@ class XmlReader {
     const bool formed = text.size() == kForm.size() && std::ranges::equal(text, kForm, [](char c, char form) {
                           return form == '0' ? c >= '0' && c <= '9' : c == form;
                         });
-    if (!formed) fail(tag.at, "<date> holds no date of the form " + std::string(kForm));
+    if (!formed) fail(tag.at, {FailureCode::xmlDateForm, {kForm}});
     const auto number = [&](std::size_t at, std::size_t digits) {
       int result = 0;
       for (const char c : text.substr(at, digits)) result = result * 10 + (c - '0');
@@ -510,14 +510,11 @@ class XmlReader {
     const year_month_day calendar{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
                                   day(static_cast<unsigned>(number(8, 2)))};
     if (!calendar.ok() || number(0, 4) == 0 || number(11, 2) > 23 || number(14, 2) > 59 || number(17, 2) > 59)
-      fail(tag.at, "<date> holds a date that does not exist");
+      fail(tag.at, {FailureCode::xmlNoDate});
     const auto moment = sys_days(calendar) - sys_days(days(kReferenceDay)) + hours(number(11, 2)) +
                         minutes(number(14, 2)) + seconds(number(17, 2));
     return Date{static_cast<double>(moment.count())};
   }
-
-  static constexpr std::string_view kTooDeep = "containers are nested too deep";
-  static constexpr std::string_view kNoValue = "<plist> holds no value";
 
   const std::string_view text_;
   const bool wasUtf16_;
@@ -533,7 +530,7 @@ Value readXml(std::string_view bytes, const PropertyListLimits& limits) {
   const bool bigEndian = bytes.starts_with("\xFE\xFF");
   if (bigEndian || bytes.starts_with("\xFF\xFE")) {
     bytes.remove_prefix(2);
-    if (bytes.size() % 2 != 0) throw Exception("bad XML property list: half a UTF-16 unit at its end");
+    if (bytes.size() % 2 != 0) throw Exception({FailureCode::xmlHalfUnit});
     std::string utf8(bytes.size() / 2 * 3, '\0');
     utf8.resize(static_cast<std::size_t>(putUtf16AsUtf8(utf8.data(), bytes, bigEndian) - utf8.data()));
     return XmlReader(utf8, true, limits).read();

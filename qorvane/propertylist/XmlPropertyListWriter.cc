@@ -35,7 +35,7 @@ class XmlWriter {
     indent(depth);
     switch (value.kind()) {
       case Value::Kind::Nil:
-        budget_.fail(path, "there is nothing (nil)");
+        budget_.fail(path, FailureCode::valueNil);
       case Value::Kind::Text:
         return putElement("string", *value.asText(), path);
       case Value::Kind::Number:
@@ -118,11 +118,11 @@ class XmlWriter {
           break;
         case '\xEF':
           if (text.substr(at, 3) == "\xEF\xBF\xBE" || text.substr(at, 3) == "\xEF\xBF\xBF")
-            budget_.fail(path, "XML cannot hold the characters U+FFFE and U+FFFF");
+            budget_.fail(path, FailureCode::xmlCannotHoldNoncharacter);
           out_ += text[at];
           break;
         default:
-          budget_.fail(path, "XML cannot hold the control character " + std::to_string(text[at]));
+          budget_.fail(path, FailureCode::xmlCannotHoldControl);
       }
     }
   }
@@ -204,7 +204,7 @@ class XmlWriter {
     const double whole = std::floor(date.secondsSince2001);
     // Written so that a NaN is refused too.
     if (!(whole >= static_cast<double>(kFirst.count()) && whole < static_cast<double>(kEnd.count())))
-      budget_.fail(path, "XML cannot hold a date outside the years 1 to 9999");
+      budget_.fail(path, FailureCode::xmlCannotHoldDate);
     const sys_seconds moment = kReference + seconds(static_cast<std::int64_t>(whole));
     const auto day = floor<days>(moment);
     const year_month_day calendar(day);

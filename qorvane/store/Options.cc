@@ -70,7 +70,7 @@ Text Options::getFileNameWithPath() { return "/Settings.opt"; }
 
 Value Options::valueForKey(std::string_view propertyName) {
   const OptionRow* row = findProperty(propertyName);
-  if (!row) throw Exception("there is no option named \"" + std::string(propertyName) + "\"");
+  if (!row) throw Exception({FailureCode::noSuchOption, {Text(propertyName)}});
   return row->read(*this);
 }
 

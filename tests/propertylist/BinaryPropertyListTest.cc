@@ -225,15 +225,15 @@ TEST(BinaryPropertyList, SaysWhatIsWrongAndWhere) {
     return "bad binary property list at byte 8: " + std::string(why);
   };
   EXPECT_EQ(refusalOfObject("00"), at8("null objects are not supported"));
-  EXPECT_EQ(refusalOfObject("0f"), at8("there is no kind of object 0x0F"));
+  EXPECT_EQ(refusalOfObject("0f"), at8("there is no such kind of object"));
   EXPECT_EQ(refusalOfObject("8101"), at8("archiver references (UIDs) are not supported"));
-  EXPECT_EQ(refusalOfObject("7161"), at8("there is no kind of object 0x71"));
-  EXPECT_EQ(refusalOfObject("b0"), at8("there is no kind of object 0xB0"));
-  EXPECT_EQ(refusalOfObject("c0"), at8("there is no kind of object 0xC0"));
+  EXPECT_EQ(refusalOfObject("7161"), at8("there is no such kind of object"));
+  EXPECT_EQ(refusalOfObject("b0"), at8("there is no such kind of object"));
+  EXPECT_EQ(refusalOfObject("c0"), at8("there is no such kind of object"));
   EXPECT_EQ(refusalOfObject("150000000000000000000000000000000000000000000000000000000000000000"),
-            at8("there is no kind of object 0x15"));
-  EXPECT_EQ(refusalOfObject("2001"), at8("there is no kind of object 0x20"));
-  EXPECT_EQ(refusalOfObject("3201020304"), at8("there is no kind of object 0x32"));
+            at8("there is no such kind of object"));
+  EXPECT_EQ(refusalOfObject("2001"), at8("there is no such kind of object"));
+  EXPECT_EQ(refusalOfObject("3201020304"), at8("there is no such kind of object"));
   EXPECT_EQ(refusalOfObject("1400000000000000010000000000000000"), at8("the integer is beyond 64 bits"));
   EXPECT_EQ(refusalOfObject("14ffffffffffffffff0000000000000000"), at8("the integer is beyond 64 bits"));
   EXPECT_EQ(refusalOfObject("1100"), at8("the object runs past the end of the objects"));

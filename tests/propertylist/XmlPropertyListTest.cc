@@ -286,10 +286,9 @@ TEST(XmlPropertyList, ReadsUtf16WithAByteOrderMark) {
         Value(Number(true)));
   // Said but not so.
   EXPECT_EQ(refusal("<?xml version='1.0' encoding='UTF-16'?><plist><true/></plist>"),
-            "bad XML property list at line 1, column 1: the encoding \"UTF-16\" is not supported, UTF-8 is");
-  EXPECT_EQ(
-      refusal("<?xml version='1.0' encoding=\"ISO-8859-1\"?><plist><true/></plist>"),
-      "bad XML property list at line 1, column 1: the encoding \"ISO-8859-1\" is not supported, UTF-8 is");
+            "bad XML property list at line 1, column 1: the encoding is not supported, UTF-8 is");
+  EXPECT_EQ(refusal("<?xml version='1.0' encoding=\"ISO-8859-1\"?><plist><true/></plist>"),
+            "bad XML property list at line 1, column 1: the encoding is not supported, UTF-8 is");
 }
 
 TEST(XmlPropertyList, ReadsTheLastOfTwoValuesUnderOneKey) {
@@ -457,11 +456,10 @@ TEST(XmlPropertyList, RefusesWhatItCannotHoldAndSaysWhere) {
   EXPECT_EQ(writeRefusal(Dictionary{{"a", Array{Text("x"), Dictionary{{"b", Array{Value()}}}}}}),
             at("there is nothing (nil) at \"a[1].b[0]\""));
   EXPECT_EQ(writeRefusal(Dictionary{{"a", Array{Text("x"), Text("\x1B")}}}),
-            at("XML cannot hold the control character 27 at \"a[1]\""));
-  EXPECT_EQ(writeRefusal(Text(std::string(1, '\0'))),
-            at("XML cannot hold the control character 0 at the top"));
+            at("XML cannot hold control characters at \"a[1]\""));
+  EXPECT_EQ(writeRefusal(Text(std::string(1, '\0'))), at("XML cannot hold control characters at the top"));
   EXPECT_EQ(writeRefusal(Dictionary{{"bell", Dictionary{{"\a", Number(1)}}}}),
-            at("XML cannot hold the control character 7 at \"bell.\a\""));
+            at("XML cannot hold control characters at \"bell.\a\""));
   EXPECT_EQ(writeRefusal(Text("\uFFFE")), at("XML cannot hold the characters U+FFFE and U+FFFF at the top"));
   EXPECT_EQ(writeRefusal(Text("\uFFFF")), at("XML cannot hold the characters U+FFFE and U+FFFF at the top"));
   for (const double seconds : {-63113904000.5, 252423993600.0, 1e300, HUGE_VAL, -HUGE_VAL, std::nan("")})

@@ -151,8 +151,10 @@ TEST_F(OptionsTest, AnObserverThatThrowsEndsTheSaveAndTheNextOneAnnouncesAgain) 
   store.loadOptions();
   store.setAllowOverriding(true);
   {
-    const Observer thrower = NotificationCenter::defaultCenter().addObserver(
-        kPreferenceChangeEvt, [](const Notification&) { throw Exception("no room"); });
+    const Observer thrower =
+        NotificationCenter::defaultCenter().addObserver(kPreferenceChangeEvt, [](const Notification&) {
+          throw Exception({FailureCode::storeFailed, {"no room"}});
+        });
     logged.clear();
     store.saveOptions();
     EXPECT_EQ(logged.lines(), std::vector<Text>{"Options couldn't be loaded"});
@@ -323,7 +325,7 @@ class RaisingSource : public QVSettings::Source {
  public:
   bool isT2() const override { return false; }
   int YOR() const override {
-    if (++asked_ == raiseAt && !other) throw Exception("no year");
+    if (++asked_ == raiseAt && !other) throw Exception({FailureCode::storeFailed, {"no year"}});
     if (asked_ == raiseAt) throw std::logic_error("no year");
     return 2020;
   }
