@@ -34,8 +34,8 @@ void printChoices(const Session& session, const ChoiceList& list, const Text& by
         {indent + text("neutral"), text("english"), text("french"), answer("offered"), answer("default")});
   }
   printTable(session,
-             {indent + say("neutral"), say("English"), say("French"), say("offered"), say("default")}, rows,
-             out, Holding::Words);
+             {indent + say("neutral"), say("English"), say("French"), say("offered"), say("by default")},
+             rows, out, Holding::Words);
 }
 
 }  // namespace optionsmgr

@@ -58,7 +58,7 @@ Text choiceMeant(const OptionRow& row, const ChoiceList& list, const Text& words
   for (const Choice& choice : list.choices) {
     if (words == choice.neutral || words == choice.english || words == choice.french)
       return row.isLabel ? list.languageSpecificValue(choice.neutral) : choice.neutral;
-    wanted += (wanted.empty() ? "\"" : ", \"") + choice.neutral.string() + '"';
+    wanted += (wanted.empty() ? "" : ", ") + inQuotes(choice.neutral.view());
     if (choice.english != choice.neutral) wanted += " (" + choice.english.string() + ')';
   }
   // Where nothing is chosen at first, it can be so again.

@@ -88,9 +88,9 @@ TEST(ChoicesAndFontsTest, ADescriptionShowsTheChoicesInBothLanguages) {
             "key      MR69AuthorizationOrPowerOfAttorney\n"
             "stored   a text, the neutral value of a choice\n"
             "read     a missing entry stays missing and reads as the default\n"
-            "set      a change is not announced\n"
+            "setting  a change is not announced\n"
             "choices\n"
-            "  neutral  English              French          offered  default\n"
+            "  neutral  English              French          offered  by default\n"
             "  1        1-Authorization      1-Autorisation  yes      yes\n"
             "  2        2-Power of attorney  2-Procuration   yes      no\n");
   const std::string json = optionsmgr("--json describe t1013LevelOfAuth").out;

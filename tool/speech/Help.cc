@@ -175,7 +175,7 @@ void printFormatManual(std::ostream& out) {
       if (key.isNil()) continue;
       const bool computed = row.type == qorvane::OptionType::Folder;
       const std::string fallback =
-          computed ? say("(a folder of the year)") : "\"" + shown(row, row.fallback()) + "\"";
+          computed ? say("(a folder of the year)") : inQuotes(shown(row, row.fallback()));
       if (!corporate) {
         lines.push_back({std::string(row.name), std::string(translated(row.stored)), key.string(), fallback});
         continue;

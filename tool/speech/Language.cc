@@ -68,6 +68,8 @@ std::string filled(std::string_view pattern, std::initializer_list<std::string_v
 
 std::string told(const qorvane::Failure& failure) { return failure.reason(language()).string(); }
 
+std::string inQuotes(std::string_view words) { return say("\"{}\"", words); }
+
 std::string retold(std::string_view message) {
   if (!french) return std::string(message);
   for (const FrenchRow& row : kFrenchRows) {

@@ -54,6 +54,9 @@ std::string say(const Phrase& phrase, const Arguments&... arguments) {
   return filled(phrase.text(), {std::string_view(arguments)...});
 }
 
+/// Somebody's words or a value, in the language's quotation marks.
+std::string inQuotes(std::string_view words);
+
 /// A text that comes from a table of the library or of the parser, in the language of the tool. One that
 /// French.def does not hold stays.
 std::string_view translated(std::string_view english);

@@ -44,7 +44,7 @@ std::string didYouMean(std::string_view word, std::span<const std::string_view> 
     text += i == 0                                             ? say("; did you mean ")
             : i + 1 == std::min(found.size(), kMostCandidates) ? say(" or ")
                                                                : ", ";
-    text.append("\"").append(found[i].second).append("\"");
+    text += inQuotes(found[i].second);
   }
   return text.empty() ? text : text + say("?");
 }

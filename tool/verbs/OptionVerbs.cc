@@ -51,7 +51,7 @@ const OptionRow& settable(const std::string& name) {
 }
 
 std::string quoted(const OptionRow& row, const Value& value) {
-  return row.secret ? say("another value") : "\"" + shown(row, value) + "\"";
+  return row.secret ? say("another value") : inQuotes(shown(row, value));
 }
 
 void list(Session& session, const ListRequest& request, std::ostream& out) {
@@ -133,8 +133,8 @@ void describe(Session& session, const OptionRequest& request, std::ostream& out)
     rows.push_back({say("stored"), std::string(translated(row.stored))});
     rows.push_back({say("read"), say(readHabit(row).words)});
   }
-  rows.push_back({say("set"), row.write ? say(writeHabit(row).words)
-                                        : say("it cannot be set: the library answers it itself")});
+  rows.push_back({say("setting"), row.write ? say(writeHabit(row).words)
+                                            : say("it cannot be set: the library answers it itself")});
   printTable(session, {}, rows, out, Holding::Words);
   if (const auto* list = row.choices) {
     out << say("choices") << '\n';

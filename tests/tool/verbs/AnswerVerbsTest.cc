@@ -103,7 +103,7 @@ TEST_F(AnswerVerbsTest, VocabularyIsSearched) {
 
 TEST_F(AnswerVerbsTest, ChoicesShowWhatIsStoredAndBothLabels) {
   EXPECT_EQ(shown({"choices", "ModeOfDelivery"}),
-            "neutral     English     French    offered  default\n"
+            "neutral     English     French    offered  by default\n"
             "Paper       Paper       Papier    yes      yes\n"
             "Phone       Phone       Tlphone   yes      no\n"
             "Efile Plus  Efile Plus  TED Plus  yes      no\n");

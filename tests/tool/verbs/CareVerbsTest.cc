@@ -251,7 +251,7 @@ TEST_F(CareVerbsTest, TheRangeOfEachType) {
   EXPECT_EQ(tool({"range", "autoSaveAfter"}).out, "-2147483648 .. 2147483647\n");
   EXPECT_EQ(tool({"range", "rc59AllowUpdateAccess"}).exit, 0);
   EXPECT_EQ(tool({"range", "preparerModeOfDelivery"}).out,
-            "neutral     English     French    offered  default\n"
+            "neutral     English     French    offered  by default\n"
             "Paper       Paper       Papier    yes      yes\n"
             "Phone       Phone       Tlphone   yes      no\n"
             "Efile Plus  Efile Plus  TED Plus  yes      no\n");

@@ -134,7 +134,7 @@ TEST_F(OptionVerbsTest, EveryOptionIsDescribedInWords) {
       EXPECT_EQ(told.find("\nread     in a way of its own") != std::string::npos,
                 !row.key().isNil() && row.readKind.empty())
           << told;
-      EXPECT_EQ(told.find("\nset      in a way of its own") != std::string::npos,
+      EXPECT_EQ(told.find("\nsetting  in a way of its own") != std::string::npos,
                 row.write && row.writeKind.empty())
           << told;
     }
@@ -198,7 +198,7 @@ TEST_F(OptionVerbsTest, AReadOnlyStoreIsReadButNotChanged) {
   fs::permissions(home.store() / ".lock", fs::perms(0444));
   EXPECT_EQ(optionsmgr({"--year", "2020", "get", "language"}, true).out, "French\n");
   expectFailure(optionsmgr({"--year", "2020", "set", "language", "English"}, true), 77,
-                "permission refusée; rien n'a été modifié");
+                "permission refusée; rien n’a été modifié");
   EXPECT_EQ(readFile(file()), before);
 }
 
