@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "qorvane/desktop/FontDescriptor.h"
+#include "qorvane/foundation/Failure.h"
+#include "qorvane/foundation/Language.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 #include "qorvane/jurisdictions/ChoiceLists.h"
@@ -21,6 +23,19 @@ class Options;
 
 /// What an option is to the program.
 enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder, Font, Color };
+
+/// A group of options that belong together on a form.
+struct OptionGroup {
+  /// "ElectronicFiling": the same in every language.
+  std::string_view id;
+  Text english;
+  Text french;
+
+  Text name(Language language) const { return language == Language::English ? english : french; }
+};
+
+/// All groups, in display order. The last, "Answers", holds what cannot be set.
+std::span<const OptionGroup> optionGroups();
 
 /// A name that an option has in the facade, OptionsMgr.
 struct FacadeName {
@@ -76,6 +91,21 @@ struct OptionRow {
   /// (`isDerivedEntry`) to no option. Empty for what cannot be set.
   std::vector<Text> entries(const Product& product) const;
   std::vector<Text> entries() const;
+
+  /// For people: what a form shows beside the value, unique within its group; and one sentence on what the
+  /// option is.
+  Text label(Language language) const;
+  Text description(Language language) const;
+  const OptionGroup& group() const;
+
+  /// Why a value that a person gives would be refused in that product, none when it is fine. For input, not
+  /// for the store, which takes everything. The value is as `write` takes it. Whether a postal code is a
+  /// Canadian one depends on the country in `store`, which stays as it is; null is a store without a country.
+  /// Nil, the empty text and the option's default are fine for whatever can be set. The failure tells the
+  /// rule and holds no piece of the value.
+  std::optional<Failure> check(const Value& value, const Product& product, Options* store) const;
+  /// The same in the running product.
+  std::optional<Failure> check(const Value& value, Options* store) const;
 };
 
 /// An entry that setters write beside their own and that is no option's own: the code of the preparer's

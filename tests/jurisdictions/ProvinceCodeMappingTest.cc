@@ -1,3 +1,4 @@
+#include "qorvane/jurisdictions/Jurisdictions.h"
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
 
 #include <gtest/gtest.h>
@@ -218,12 +219,49 @@ TEST(ProvinceCodeMapping, keepsItsOddities) {
   }
 }
 
-TEST(ProvinceCodeMapping, coversEveryJurisdictionInItsTruthTable) {
+TEST(JurisdictionsTest, AreAcceptedInNoFormThatTheTruthTableDoesNotName) {
+  std::set<std::string> named;
+  std::set<std::string> numbered;
+  for (const Row& row : readTable("names.tsv")) {
+    named.insert(row[kForm]);
+    if (row[kNumber] != "0" || row[kNumber + 1] != "0") numbered.insert(row[kForm]);
+  }
+  std::set<std::string> accepted;
+  for (const JurisdictionForm& form : jurisdictionForms()) {
+    accepted.emplace(form.text);
+    EXPECT_TRUE(named.contains(std::string(form.text))) << form.text << " is no row of names.tsv";
+  }
+  EXPECT_EQ(accepted, numbered);
   std::set<std::string> codes;
-  for (const Row& row : readTable("names.tsv"))
-    for (const std::size_t column : {std::size_t{kCode}, kCode + 1}) codes.insert(row[column]);
-  codes.erase("");
-  EXPECT_EQ(codes.size(), 16u + 59u);
+  std::set<std::string> places;
+  for (const JurisdictionForm& form : jurisdictionForms()) codes.emplace(form.code);
+  for (const Jurisdiction& place : jurisdictions()) places.insert(place.code.string());
+  EXPECT_EQ(codes, places);
+}
+
+TEST(JurisdictionsTest, AreKnownByEveryFormOfTheProductAndByTheirLabels) {
+  for (const bool corporate : {false, true}) {
+    const Product product{.corporate = corporate};
+    for (const Row& row : readTable("names.tsv")) {
+      const std::string& code = row[kCode + corporate];
+      const bool accepted = row[kNumber + corporate] != "0";
+      EXPECT_EQ(isJurisdictionForm(row[kForm], product), accepted) << row[kForm];
+      if (!accepted) continue;
+      ASSERT_TRUE(jurisdictionMeant(row[kForm], product)) << row[kForm];
+      EXPECT_EQ(jurisdictionMeant(row[kForm], product)->code.view(), code) << row[kForm];
+    }
+    for (const Jurisdiction& place : jurisdictions())
+      for (const Language language : {Language::English, Language::French}) {
+        const Text label = place.label(language);
+        ASSERT_FALSE(label.isNilOrEmpty()) << place.code;
+        EXPECT_EQ(label.view().find('\''), std::string_view::npos) << label;
+        EXPECT_EQ(jurisdictionMeant(label, product), place.number(product) != 0 ? &place : nullptr) << label;
+      }
+  }
+  EXPECT_EQ(jurisdictionMeant("Île-du-Prince-Édouard", {})->english, Text("Prince Edward Island"));
+  EXPECT_EQ(jurisdictionMeant("Californie", {.corporate = true})->code, Text("CA"));
+  EXPECT_EQ(jurisdictionMeant("", {}), nullptr);
+  EXPECT_EQ(jurisdictionMeant("Atlantis", {}), nullptr);
 }
 
 }  // namespace
