@@ -6,6 +6,7 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/Version.h"
 #include "qorvane/vocabulary/OptionStrings.h"
+#include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/speech/Language.h"
@@ -35,14 +36,6 @@ bool storeIsFrench(const Settings& settings) try {
   return false;
 }
 
-// What the parser says, in the language of the tool.
-std::string told(const CLI::ParseError& error) {
-  const std::string what = error.what();
-  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error))
-    return say("{} takes a value", what.substr(0, what.find(':')));
-  return retold(what);
-}
-
 }  // namespace
 
 CommandLine::CommandLine()
@@ -54,21 +47,23 @@ CommandLine::CommandLine()
   app_.set_version_flag("--version", OPTIONSMGR_VERSION, Phrase("print the version"));
   app_.set_help_flag("-h,--help", Phrase("print this help"));
 
-  app_.add_option("--product", product_, Phrase("T1 (personal, the default) or T2 (corporate)"))
-      ->check(CLI::IsMember({"T1", "T2"}, CLI::ignore_case));
-  app_.add_option("--year", settings_.year, Phrase("the tax year; by default the current filing season's"))
-      ->check(CLI::Range(1, 9999));
+  takesOneOf(app_.add_option("--product", product_, Phrase("T1 (personal, the default) or T2 (corporate)")),
+             {"T1", "T2"}, true);
+  takesNumber(app_.add_option("--year", settings_.year,
+                              Phrase("the tax year; by default the current filing season's")),
+              1, 9999);
   app_.add_option("--release", settings_.release, Phrase("the T2 release, such as VER2021_2"));
   app_.add_flag("--single-filer", settings_.singleFiler,
                 Phrase("the single-filer edition, not the professional one"));
   app_.add_option("--store", settings_.folder, Phrase("the folder of the preference files"));
-  app_.add_option("--lock-wait", settings_.lockWait,
-                  Phrase("seconds to wait while another program saves; 10 by default"))
-      ->check(CLI::Range(0.0, 86400.0));
-  app_.add_option(
+  takesSeconds(app_.add_option("--lock-wait", settings_.lockWait,
+                               Phrase("seconds to wait while another program saves; 10 by default")),
+               0, 86400);
+  takesOneOf(
+      app_.add_option(
           "--lang", language_,
-          Phrase("en or fr: the language of help and messages; by default the store's display language"))
-      ->check(CLI::IsMember({"en", "fr"}));
+          Phrase("en or fr: the language of help and messages; by default the store's display language")),
+      {"en", "fr"});
   app_.add_flag("--json", settings_.json, Phrase("print JSON"));
   app_.add_flag("--quiet", settings_.quiet, Phrase("no reports, only answers and errors"));
   app_.add_flag("--no-color", settings_.noColor, Phrase("no colours on the terminal"));
@@ -124,33 +119,93 @@ void CommandLine::settle() {
   speakFrench(language_.empty() ? storeIsFrench(settings_) : language_ == "fr");
 }
 
-CommandLine::Wish CommandLine::parse(const std::vector<std::string>& words) try {
+CommandLine::Request CommandLine::parse(const std::vector<std::string>& words) try {
   app_.parse(parsable(words));
   settle();
-  return Wish::Run;
+  return Request::Run;
 } catch (const CLI::CallForHelp&) {
   settle();
-  return Wish::Help;
+  return Request::Help;
 } catch (const CLI::CallForVersion&) {
-  return Wish::Version;
+  return Request::Version;
+} catch (const RefusedArgument& refused) {
+  settleFor(words);
+  throw Failure(Exit::Usage, refused.reason() + say(" (see optionsmgr --help)"));
 } catch (const CLI::ParseError& error) {
-  // Where the words end before the language was read, it is the one that is said somewhere.
+  settleFor(words);
+  throw Failure(Exit::Usage, troubleWith(words, error) + say(" (see optionsmgr --help)"));
+}
+
+// Where the words end before the language was read, it is the one that is said somewhere.
+void CommandLine::settleFor(const std::vector<std::string>& words) {
   const auto said = std::ranges::find(words, "--lang");
   if (said != words.end() && said + 1 != words.end()) language_ = said[1];
   if (std::ranges::find(words, "--lang=fr") != words.end()) language_ = "fr";
   settle();
+}
+
+// What is wrong with words that the parser could not make sense of. It is worked out from the words: the
+// parser's own sentences are English.
+std::string CommandLine::troubleWith(const std::vector<std::string>& words,
+                                     const CLI::ParseError& error) const {
+  if (const auto misspelt = misspeltVerb(words)) return *misspelt;
+  if (!verb()) return say("a verb is required");
+  if (dynamic_cast<const CLI::ExtrasError*>(&error)) return extraWords(words);
+  if (dynamic_cast<const CLI::RequiredError*>(&error))
+    for (const CLI::Option* option : verb()->get_options())
+      if (option->get_required() && option->count() == 0) return say("{} is required", option->get_name());
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const std::size_t end = words[i].find('=');
+    const std::string name = words[i].substr(0, end);
+    const CLI::Option* const option = optionNamed(name);
+    if (!option) continue;
+    const bool takesValue = option->get_items_expected_max() > 0;
+    if (takesValue && end == words[i].npos && i + 1 == words.size()) return say("{} takes a value", name);
+    if (!takesValue && end != words[i].npos) return say("{} takes no value", name);
+  }
+  return say("the command line cannot be understood");
+}
+
+const CLI::Option* CommandLine::optionNamed(const std::string& name) const {
+  const CLI::Option* const option = app_.get_option_no_throw(name);
+  return option || !verb() ? option : verb()->get_option_no_throw(name);
+}
+
+// A word in the verb's place that is none, and which ones are near. What stands behind an option is its own.
+std::optional<std::string> CommandLine::misspeltVerb(const std::vector<std::string>& words) const {
   const std::vector<std::string> owned = verbs_.names();
   const std::vector<std::string_view> names(owned.begin(), owned.end());
-  std::string trouble = told(error);
-  // A word in the verb's place that is none: say which ones are near. What stands behind an option is its
-  // own.
   for (std::size_t i = 0; !verb() && i < words.size(); ++i) {
     const CLI::Option* const option = i > 0 ? app_.get_option_no_throw(words[i - 1]) : nullptr;
     if (words[i].starts_with('-') || (option && option->get_items_expected_max() > 0)) continue;
-    trouble = say("there is no verb \"{}\"", words[i]) + didYouMean(words[i], names);
-    break;
+    return say("there is no verb \"{}\"", words[i]) + didYouMean(words[i], names);
   }
-  throw Failure(Exit::Usage, trouble + say(" (see optionsmgr --help)"));
+  return std::nullopt;
+}
+
+// The first option that there is not, with those that are near, or else all words that belong to nothing, in
+// their order.
+std::string CommandLine::extraWords(const std::vector<std::string>& words) const {
+  std::vector<std::string> left = app_.remaining(true);
+  std::vector<std::string> extra;
+  for (const std::string& word : words) {
+    const auto found = std::ranges::find(left, word);
+    if (found == left.end()) continue;
+    left.erase(found);
+    extra.push_back(word);
+  }
+  for (const std::string& word : extra) {
+    if (!word.starts_with("-") || word == "--" || isNegativeNumber(word)) continue;
+    std::vector<std::string> owned;
+    for (const CLI::App* app : {&app_, verb()})
+      for (const CLI::Option* option : app->get_options())
+        for (const std::string& name : option->get_lnames()) owned.push_back("--" + name);
+    const std::string name = word.substr(0, word.find('='));
+    return say("there is no option \"{}\"", name) +
+           didYouMean(name, std::vector<std::string_view>(owned.begin(), owned.end()));
+  }
+  const std::string all = CLI::detail::join(extra, " ");
+  return extra.size() == 1 ? say("unexpected argument: {}", all) : say("unexpected arguments: {}", all);
 }
 
 }  // namespace optionsmgr

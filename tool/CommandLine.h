@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,11 @@ class CommandLine {
   CommandLine& operator=(const CommandLine&) = delete;
 
   /// What is to be done with the words.
-  enum class Wish { Run, Help, Version };
+  enum class Request { Run, Help, Version };
 
   /// Reads the words behind the program's name and sets the language of help and messages: that of --lang,
   /// or else the display language that the store has. Throws Failure (usage).
-  Wish parse(const std::vector<std::string>& words);
+  Request parse(const std::vector<std::string>& words);
 
   const CLI::App& app() const { return app_; }
   const Verbs& verbs() const { return verbs_; }
@@ -32,6 +33,11 @@ class CommandLine {
  private:
   std::vector<std::string> parsable(const std::vector<std::string>& words) const;
   void settle();
+  void settleFor(const std::vector<std::string>& words);
+  std::string troubleWith(const std::vector<std::string>& words, const CLI::ParseError& error) const;
+  std::optional<std::string> misspeltVerb(const std::vector<std::string>& words) const;
+  std::string extraWords(const std::vector<std::string>& words) const;
+  const CLI::Option* optionNamed(const std::string& name) const;
 
   CLI::App app_;
   Verbs verbs_;

@@ -176,11 +176,13 @@ PreferenceFile readPreferenceFile(const std::string& path) {
     top = first != bytes.npos && bytes[first] == '{' ? valueFromJson(Json::parse(bytes))
                                                      : qorvane::readPropertyList(bytes);
   } catch (const qorvane::Exception& error) {
-    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, retold(error.what())));
-  } catch (const Json::exception& error) {
-    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, retold(error.what())));
+    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, told(error.failure())));
+  } catch (const Json::parse_error& error) {
+    // Not the parser's own sentence: it is English, and shows what it read.
+    const std::string reason = say("bad JSON at byte {}", std::to_string(error.byte));
+    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, reason));
   } catch (const Failure& error) {
-    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, retold(error.what())));
+    throw Failure(Exit::BadData, say("{} is no property list and no JSON: {}", path, error.what()));
   }
   PreferenceFile file;
   if (!top.asDictionary()) throw Failure(Exit::BadData, say("{} holds no dictionary of settings", path));
@@ -201,7 +203,7 @@ std::string preferenceFileBytes(const std::map<Domain, Dictionary>& settings, Ex
   return writePropertyList(top,
                            form == ExchangeForm::Xml ? PropertyListFormat::Xml : PropertyListFormat::Binary);
 } catch (const qorvane::Exception& error) {
-  throw Failure(Exit::BadData, say("these settings cannot be said in this form: {}", retold(error.what())));
+  throw Failure(Exit::BadData, say("these settings cannot be said in this form: {}", told(error.failure())));
 }
 
 void writeWholeFile(const std::string& path, std::string_view bytes) {

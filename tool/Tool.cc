@@ -51,13 +51,13 @@ Exit runTool(const std::vector<std::string>& words) {
   CommandLine line;
   Exit exit = Exit::Done;
   if (!answeredToScripts(line, words)) switch (line.parse(words)) {
-      case CommandLine::Wish::Help:
+      case CommandLine::Request::Help:
         printHelp(line.app(), line.verbs(), line.verb(), std::cout);
         break;
-      case CommandLine::Wish::Version:
+      case CommandLine::Request::Version:
         std::cout << OPTIONSMGR_VERSION << '\n';
         break;
-      case CommandLine::Wish::Run:
+      case CommandLine::Request::Run:
         exit = run(line);
     }
   std::cout.flush();

@@ -5,8 +5,10 @@
 #include <clocale>
 #include <csignal>
 #include <iostream>
+#include <new>
 
 #include "qorvane/desktop/Log.h"
+#include "qorvane/foundation/Exception.h"
 #include "tool/Tool.h"
 #include "tool/speech/Language.h"
 
@@ -28,14 +30,20 @@ int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   std::setlocale(LC_NUMERIC, "C");  // Numbers on the command line are written with a point in every language.
   std::setlocale(LC_MESSAGES, "C");  // What the system tells is translated here, as --lang says.
-  qorvane::setLogSink([](const qorvane::Text& line) { optionsmgr::tell(optionsmgr::retold(line)); });
+  qorvane::setLogSink([](const qorvane::Text& line) { optionsmgr::tell(line); });
   try {
     return static_cast<int>(optionsmgr::runTool({argv + 1, argv + argc}));
   } catch (const optionsmgr::Failure& failure) {
     optionsmgr::tell(failure.what());
     return static_cast<int>(failure.code());
+  } catch (const qorvane::Exception& error) {
+    optionsmgr::tell(optionsmgr::told(error.failure()));
+    return static_cast<int>(optionsmgr::Exit::InputOutput);
+  } catch (const std::bad_alloc&) {
+    optionsmgr::tell(optionsmgr::told(qorvane::currentFailure()));
+    return static_cast<int>(optionsmgr::Exit::InputOutput);
   } catch (const std::exception& error) {
-    optionsmgr::tell(optionsmgr::retold(error.what()));
+    optionsmgr::tell(optionsmgr::say("something unforeseen happened: {}", error.what()));
     return static_cast<int>(optionsmgr::Exit::InputOutput);
   }
 }

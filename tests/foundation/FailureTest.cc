@@ -100,6 +100,7 @@ std::string faultOf(std::string_view french) {
           icu::UnicodeString::fromUTF8({french.data(), static_cast<std::int32_t>(french.size())}), status))
     return "it is not NFC";
   if (french.find('"') != french.npos) return "a straight quotation mark";
+  if (french.find('\'') != french.npos) return "a straight apostrophe";
   for (std::size_t at = 0; at < french.size(); ++at) {
     const std::string_view before = french.substr(0, at);
     const std::string_view after = french.substr(at);
@@ -119,6 +120,7 @@ TEST(FailureTest, FrenchIsWellSetAndBothLanguagesCanStandBehindAColon) {
   EXPECT_NE(faultOf("« a »"), "");
   EXPECT_NE(faultOf("e\u0301"), "");
   EXPECT_NE(faultOf("\"a\""), "");
+  EXPECT_NE(faultOf("l'a"), "");
   EXPECT_NE(faultOf("a ?"), "");
   for (const Row& row : kRows) {
     EXPECT_EQ(faultOf(row.french), "") << row.french;
@@ -140,7 +142,7 @@ TEST(FailureTest, TellsWhatIsBehindItInTheSameLanguage) {
       Text("cannot save /home/é/Settings.plist: cannot put /a in the place of /b: No space left on device"));
   EXPECT_EQ(
       failure.reason(Language::French),
-      Text("impossible d'enregistrer /home/é/Settings.plist\u00A0: impossible de mettre /a à la place de "
+      Text("impossible d’enregistrer /home/é/Settings.plist\u00A0: impossible de mettre /a à la place de "
            "/b\u00A0: plus de place sur le disque"));
 }
 

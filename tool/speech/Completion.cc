@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/speech/Completion.h"
@@ -144,9 +145,8 @@ void addCompletionVerb(Verbs& verbs) {
   verbs.add<CompletionRequest>(
       "completion", "print the script that makes a shell complete optionsmgr's words",
       [](CLI::App& verb, CompletionRequest& request) {
-        verb.add_option("SHELL", request.shell, Phrase("bash, zsh or fish"))
-            ->required()
-            ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+        takesOneOf(verb.add_option("SHELL", request.shell, Phrase("bash, zsh or fish"))->required(),
+                   {"bash", "zsh", "fish"});
       },
       completion, "  source <(optionsmgr completion bash)\n  optionsmgr completion fish | source\n");
 }

@@ -64,9 +64,4 @@ std::string_view translated(std::string_view english);
 /// What the library tells of a failure, in the language of the tool.
 std::string told(const qorvane::Failure& failure);
 
-/// What the library or the system tells of a failure, such as "cannot open /a/b: Permission denied", in the
-/// language of the tool: French.def's rows are its patterns, and a sentence in the place of a "{}" is retold
-/// likewise. A detail without a row, such as where a file is malformed, stays.
-std::string retold(std::string_view message);
-
 }  // namespace optionsmgr

@@ -15,6 +15,7 @@
 #include <optional>
 
 #include "qorvane/foundation/Exception.h"
+#include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
@@ -413,8 +414,8 @@ void addCareVerbs(Verbs& verbs) {
       "those of --product and --year",
       [](CLI::App& verb, WatchRequest& request) {
         verb.add_option("GLOB", request.glob, Phrase("only names like this"));
-        verb.add_option("--count", request.count, Phrase("end after so many changes"))
-            ->check(CLI::Range(1, 1000000));
+        takesNumber(verb.add_option("--count", request.count, Phrase("end after so many changes")), 1,
+                    1000000);
         verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       watch, "  optionsmgr watch 'preparer*'\n  optionsmgr watch --json\n");

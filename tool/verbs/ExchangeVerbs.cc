@@ -5,6 +5,7 @@
 
 #include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Exception.h"
+#include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Exchange.h"
 #include "tool/Failure.h"
@@ -256,11 +257,12 @@ void addExchangeVerbs(Verbs& verbs) {
       "export", "write settings as a property list or JSON",
       [](CLI::App& verb, ExportRequest& request) {
         verb.add_option("FILE", request.file, Phrase("the file; standard output by default, or \"-\""));
-        verb.add_option(
+        takesOneOf(
+            verb.add_option(
                 "--format", request.form,
                 Phrase("binary, xml or json; by default what the file's name ends in, binary for other "
-                       "files, XML on standard output"))
-            ->check(CLI::IsMember({"binary", "xml", "json"}));
+                       "files, XML on standard output")),
+            {"binary", "xml", "json"});
         verb.add_flag("--all", request.all, Phrase("every product and year in the store"));
         verb.add_flag("--show-secrets", request.showSecrets, Phrase("passwords too"));
       },

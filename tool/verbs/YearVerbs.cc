@@ -6,6 +6,7 @@
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/vocabulary/OptionStrings.h"
+#include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
@@ -270,10 +271,11 @@ void addYearVerbs(Verbs& verbs) {
   verbs.add<CarryRequest>(
       "carry-forward", "copy last year's settings into this year's",
       [](CLI::App& verb, CarryRequest& request) {
-        verb.add_option("--from", request.from, Phrase("the year to copy from; by default the year before"))
-            ->check(CLI::Range(1, 9999));
-        verb.add_option("--to", request.to, Phrase("the year to copy into; by default --year"))
-            ->check(CLI::Range(1, 9999));
+        takesNumber(verb.add_option("--from", request.from,
+                                    Phrase("the year to copy from; by default the year before")),
+                    1, 9999);
+        takesNumber(verb.add_option("--to", request.to, Phrase("the year to copy into; by default --year")),
+                    1, 9999);
         verb.add_flag("--dry-run", request.dryRun, Phrase("show what would be done, and change nothing"));
         verb.add_flag("--overwrite", request.overwrite,
                       Phrase("replace what is already set in the later year"));
