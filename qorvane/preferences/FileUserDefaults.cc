@@ -490,20 +490,20 @@ void FileUserDefaults::makeFolder(const std::string& folder) {
   }
 }
 
-FileUserDefaults::Lock::Lock(FileUserDefaults& store) : store_(store) {
-  if (store.lockDepth_ == 0) {
-    if (store.folder_.empty()) static_cast<void>(store.pathForKey("Settings"));  // Throws: what is missing.
-    if (!store.checkFolder(Use::Saving)) {
-      store.makeFolder(store.folder_);
-      store.checkFolder(Use::Saving);
+void FileUserDefaults::lock() {
+  if (lockDepth_ == 0) {
+    if (folder_.empty()) static_cast<void>(pathForKey("Settings"));  // Throws: what is missing.
+    if (!checkFolder(Use::Saving)) {
+      makeFolder(folder_);
+      checkFolder(Use::Saving);
     }
-    store.lock_ = std::make_unique<FolderLock>(store.calls_, store.folder_, store.lockWait_);
+    lock_ = std::make_unique<FolderLock>(calls_, folder_, lockWait_);
   }
-  ++store.lockDepth_;
+  ++lockDepth_;
 }
 
-FileUserDefaults::Lock::~Lock() {
-  if (--store_.lockDepth_ == 0) store_.lock_.reset();
+void FileUserDefaults::unlock() noexcept {
+  if (--lockDepth_ == 0) lock_.reset();
 }
 
 }  // namespace qorvane::inline v1

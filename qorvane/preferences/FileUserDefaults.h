@@ -41,7 +41,8 @@ class FolderLock;
 class FileUserDefaults : public UserDefaults {
  public:
   /// folder: where the files stand, an absolute path; made with mode 0700 when first needed.
-  explicit FileUserDefaults(std::string folder = defaultFolder(), SystemCalls& calls = SystemCalls::real());
+  explicit FileUserDefaults(std::string folder = defaultFolder(),
+                            SystemCalls& calls = SystemCalls::standard());
   ~FileUserDefaults() override;
 
   /// $XDG_CONFIG_HOME/Qorvane, or $HOME/.config/Qorvane when that is unset or not absolute. Empty without a
@@ -70,19 +71,6 @@ class FileUserDefaults : public UserDefaults {
   /// How long a save waits for another process's lock before it fails, in milliseconds; 10,000 at first.
   void setLockWait(int milliseconds) { lockWait_ = milliseconds; }
 
-  /// While it lives, no other process or store object saves in the folder: for reading, changing and saving
-  /// as one step. Throws FileException (EAGAIN when the wait was in vain).
-  class [[nodiscard]] Lock {
-   public:
-    explicit Lock(FileUserDefaults& store);
-    ~Lock();
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-   private:
-    FileUserDefaults& store_;
-  };
-
   /// Reads the file, unless an object was set and not yet written: then that one. A damaged file is set
   /// aside, the last good copy put in its place and answered, and one line of the log says so. A file that
   /// cannot be read throws FileException, and one line of the log says why.
@@ -94,7 +82,7 @@ class FileUserDefaults : public UserDefaults {
   [[nodiscard]] bool synchronize() override;
   std::optional<Failure> lastFailure() const override { return lastFailure_; }
   /// Drops an object that was set and not yet written: the next `synchronize` does not try it again.
-  void forget(const Text& key) { pending_.erase(key.string()); }
+  void forget(const Text& key) override { pending_.erase(key.string()); }
 
  private:
   struct Contents;
@@ -105,6 +93,11 @@ class FileUserDefaults : public UserDefaults {
   };
   class StagedFile;
   enum class Use : std::uint8_t { Reading, Saving };
+
+  /// No other process or store object saves in the folder meanwhile. Throws FileException (EAGAIN when the
+  /// wait was in vain).
+  void lock() override;
+  void unlock() noexcept override;
 
   bool checkFolder(Use use) const;
   std::optional<std::string> readFile(const std::string& path) const;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace qorvane::inline v1 {
 
@@ -50,6 +51,13 @@ SystemCalls& SystemCalls::real() {
   static SystemCalls calls;
   return calls;
 }
+
+namespace {
+constinit SystemCalls* replacementCalls = nullptr;
+}
+
+SystemCalls& SystemCalls::standard() { return replacementCalls ? *replacementCalls : real(); }
+SystemCalls* SystemCalls::setStandard(SystemCalls* calls) { return std::exchange(replacementCalls, calls); }
 
 bool FaultInjectingSystemCalls::fails(const char* name) {
   calls_.emplace_back(name);

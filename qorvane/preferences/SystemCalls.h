@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "qorvane/foundation/Scoped.h"
+
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
@@ -46,7 +48,16 @@ class SystemCalls {
 
   /// The operating system's own.
   static SystemCalls& real();
+  /// Those of stores that are made without calls of their own: the real ones, unless replaced. The user's own
+  /// files, one store for the whole process, always have the real ones.
+  static SystemCalls& standard();
+  /// Replaces them; the caller keeps the replacement alive. Null: the real ones again. Returns the one that
+  /// was set until now, or null.
+  static SystemCalls* setStandard(SystemCalls* calls);
 };
+
+/// While it lives, stores are made with other calls.
+using ScopedSystemCalls = Scoped<&SystemCalls::setStandard>;
 
 /// The real calls, with faults where a test wants them.
 class FaultInjectingSystemCalls : public SystemCalls {

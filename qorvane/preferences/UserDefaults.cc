@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Exception.h"
@@ -47,17 +48,31 @@ void raise(FaultInjectingUserDefaults::Fault fault, const Text& what) {
 
 UserDefaults& UserDefaults::standardUserDefaults() {
   if (replacementStore) return *replacementStore;
+  // Never destroyed: saves may come until the very end. So it outlives whatever serves for a while.
   static FileUserDefaults& files =
-      *new FileUserDefaults;  // Never destroyed: saves may come until the very end.
+      *new FileUserDefaults(FileUserDefaults::defaultFolder(), SystemCalls::real());
   return files;
 }
 
-void UserDefaults::setStandardUserDefaults(UserDefaults* replacement) { replacementStore = replacement; }
+UserDefaults* UserDefaults::setStandardUserDefaults(UserDefaults* replacement) {
+  return std::exchange(replacementStore, replacement);
+}
 
 void UserDefaults::requirePropertyList(const Value& value, const Text& key) {
   if (key.isNil()) throw Exception({FailureCode::keyNil});
   if (!value.isNil() && !isPropertyList(value, 1)) throw Exception({FailureCode::valueNotStorable, {key}});
 }
+
+void UserDefaults::update(const Value& whole, const Text& key, std::shared_ptr<Merge>) {
+  setObject(whole, key);
+}
+
+UserDefaults::Loaded UserDefaults::load(const Text& key) {
+  const Value object = objectForKey(key);
+  return {object, object};
+}
+
+void UserDefaults::forget(const Text&) {}
 
 Value MemoryUserDefaults::objectForKey(const Text& key) {
   const auto found = objects_.find(key.view());

@@ -6,10 +6,12 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "qorvane/foundation/Failure.h"
+#include "qorvane/foundation/Scoped.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
@@ -25,6 +27,39 @@ class UserDefaults {
   /// Puts the value under the key, in memory; nil removes the entry. A value that is no property list (a nil
   /// inside an array, nesting beyond 500 levels) or a nil key throws Exception and changes nothing.
   virtual void setObject(const Value& value, const Text& key) = 0;
+
+  /// Changes an object that others change, too: puts what they saved and what we changed together.
+  class Merge {
+   public:
+    virtual ~Merge() = default;
+    /// The object to be written, from the one that stands under the key now (nil: none). Asked under the
+    /// store's lock, again at each retry, and perhaps long after whoever made the update has gone. What it
+    /// throws fails the save of this key.
+    virtual Value merged(const Value& standing) = 0;
+    /// What `merged` last answered, or the whole object when it was not asked, is on the disk.
+    virtual void written() = 0;
+  };
+
+  /// As `setObject(whole, key)`, but a store that others write to as well hands what stands under the key,
+  /// when `synchronize` writes, to `merge` and writes its answer. This one sets the whole object and drops
+  /// the merge. Where several wait for one key they are asked in the order in which they came, each with the
+  /// answer of the one before; the same merge again takes its earlier place, and `setObject` that of them
+  /// all.
+  virtual void update(const Value& whole, const Text& key, std::shared_ptr<Merge> merge);
+
+  /// What a load finds under a key.
+  struct Loaded {
+    /// What the disk holds; nil when there is nothing.
+    Value stored;
+    /// The same, with what waits to be written put over it: what `objectForKey` answers.
+    Value object;
+  };
+  /// Throws as `objectForKey`. In a store that does not tell them apart both are what that answers.
+  virtual Loaded load(const Text& key);
+
+  /// Drops what was set under the key and is not yet on the disk, where the store can.
+  virtual void forget(const Text& key);
+
   /// Writes what was set since the last time to the disk. False when anything could not be written: it stays
   /// set, the next call tries again, and `lastFailure` tells why.
   [[nodiscard]] virtual bool synchronize() = 0;
@@ -34,13 +69,34 @@ class UserDefaults {
 
   /// The store that the library uses: the user's own files (FileUserDefaults) unless replaced.
   static UserDefaults& standardUserDefaults();
-  /// Replaces it; the caller keeps the replacement alive. Null puts the user's own files back.
-  static void setStandardUserDefaults(UserDefaults* replacement);
+  /// Replaces it; the caller keeps the replacement alive. Null puts the user's own files back. Returns the
+  /// one that was set until now, or null.
+  static UserDefaults* setStandardUserDefaults(UserDefaults* replacement);
+
+  /// While it lives, nobody else saves in the store: for reading, changing and saving as one step. Nests. A
+  /// store that nobody else can reach has nothing to lock. Throws Exception when the lock cannot be had.
+  class [[nodiscard]] Lock {
+   public:
+    explicit Lock(UserDefaults& store) : store_(store) { store.lock(); }
+    ~Lock() { store_.unlock(); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+   private:
+    UserDefaults& store_;
+  };
 
  protected:
   /// Throws Exception when the pair cannot be stored.
   static void requirePropertyList(const Value& value, const Text& key);
+
+  /// Take and give back the lock; each `lock` that returned is followed by one `unlock`.
+  virtual void lock() {}
+  virtual void unlock() noexcept {}
 };
+
+/// While it lives, the library uses another store.
+using ScopedUserDefaults = Scoped<&UserDefaults::setStandardUserDefaults>;
 
 /// A store that forgets everything with the process, for tests and for trying things out.
 class MemoryUserDefaults : public UserDefaults {

@@ -179,7 +179,7 @@ TEST_F(FolderLockTest, WhoseLockWasTakenSavesNothing) {
   ASSERT_TRUE(store.synchronize());
   const std::string before = readFile(home.store() / "QorvaneT1Settings2020.plist");
   {
-    const FileUserDefaults::Lock lock(store);
+    const UserDefaults::Lock lock(store);
     // It slept so long that another took the lock, saved and went on.
     fs::remove(held());
     writeFile(held(), "elsewhere\n1 2\n");
@@ -348,7 +348,7 @@ TEST_F(FolderLockTest, ManyWritersWithoutByteRangeLocksLoseNothing) {
       for (int change = 0; change < kChanges; ++change) {
         FileUserDefaults store(home.store().string(), own);
         store.setLockWait(60'000);
-        const FileUserDefaults::Lock lock(store);
+        const UserDefaults::Lock lock(store);
         const Value now = store.objectForKey(kKey);
         Dictionary next = now.asDictionary() ? *now.asDictionary() : Dictionary();
         next.set(Text(std::to_string(process) + "/" + std::to_string(change)), Number(change));

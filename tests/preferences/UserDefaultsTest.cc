@@ -25,6 +25,42 @@ TEST(MemoryUserDefaults, KeepsObjectsAndNeverFails) {
   EXPECT_TRUE(memory.empty());
 }
 
+// Answers whatever it is asked with a mark of its own.
+class CountingMerge : public UserDefaults::Merge {
+ public:
+  Value merged(const Value&) override {
+    ++asked;
+    return Text("merged");
+  }
+  void written() override { ++told; }
+
+  int asked = 0;
+  int told = 0;
+};
+
+TEST(MemoryUserDefaults, AnUpdateIsOneSetOfTheWholeObject) {
+  MemoryUserDefaults memory;
+  memory.setObject(Text("standing"), "key");
+  const auto merge = std::make_shared<CountingMerge>();
+  memory.update(Text("whole"), "key", merge);
+  EXPECT_TRUE(memory.synchronize());
+  EXPECT_EQ(memory.objectForKey("key"), Value(Text("whole")));
+  EXPECT_EQ(merge->asked + merge->told, 0);
+  EXPECT_EQ(merge.use_count(), 1) << "dropped";
+  const auto [stored, object] = memory.load("key");
+  EXPECT_EQ(stored, Value(Text("whole")));
+  EXPECT_EQ(object, Value(Text("whole")));
+  EXPECT_THROW(memory.update(Array{Value()}, "key", merge), Exception);
+}
+
+TEST(MemoryUserDefaults, AnybodyMayLockIt) {
+  MemoryUserDefaults memory;
+  const UserDefaults::Lock outer(memory);
+  const UserDefaults::Lock inner(memory);
+  memory.forget("key");
+  EXPECT_TRUE(memory.synchronize());
+}
+
 TEST(FaultInjectingUserDefaults, FailsAsItIsTold) {
   using Fault = FaultInjectingUserDefaults::Fault;
   FaultInjectingUserDefaults store;
