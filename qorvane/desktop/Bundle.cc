@@ -24,7 +24,7 @@ Bundle& Bundle::mainBundle() {
   return chosenBundle() ? *chosenBundle() : own;
 }
 
-void Bundle::setMainBundle(Bundle* bundle) { chosenBundle() = bundle; }
+Bundle* Bundle::setMainBundle(Bundle* bundle) { return std::exchange(chosenBundle(), bundle); }
 
 Text Bundle::bundlePath() const {
   if (!path_.isNil()) return path_;

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "qorvane/foundation/Scoped.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -16,8 +17,8 @@ class Bundle {
   /// The bundle of the running program.
   static Bundle& mainBundle();
   /// Answers this bundle as the main one from now on; the caller keeps it alive. Null: the running program's
-  /// again.
-  static void setMainBundle(Bundle* bundle);
+  /// again. Returns the one that was set until now, or null.
+  static Bundle* setMainBundle(Bundle* bundle);
 
   /// The absolute path of the folder that holds the program, without a slash at its end (but "/" for the
   /// root), or the path that the application set. Throws Exception when the program cannot be found.
@@ -29,6 +30,9 @@ class Bundle {
   std::string programLink_;
   Text path_;
 };
+
+/// While it lives, another bundle is the main one.
+using ScopedBundle = Scoped<&Bundle::setMainBundle>;
 
 }  // namespace v1
 }  // namespace qorvane

@@ -4,6 +4,7 @@
 // thread only.
 #pragma once
 
+#include "qorvane/foundation/Scoped.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -29,6 +30,9 @@ class FileManager {
   /// Exception.
   virtual bool createDirectoryAtPath(const Text& path, bool withIntermediateDirectories) = 0;
 };
+
+/// While it lives, the library uses another manager.
+using ScopedFileManager = Scoped<&FileManager::setDefaultManager>;
 
 }  // namespace v1
 }  // namespace qorvane

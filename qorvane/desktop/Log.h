@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "qorvane/foundation/Failure.h"
+#include "qorvane/foundation/Scoped.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -30,6 +31,9 @@ Language setLogLanguage(Language language) noexcept;
 /// Sends every message to this sink alone from now on; an empty sink means syslog and stderr again. Returns
 /// the sink that served until now, empty for the usual one. Only while no other thread logs.
 LogSink setLogSink(LogSink sink);
+
+/// While it lives, messages go to another sink.
+using ScopedLogSink = Scoped<&setLogSink>;
 
 }  // namespace v1
 }  // namespace qorvane

@@ -1,7 +1,6 @@
 // LogCapture: keeps what is logged during its life instead of sending it to the system. A double for tests.
 #pragma once
 
-#include <utility>
 #include <vector>
 
 #include "qorvane/desktop/Log.h"
@@ -12,18 +11,13 @@ inline namespace [[gnu::visibility("default")]] v1 {
 /// Captures nest: the innermost receives the lines, and hands back to the one around it when it ends.
 class LogCapture {
  public:
-  LogCapture() : before_(setLogSink([this](const Text& line) { lines_.push_back(line); })) {}
-  ~LogCapture() { setLogSink(std::move(before_)); }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-
   /// The lines so far, oldest first.
   const std::vector<Text>& lines() const { return lines_; }
   void clear() { lines_.clear(); }
 
  private:
   std::vector<Text> lines_;
-  LogSink before_;
+  ScopedLogSink sink_{[this](const Text& line) { lines_.push_back(line); }};
 };
 
 }  // namespace v1

@@ -20,11 +20,6 @@ class MemoryFileManager : public FileManager {
   /// What the making of a folder comes to.
   enum class Creation { Succeeds, Fails, Throws };
 
-  MemoryFileManager() : before_(setDefaultManager(this)) {}
-  ~MemoryFileManager() override { setDefaultManager(before_); }
-  MemoryFileManager(const MemoryFileManager&) = delete;
-  MemoryFileManager& operator=(const MemoryFileManager&) = delete;
-
   void setCreation(Creation creation) { creation_ = creation; }
   /// Puts a plain file at the path.
   void addFile(const Text& path) { isDirectory_[path.string()] = false; }
@@ -65,7 +60,7 @@ class MemoryFileManager : public FileManager {
   std::map<std::string, bool> isDirectory_;
   std::vector<Text> asked_;
   Creation creation_ = Creation::Succeeds;
-  FileManager* before_;
+  ScopedFileManager scope_{this};
 };
 
 }  // namespace v1

@@ -18,6 +18,11 @@ class FixedProduct : public QVSettings::Source {
   bool isT2VER(const Text& release) const override {
     return product_.corporate && product_.release.isEqualTo(release);
   }
+  Product product() const override {
+    Product product = product_;
+    product.taxYear = YOR();
+    return product;
+  }
 
  private:
   Product product_;
@@ -40,6 +45,12 @@ class Season : public FixedProduct {
 
 constinit const QVSettings::Source* chosen = nullptr;
 
+// What keeps the chosen one alive; itself never destroyed.
+std::shared_ptr<const QVSettings::Source>& keeper() {
+  static auto& source = *new std::shared_ptr<const QVSettings::Source>;
+  return source;
+}
+
 const QVSettings::Source& source() {
   if (chosen) return *chosen;
   static const Season& season = *new Season;  // Never destroyed: settings are asked for until the very end.
@@ -54,12 +65,25 @@ bool QVSettings::isPROVER() { return source().isPROVER(); }
 bool QVSettings::isT2_VER2() { return source().isT2_VER2(); }
 bool QVSettings::isT2VER(const Text& release) { return source().isT2VER(release); }
 
-void QVSettings::setProduct(Product product) {
-  static FixedProduct& fixed = *new FixedProduct({});
-  fixed = FixedProduct(std::move(product));
-  setSource(&fixed);
+Product QVSettings::Source::product() const {
+  return {.corporate = isT2(), .professional = isPROVER(), .taxYear = YOR(), .release = nullptr};
 }
 
-void QVSettings::setSource(const Source* source) { chosen = source; }
+Product QVSettings::product() { return source().product(); }
+
+void QVSettings::setProduct(Product product) { exchangeSource(sourceOf(std::move(product))); }
+
+void QVSettings::setSource(const Source* source) {
+  exchangeSource(std::shared_ptr<const Source>(std::shared_ptr<const Source>(), source));
+}
+
+std::shared_ptr<const QVSettings::Source> QVSettings::sourceOf(Product product) {
+  return std::make_shared<FixedProduct>(std::move(product));
+}
+
+std::shared_ptr<const QVSettings::Source> QVSettings::exchangeSource(std::shared_ptr<const Source> source) {
+  chosen = source.get();
+  return std::exchange(keeper(), std::move(source));
+}
 
 }  // namespace qorvane::inline v1

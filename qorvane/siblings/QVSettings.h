@@ -6,6 +6,9 @@
 // before today's, by the local calendar. Main thread only.
 #pragma once
 
+#include <memory>
+
+#include "qorvane/foundation/Scoped.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -34,6 +37,8 @@ class QVSettings {
     virtual bool isPROVER() const = 0;
     virtual bool isT2_VER2() const = 0;
     virtual bool isT2VER(const Text& release) const = 0;
+    /// The answers in one.
+    virtual Product product() const;
   };
 
   /// The corporate product is running.
@@ -47,10 +52,26 @@ class QVSettings {
   /// The corporate product is running in exactly this release, such as "VER2021_2". Nil is no release.
   static bool isT2VER(const Text& release);
 
+  /// The product that runs now. Its release is nil where the source tells it by single questions only.
+  static Product product();
+
   /// Answers as this product from now on, whatever source was set before.
   static void setProduct(Product product);
   /// Asks this source from now on; the caller keeps it alive. Null: back to the current filing season.
   static void setSource(const Source* source);
+
+  /// A source that always answers as this product.
+  static std::shared_ptr<const Source> sourceOf(Product product);
+  /// Asks this source from now on, null for the current filing season. Returns the one asked until now.
+  static std::shared_ptr<const Source> exchangeSource(std::shared_ptr<const Source> source);
+};
+
+/// While it lives, another source is asked.
+using ScopedProductSource = Scoped<&QVSettings::exchangeSource>;
+
+/// While it lives, another product runs.
+struct [[nodiscard]] ScopedProduct : ScopedProductSource {
+  explicit ScopedProduct(Product product) : ScopedProductSource(QVSettings::sourceOf(std::move(product))) {}
 };
 
 }  // namespace v1
