@@ -85,6 +85,16 @@ double numberOfPostalDistrict(std::string_view postalCode) {
   return 0;
 }
 
+int numberIn(bool corporate, const Found& found) {
+  if (!isIn(found.form->number, corporate)) return 0;
+  return corporate ? found.place->corporateNumber : found.place->personalNumber;
+}
+
+Text codeOf(double number, bool corporate) {
+  const Jurisdiction* place = numbered(number, corporate);
+  return place ? place->code : "";
+}
+
 }  // namespace
 
 const std::vector<Text>& ProvinceCodeMapping::provinceList() {
@@ -112,16 +122,10 @@ const std::vector<Text>& ProvinceCodeMapping::provinceList() {
 double ProvinceCodeMapping::getOurProvCodeFromProvName(const Text& name) {
   if (Utils::isStringNilOrEmpty(name)) return 0;
   const Found found = kFormIndex.find(name);
-  if (!found.form) return 0;
-  const bool corporate = isCorporate();
-  if (!isIn(found.form->number, corporate)) return 0;
-  return corporate ? found.place->corporateNumber : found.place->personalNumber;
+  return found.form ? numberIn(isCorporate(), found) : 0;
 }
 
-Text ProvinceCodeMapping::getShortProvNameFromOurCode(double number) {
-  const Jurisdiction* place = numbered(number, isCorporate());
-  return place ? place->code : "";
-}
+Text ProvinceCodeMapping::getShortProvNameFromOurCode(double number) { return codeOf(number, isCorporate()); }
 
 Text ProvinceCodeMapping::getFullProvNameFromOurCode(double number) {
   if (!displayLanguageIsEnglish()) {
@@ -140,6 +144,12 @@ Text ProvinceCodeMapping::getFullProvNameFromOurCode(double number) {
 
 Text ProvinceCodeMapping::getProvinceCode(const Text& name) {
   return getShortProvNameFromOurCode(getOurProvCodeFromProvName(name));
+}
+
+Text ProvinceCodeMapping::getProvinceCode(const Text& name, const Product& product) {
+  if (Utils::isStringNilOrEmpty(name)) return "";
+  const Found found = kFormIndex.find(name);
+  return found.form ? codeOf(numberIn(product.corporate, found), product.corporate) : "";
 }
 
 Text ProvinceCodeMapping::getProvinceFullName(const Text& name) {

@@ -18,6 +18,8 @@
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
+struct Product;
+
 class ProvinceCodeMapping {
  public:
   /// The 14 Canadian names in English, in either language, in a fixed order that is not sorted. The identical
@@ -34,6 +36,8 @@ class ProvinceCodeMapping {
   static Text getFullProvNameFromOurCode(double number);
   /// The two-letter code of a name or code; empty when it is unknown, nil or empty.
   static Text getProvinceCode(const Text& name);
+  /// The same as if that product ran.
+  static Text getProvinceCode(const Text& name, const Product& product);
   /// The full name, by its number, of a name or code; empty when it is unknown, nil or empty.
   static Text getProvinceFullName(const Text& name);
   /// The picture of a name or code, 0 to 14, the same in both products. 14 is the picture of all else: US

@@ -10,16 +10,34 @@
 #include <utility>
 
 #include "qorvane/foundation/Dictionary.h"
-#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/siblings/Utils.h"
 #include "qorvane/store/ColorComparison.h"
+#include "qorvane/store/Options.h"
+#include "qorvane/store/Running.h"
 
 namespace qorvane::inline v1 {
 
-extern bool notifyAll;
-extern bool bSettingVals;
+/// What an accessor needs of its store.
+class StoreAccess {
+ public:
+  explicit StoreAccess(Options& store) noexcept : store_(store) {}
 
-/// The key of an entry that the two products keep apart; which product is running is asked on each call.
+  /// Null until the store is loaded.
+  Dictionary* dictionary() const noexcept { return store_.opts_.get(); }
+  /// What the store works for.
+  Running running() const noexcept { return Running(store_.product_.get(), store_.makesFolders_); }
+  /// Setters store without comparing and without marking.
+  bool bulk() const noexcept { return *store_.bulk_; }
+  /// The next save announces.
+  void mark() const noexcept { *store_.changed_ = true; }
+  /// Stores the default of an entry that counts as missing.
+  void fill(const Key& key, Value value) const { dictionary()->set(key, std::move(value)); }
+
+ private:
+  Options& store_;
+};
+
+/// The key of an entry that the two products keep apart.
 struct ProductKey {
   Key personal;
   Key corporate;
@@ -28,8 +46,15 @@ struct ProductKey {
 consteval Key entryKey(Text key) { return Key(key); }
 consteval ProductKey entryKey(Text personal, Text corporate) { return {Key(personal), Key(corporate)}; }
 
-constexpr const Key& keyNow(const Key& key) { return key; }
-inline const Key& keyNow(const ProductKey& key) { return QVSettings::isT2() ? key.corporate : key.personal; }
+// Which product is running is asked on each call, and only where it matters.
+template <class GetRunning>
+constexpr const Key& keyNow(const Key& key, GetRunning) {
+  return key;
+}
+template <class GetRunning>
+const Key& keyNow(const ProductKey& key, GetRunning running) {
+  return running().isT2() ? key.corporate : key.personal;
+}
 
 /// A default that is stored on the read that finds no entry while another value is answered by that read.
 template <class T>
@@ -64,11 +89,12 @@ struct Reading {
   static bool misses(const Value* entry) { return Missing(entry); }
 
   template <class Form, class Fallback>
-  static typename Form::Type read(Dictionary* options, const Key& key, Fallback fallback) {
+  static typename Form::Type read(StoreAccess store, const Key& key, Fallback fallback) {
+    Dictionary* const options = store.dictionary();
     if (const Value* entry = options ? options->find(key) : nullptr; !Missing(entry))
       return Form::decode(*entry);
-    auto value = fallback();
-    if (Stores && options) options->set(key, Form::encode(defaultOf<Form>(value)));
+    auto value = fallback(store.running());
+    if (Stores && options) store.fill(key, Form::encode(defaultOf<Form>(value)));
     return answerOf<Form>(std::move(value));
   }
 };
@@ -85,17 +111,20 @@ using NonStoring = Reading<isMissing, false>;
 // What a write kind needs of its option: the two steps, the default, and the entry's form.
 template <class Form, class Read, class Fallback>
 struct Accessor {
-  Dictionary* options;
+  StoreAccess access;
   const Key& key;
   Fallback fallback;
 
-  typename Form::Type current() const { return Read::template read<Form>(options, key, fallback); }
-  void store(typename Form::Argument value) const { options->set(key, Form::encode(value)); }
+  Dictionary& options() const { return *access.dictionary(); }
+  typename Form::Type current() const { return Read::template read<Form>(access, key, fallback); }
+  typename Form::Type byDefault() const { return defaultOf<Form>(fallback(access.running())); }
+  void store(typename Form::Argument value) const { options().set(key, Form::encode(value)); }
 
   /// The entry, if it is there and holds a text as the option reads; else null.
   const Value* textEntry() const {
     if constexpr (requires { Form::textIn, Read::misses; })
-      if (const Value* entry = options->find(key); !Read::misses(entry) && Form::textIn(*entry)) return entry;
+      if (const Value* entry = options().find(key); !Read::misses(entry) && Form::textIn(*entry))
+        return entry;
     return nullptr;
   }
 };
@@ -103,11 +132,11 @@ struct Accessor {
 // The change that the comparing kinds have in common: in bulk mode the value is stored as it comes; otherwise
 // it is stored, and announced by the next save, when `differs` says so.
 template <class Differs, class Store>
-void storeIfChanged(Differs differs, Store store) {
-  if (!bSettingVals) {
+void storeIfChanged(StoreAccess access, Differs differs, Store store) {
+  if (!access.bulk()) {
     if (!differs()) return;
     store();
-    notifyAll = true;
+    access.mark();
   } else {
     store();
   }
@@ -126,14 +155,15 @@ void storeUnlessNil(const Accessor& accessor, const Text& value) {
   else if constexpr (Nil == NilAs::Empty)
     accessor.store(Text(""));
   else
-    accessor.store(accessor.fallback());
+    accessor.store(accessor.byDefault());
 }
 
 /// Comparing, for flags.
 struct Comparing {
   template <class A>
   static void write(const A& option, bool value) {
-    storeIfChanged([&] { return option.current() != value; }, [&] { option.store(value); });
+    storeIfChanged(
+        option.access, [&] { return option.current() != value; }, [&] { option.store(value); });
   }
 };
 
@@ -144,11 +174,13 @@ struct ComparingText {
   static void write(const A& option, Text value) {
     // What nearly every call is: one text in the place of another, found once and compared there.
     if (const Value* entry = value.isNil() ? nullptr : option.textEntry())
-      storeIfChanged([&] { return !entry->asText()->isEqualTo(value); },
-                     [&] { option.options->replace(*entry, std::move(value)); });
+      storeIfChanged(
+          option.access, [&] { return !entry->asText()->isEqualTo(value); },
+          [&] { option.options().replace(*entry, std::move(value)); });
     else
-      storeIfChanged([&] { return !option.current().isEqualTo(value); },
-                     [&] { storeUnlessNil<Nil>(option, value); });
+      storeIfChanged(
+          option.access, [&] { return !option.current().isEqualTo(value); },
+          [&] { storeUnlessNil<Nil>(option, value); });
   }
 };
 using ComparingNilAsEmpty = ComparingText<NilAs::Empty>;
@@ -167,7 +199,8 @@ struct ComparingIdentity {
   template <class A>
   static void write(const A& option, const Text& value) {
     if (value.isNil()) return;
-    storeIfChanged([&] { return !option.current().isSameObject(value); }, [&] { option.store(value); });
+    storeIfChanged(
+        option.access, [&] { return !option.current().isSameObject(value); }, [&] { option.store(value); });
   }
 };
 
@@ -181,8 +214,9 @@ inline bool isSameNumber(const Value& a, const Value& b) {
 struct ComparingNumber {
   template <class A>
   static void write(const A& option, const Value& value) {
-    storeIfChanged([&] { return !isSameNumber(option.current(), value); },
-                   [&] { option.store(emptyIfNil(value)); });
+    storeIfChanged(
+        option.access, [&] { return !isSameNumber(option.current(), value); },
+        [&] { option.store(emptyIfNil(value)); });
   }
 };
 
@@ -194,6 +228,7 @@ struct ComparingColor {
   static void write(const A& option, const std::optional<Color>& value) {
     if (!value) return;
     storeIfChanged(
+        option.access,
         [&] {
           const Color current = option.current();
           return NewFirst ? areDifferentColors(*value, current) : areDifferentColors(current, *value);
@@ -242,13 +277,17 @@ struct DirectEmptyAsDefault {
 // ---- one option's two operations ------------------------------------------------------------------------
 
 template <class Form, class Read, class EntryKey, class Fallback>
-typename Form::Type readOption(Dictionary* options, const EntryKey& key, Fallback fallback) {
-  return Read::template read<Form>(options, keyNow(key), fallback);
+typename Form::Type readOption(Options& options, const EntryKey& key, Fallback fallback) {
+  const StoreAccess store(options);
+  return Read::template read<Form>(store, keyNow(key, [&] { return store.running(); }), fallback);
 }
 
 template <class Form, class Read, class Write, class EntryKey, class Fallback>
-void writeOption(Dictionary* options, const EntryKey& key, Fallback fallback, typename Form::Argument value) {
-  if (options) Write::write(Accessor<Form, Read, Fallback>{options, keyNow(key), fallback}, std::move(value));
+void writeOption(Options& options, const EntryKey& key, Fallback fallback, typename Form::Argument value) {
+  const StoreAccess store(options);
+  if (!store.dictionary()) return;
+  Write::write(Accessor<Form, Read, Fallback>{store, keyNow(key, [&] { return store.running(); }), fallback},
+               std::move(value));
 }
 
 }  // namespace qorvane::inline v1

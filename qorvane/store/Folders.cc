@@ -6,7 +6,6 @@
 #include "qorvane/desktop/FileManager.h"
 #include "qorvane/siblings/ApplicationSupport.h"
 #include "qorvane/siblings/PathUtils.h"
-#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 
 namespace qorvane::inline v1 {
@@ -22,33 +21,36 @@ Text joined(std::string_view folder, std::string_view name) {
 
 }  // namespace
 
-Text thisYear() { return Text(std::to_string(QVSettings::YOR())); }
-Text previousYear() { return Text(std::to_string(QVSettings::YOR() - 1)); }
+Text thisYear(const Running& now) { return Text(std::to_string(now.YOR())); }
+Text previousYear(const Running& now) { return Text(std::to_string(now.YOR() - 1)); }
 
-Text yearRoot(const Text& year) {
+Text yearRoot(const Running& now, const Text& year) {
   const Text documents = PathUtils::userDocumentsPath();
   if (documents.isNil()) return "";
   const Text suite = joined(documents, "/Qorvane");
-  ensureFolder(suite);
+  ensureFolder(now, suite);
   const Text root = joined(suite, year);
-  ensureFolder(root);
+  ensureFolder(now, root);
   return root;
 }
 
-Text byProduct(Text personal, Text corporate) { return QVSettings::isT2() ? corporate : personal; }
+Text byProduct(const Running& now, Text personal, Text corporate) {
+  return now.isT2() ? corporate : personal;
+}
 
 Text folderBelow(const Text& root, const Text& prefix, const Text& name) {
   return Text(root.string().append(prefix).append(name));
 }
 
-void ensureFolder(const Text& path) {
+void ensureFolder(const Running& now, const Text& path) {
+  if (!now.makesFolders()) return;
   FileManager& files = FileManager::defaultManager();
   if (!files.fileExistsAtPath(path)) files.createDirectoryAtPath(path, true);
 }
 
 Text Options::applicationUserFolder() { return applicationSupportDirectory(); }
-Text Options::rootPath() { return yearRoot(currentYear()); }
-Text Options::lastYearRootPath() { return yearRoot(lastYear()); }
+Text Options::rootPath() { return yearRoot(StoreAccess(*this).running(), currentYear()); }
+Text Options::lastYearRootPath() { return yearRoot(StoreAccess(*this).running(), lastYear()); }
 Text Options::userDataPath() { return rootPath(); }
 
 Text Options::helpFile() try {

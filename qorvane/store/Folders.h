@@ -23,21 +23,22 @@ struct FolderForm : TextForm {
 };
 
 /// The tax year and the year before it, in digits.
-Text thisYear();
-Text previousYear();
+Text thisYear(const Running& now);
+Text previousYear(const Running& now);
 
 /// D/Qorvane/Y for that year, made when missing, whether or not that succeeds; "" without a documents folder,
 /// and nothing is made. What the file manager throws passes through.
-Text yearRoot(const Text& year);
+Text yearRoot(const Running& now, const Text& year);
 
 /// The text of the running product.
-Text byProduct(Text personal, Text corporate);
+Text byProduct(const Running& now, Text personal, Text corporate);
 
 /// The three texts in a row. A plain joining: without a root the path starts at the root of the file system.
 Text folderBelow(const Text& root, const Text& prefix, const Text& name);
 
-/// Makes the folder, with those above it, when nothing is at the path; whether that succeeds is not examined.
-void ensureFolder(const Text& path);
+/// Makes the folder, with those above it, when nothing is at the path, if folders are made at all; whether
+/// that succeeds is not examined.
+void ensureFolder(const Running& now, const Text& path);
 
 /// A log message as a template argument.
 template <std::size_t N>
@@ -52,9 +53,9 @@ struct Message {
 template <Message Complaint>
 struct ExistingFolder {
   template <class Form, class Fallback>
-  static Text read(Dictionary* options, const Key& key, Fallback fallback) try {
-    const Text path = Reading<isMissingOrEmpty, false>::read<Form>(options, key, fallback);
-    ensureFolder(path);
+  static Text read(StoreAccess store, const Key& key, Fallback fallback) try {
+    const Text path = Reading<isMissingOrEmpty, false>::read<Form>(store, key, fallback);
+    ensureFolder(store.running(), path);
     return path;
   } catch (const Exception&) {
     log(Complaint.text());

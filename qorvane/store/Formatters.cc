@@ -2,7 +2,7 @@
 // exported, so that other parts of the suite may read it without asking.
 #include "qorvane/formats/DateFormatter.h"
 #include "qorvane/formats/NumberFormatter.h"
-#include "qorvane/siblings/QVSettings.h"
+#include "qorvane/store/Accessors.h"
 #include "qorvane/store/Options.h"
 
 namespace qorvane::inline v1 {
@@ -29,7 +29,8 @@ NumberFormatter* made(NumberFormatter*& kept, Text locale, Text format) {
 
 NumberFormatter* Options::numberFormatter() {
   // Kept by language alone: a formatter made for one product serves on when the product changes.
-  const Text format = QVSettings::isT2() ? Text("###,##0;-#####0") : Text("###,##0.00;-#####0.00");
+  const Text format =
+      StoreAccess(*this).running().isT2() ? Text("###,##0;-#####0") : Text("###,##0.00;-#####0.00");
   return language().isEqualTo("English") ? made(numberForm, "en_CA", format)
                                          : made(numberFormFr, "fr_CA", format);
 }

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
-#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/OptionStrings.h"
@@ -33,56 +32,62 @@ Text provinceAndPostalCode(const Text& province, const Text& postalCode) {
 // A province brings its code and the line of both with it; clearing it leaves those two as they were.
 void Options::setPreparerProvince(Text province) {
   if (!opts_) return;
-  storeIfChanged([&] { return !preparerProvince().isEqualTo(province); },
-                 [&] {
-                   opts_->set(kProvince, emptyIfNil(province));
-                   if (province.isNil()) return;
-                   opts_->set(kProvinceCode, ProvinceCodeMapping::getProvinceCode(province));
-                   opts_->set(kProvinceAndPostalCode, provinceAndPostalCode(province, preparerPostalCode()));
-                 });
+  storeIfChanged(
+      StoreAccess(*this), [&] { return !preparerProvince().isEqualTo(province); },
+      [&] {
+        opts_->set(kProvince, emptyIfNil(province));
+        if (province.isNil()) return;
+        opts_->set(kProvinceCode, ProvinceCodeMapping::getProvinceCode(
+                                      province, {.corporate = StoreAccess(*this).running().isT2()}));
+        opts_->set(kProvinceAndPostalCode, provinceAndPostalCode(province, preparerPostalCode()));
+      });
 }
 
 // The other way round: a postal code leaves the line of both as it was; clearing it writes the line anew.
 void Options::setPreparerPostalCode(Text postalCode) {
   if (!opts_) return;
-  storeIfChanged([&] { return !preparerPostalCode().isEqualTo(postalCode); },
-                 [&] {
-                   opts_->set(kPostalCode, emptyIfNil(postalCode));
-                   if (!postalCode.isNil()) return;
-                   opts_->set(kProvinceAndPostalCode, provinceAndPostalCode(preparerProvince(), nullptr));
-                 });
+  storeIfChanged(
+      StoreAccess(*this), [&] { return !preparerPostalCode().isEqualTo(postalCode); },
+      [&] {
+        opts_->set(kPostalCode, emptyIfNil(postalCode));
+        if (!postalCode.isNil()) return;
+        opts_->set(kProvinceAndPostalCode, provinceAndPostalCode(preparerProvince(), nullptr));
+      });
 }
 
 // Not compared: setting what is there already is announced, too.
 void Options::setPreparerPhoneExt(Text extension) {
   if (!opts_) return;
-  storeIfChanged([] { return true; }, [&] { opts_->set(kPhoneExt, emptyIfNil(extension)); });
+  storeIfChanged(
+      StoreAccess(*this), [] { return true; }, [&] { opts_->set(kPhoneExt, emptyIfNil(extension)); });
 }
 
 // Nil is announced as the change that it is not: the entry stays.
 void Options::setPreparerTaxpyersNameAsLastYr(Text answer) {
   if (!opts_) return;
-  storeIfChanged([&] { return !preparerTaxpyersNameAsLastYr().isEqualTo(answer); },
-                 [&] {
-                   if (!answer.isNil()) opts_->set(kTaxpayersSameName, answer);
-                 });
+  storeIfChanged(
+      StoreAccess(*this), [&] { return !preparerTaxpyersNameAsLastYr().isEqualTo(answer); },
+      [&] {
+        if (!answer.isNil()) opts_->set(kTaxpayersSameName, answer);
+      });
 }
 
 // Nil keeps the date and empties the business number instead, in either product that of the personal one.
 void Options::setT1013ExpiryDate(const Value& date) {
   if (!opts_) return;
-  storeIfChanged([&] { return !isSameNumber(t1013ExpiryDate(), date); },
-                 [&] {
-                   if (date.isNil())
-                     opts_->set(kT1013BusinessNo, Text(""));
-                   else
-                     opts_->set(kT1013ExpiryDate, date);
-                 });
+  storeIfChanged(
+      StoreAccess(*this), [&] { return !isSameNumber(t1013ExpiryDate(), date); },
+      [&] {
+        if (date.isNil())
+          opts_->set(kT1013BusinessNo, Text(""));
+        else
+          opts_->set(kT1013ExpiryDate, date);
+      });
 }
 
 // The personal product reads the T1013 identifier here and never writes it this way.
 void Options::setRc59_RepID(Text id) {
-  if (opts_ && QVSettings::isT2()) opts_->set(kRC59RepID, emptyIfNil(id));
+  if (opts_ && StoreAccess(*this).running().isT2()) opts_->set(kRC59RepID, emptyIfNil(id));
 }
 
 }  // namespace qorvane::inline v1

@@ -107,7 +107,7 @@ void writeBy(Options& store, const Value& value) {
 template <auto Getter>
 using AnswerOf = std::remove_cvref_t<decltype((std::declval<Options&>().*Getter)())>;
 
-Value noFallback() { return nullptr; }
+Value noFallback(const Product*) { return nullptr; }
 
 // A derived answer has its type, and nothing of an entry.
 template <class T>
@@ -152,7 +152,11 @@ consteval std::span<const FacadeName> facadeNamesOf(std::string_view option) {
 }
 
 #define UNWRAPPED(...) __VA_ARGS__
-#define FALLBACK_OF(Form, fallback) [] { return boxed(defaultOf<Form>(fallback)); }
+#define FALLBACK_OF(Form, fallback)              \
+  [](const Product* product) {                   \
+    [[maybe_unused]] const Running now(product); \
+    return boxed(defaultOf<Form>(fallback));     \
+  }
 #define ROW(getter, setterName, Form, formName, readKind, writeKind, keys, further, fallback, write) \
   OptionRow{#getter,                                                                                 \
             setterName,                                                                              \

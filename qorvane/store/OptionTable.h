@@ -20,6 +20,7 @@ namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
 class Options;
+struct Product;
 
 /// What an option is to the program.
 enum class OptionType : std::uint8_t { Text, Flag, Integer, Date, Folder, Font, Color };
@@ -75,9 +76,8 @@ struct OptionRow {
   Text corporateKey;
   /// The stored keys of other entries that the setter writes, sometimes or always.
   std::span<const Text> furtherKeys;
-  /// What the option reads as when nobody has set it (a flag or an integer as a number, a font as its text);
-  /// the one read that finds no entry may answer otherwise. Nil for a derived answer.
-  Value (*fallback)();
+  /// What `fallback` asks; null is the product that runs.
+  Value (*fallbackIn)(const Product* product);
   /// Runs the getter.
   Value (*read)(Options& store);
   /// Runs the setter with the value converted to the option's type. Null for an answer that cannot be set.
@@ -86,6 +86,11 @@ struct OptionRow {
   /// The stored key in that product, and in the running one; nil for an answer without an entry.
   Text key(const Product& product) const { return product.corporate ? corporateKey : personalKey; }
   Text key() const;
+  /// What the option reads as when nobody has set it (a flag or an integer as a number, a font as its text);
+  /// the one read that finds no entry may answer otherwise. Nil for a derived answer. Asked for the running
+  /// product, the default of a folder makes the folder of the year; asked for another one, nothing.
+  Value fallback() const { return fallbackIn(nullptr); }
+  Value fallback(const Product& product) const { return fallbackIn(&product); }
   /// The stored keys of all entries that the setter writes, sometimes or always, in that product and in the
   /// running one: its own first. One that is another option's own belongs to that one, the others
   /// (`isDerivedEntry`) to no option. Empty for what cannot be set.

@@ -6,7 +6,6 @@
 #include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/preferences/UserDefaults.h"
-#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/Folders.h"
 #include "qorvane/store/LoadLists.h"
@@ -20,7 +19,12 @@ namespace qorvane::inline v1 {
 constinit bool notifyAll = false;
 constinit bool bSettingVals = false;
 
-Options::Options() { notifyAll = false; }
+Options::Options() : changed_(&notifyAll), bulk_(&bSettingVals) { notifyAll = false; }
+Options::Options(UserDefaults& defaults, const Product& product)
+    : changed_(&ownChanged_),
+      bulk_(&ownBulk_),
+      product_(std::make_unique<const Product>(product)),
+      defaults_(&defaults) {}
 Options::~Options() = default;
 
 Options& Options::getOptionsObj() {
@@ -31,13 +35,19 @@ Options& Options::getOptionsObj() {
   return *shared;
 }
 
+UserDefaults& Options::defaults() const {
+  return defaults_ ? *defaults_ : UserDefaults::standardUserDefaults();
+}
+
+Product Options::product() const { return product_ ? *product_ : QVSettings::product(); }
+
 void Options::loadOptions() try {
-  UserDefaults& defaults = UserDefaults::standardUserDefaults();
-  const bool corporate = QVSettings::isT2();
-  opts_ = std::make_unique<Dictionary>(defaults.objectForKey(settingsDomainKey()).takeDictionary());
+  UserDefaults& store = defaults();
+  const bool corporate = StoreAccess(*this).running().isT2();
+  opts_ = std::make_unique<Dictionary>(store.objectForKey(settingsDomainKey()).takeDictionary());
 
   // The getters, not a table of defaults: whatever else a getter does on its first read, it does here.
-  bSettingVals = true;
+  *bulk_ = true;
   for (const std::string_view name : corporate ? corporateLoadList() : personalLoadList()) {
     try {
       valueForKey(name);
@@ -45,25 +55,26 @@ void Options::loadOptions() try {
       log("Could not load default options");
     }
   }
-  bSettingVals = false;
-  notifyAll = false;
+  *bulk_ = false;
+  *changed_ = false;
 } catch (const Exception&) {
   log("Options couldn't be loaded");
 }
 
 void Options::saveOptions() try {
-  UserDefaults& defaults = UserDefaults::standardUserDefaults();
-  defaults.setObject(opts_ ? Value(*opts_) : Value(), settingsDomainKey());
-  static_cast<void>(defaults.synchronize());
-  if (notifyAll) NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
-  notifyAll = false;
+  UserDefaults& store = defaults();
+  store.setObject(opts_ ? Value(*opts_) : Value(), settingsDomainKey());
+  static_cast<void>(store.synchronize());
+  if (*changed_) NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
+  *changed_ = false;
 } catch (const Exception&) {
   // The words of the load path, on purpose: whoever reads the log knows them.
   log("Options couldn't be loaded");
 }
 
 Text Options::settingsDomainKey() {
-  return Text((QVSettings::isT2() ? "QorvaneT2Settings" : "QorvaneT1Settings") + std::to_string(yor()));
+  const bool corporate = StoreAccess(*this).running().isT2();
+  return Text((corporate ? "QorvaneT2Settings" : "QorvaneT1Settings") + std::to_string(yor()));
 }
 
 Text Options::getFileNameWithPath() { return "/Settings.opt"; }
@@ -76,23 +87,25 @@ Value Options::valueForKey(std::string_view propertyName) {
 
 // ---- the accessors that follow the pattern ------------------------------------------------------------
 
-#define READ_ONLY(getter, entry, Form, fallback, Read, facade)                \
-  Form::Type Options::getter() {                                              \
-    static constexpr auto key = entryKey entry;                               \
-    return readOption<Form, Read>(opts_.get(), key, [] { return fallback; }); \
+// What a default asks of the product that runs there is `now` in options.def.
+#define FALLBACK(fallback) []([[maybe_unused]] const Running& now) { return fallback; }
+#define READ_ONLY(getter, entry, Form, fallback, Read, facade)     \
+  Form::Type Options::getter() {                                   \
+    static constexpr auto key = entryKey entry;                    \
+    return readOption<Form, Read>(*this, key, FALLBACK(fallback)); \
   }
 #define GETTER(getter, setter, entry, Form, fallback, Read, others, facade) \
   READ_ONLY(getter, entry, Form, fallback, Read, facade)
-#define OPTION(getter, setter, entry, Form, fallback, Read, Write, facade) \
-  READ_ONLY(getter, entry, Form, fallback, Read, facade)                   \
-  void Options::setter(Form::Argument value) {                             \
-    static constexpr auto key = entryKey entry;                            \
-    writeOption<Form, Read, Write>(                                        \
-        opts_.get(), key, [] { return fallback; }, std::move(value));      \
+#define OPTION(getter, setter, entry, Form, fallback, Read, Write, facade)            \
+  READ_ONLY(getter, entry, Form, fallback, Read, facade)                              \
+  void Options::setter(Form::Argument value) {                                        \
+    static constexpr auto key = entryKey entry;                                       \
+    writeOption<Form, Read, Write>(*this, key, FALLBACK(fallback), std::move(value)); \
   }
 #define SPECIAL(...)
 #define DERIVED(...)
 #include "qorvane/store/options.def"
+#undef FALLBACK
 
 // ---- and those of the general options that do not -------------------------------------------------------
 
@@ -100,7 +113,7 @@ bool Options::areDifferentColors(const Color& first, const Color& secColor) {
   return qorvane::areDifferentColors(first, secColor);
 }
 
-int Options::yor() { return QVSettings::YOR(); }
+int Options::yor() { return StoreAccess(*this).running().YOR(); }
 Text Options::currentYear() { return Text(std::to_string(yor())); }
 Text Options::lastYear() { return Text(std::to_string(yor() - 1)); }
 bool Options::IsEfile() { return true; }
@@ -111,14 +124,14 @@ constexpr Key kStepsMode{"IsStepModeS"};
 
 bool Options::isStepsMode() {
   // The corporate product has no steps, whatever the dictionary holds.
-  if (QVSettings::isT2()) return false;
-  return readOption<BooleanNumberForm, NonStoring>(opts_.get(), kStepsMode, [] { return false; });
+  if (StoreAccess(*this).running().isT2()) return false;
+  return readOption<BooleanNumberForm, NonStoring>(*this, kStepsMode, [](const Running&) { return false; });
 }
 
 // The one setter that saves by itself: the windows that change their shape for it are told at once.
 void Options::setIsStepsMode(bool on) {
-  if (!opts_ || (!bSettingVals && isStepsMode() == on)) return;
-  const bool tell = !bSettingVals;
+  if (!opts_ || (!*bulk_ && isStepsMode() == on)) return;
+  const bool tell = !*bulk_;
   opts_->set(kStepsMode, BooleanNumberForm::encode(on));
   saveOptions();
   if (tell) NotificationCenter::defaultCenter().postNotificationName(kStepFormsModeChangeEvt, this);

@@ -25,12 +25,14 @@
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
+#include "qorvane/siblings/QVSettings.h"
 
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
 class DateFormatter;
 class NumberFormatter;
+class UserDefaults;
 
 /// A comparing setter really changed a value since the last load or save: the next save announces it.
 extern bool notifyAll;
@@ -39,15 +41,23 @@ extern bool notifyAll;
 /// of setter calls, as when a dialog writes all its fields back. See BulkSetting.
 extern bool bSettingVals;
 
+class Options;
+
 /// Bulk-setting mode for as long as it lives; then the mode is what it was before.
 class [[nodiscard]] BulkSetting {
  public:
-  BulkSetting() : before_(bSettingVals) { bSettingVals = true; }
-  ~BulkSetting() { bSettingVals = before_; }
+  /// That of the stores that work for what the process runs.
+  BulkSetting() : BulkSetting(bSettingVals) {}
+  /// That of this store, which outlives it.
+  explicit BulkSetting(Options& store);
+  ~BulkSetting() { mode_ = before_; }
   BulkSetting(const BulkSetting&) = delete;
   BulkSetting& operator=(const BulkSetting&) = delete;
 
  private:
+  explicit BulkSetting(bool& mode) : mode_(mode), before_(mode) { mode = true; }
+
+  bool& mode_;
   bool before_;
 };
 
@@ -62,8 +72,14 @@ extern DateFormatter* yearMonthDateForm;            ///< of `yearMonthDateFormat
 
 class Options {
  public:
-  /// A store without a dictionary; lowers `notifyAll`.
+  /// A store without a dictionary, for the product that the process runs, which is asked on each call, and
+  /// the standard preference store. Its flags are `notifyAll` and `bSettingVals`, which all such stores
+  /// share; lowers `notifyAll`.
   Options();
+  /// A store without a dictionary that loads, reads, converts and saves as if the process ran that product,
+  /// whatever runs, from and to that preference store, which outlives it. Both flags are its own, and it
+  /// makes no folders unless told to; labels are in the facade's display language.
+  Options(UserDefaults& defaults, const Product& product);
   ~Options();
   Options(const Options&) = delete;
   Options& operator=(const Options&) = delete;
@@ -72,8 +88,21 @@ class Options {
   /// library. It is not the store of OptionsMgr: the two share nothing but the preference store.
   static Options& getOptionsObj();
 
+  /// The product that it works for: its own, or the one that runs now (QVSettings::product).
+  Product product() const;
+
+  /// A comparing setter really changed a value since the last load or save: what `notifyAll` is to stores of
+  /// the process's product.
+  bool isMarked() const { return *changed_; }
+
+  /// Whether a folder that is asked for is made when it is missing, in a store of a product of its own; at
+  /// first it is not. Stores of the process's product always make them.
+  void createsFolders(bool on) { makesFolders_ = on; }
+
   /// The dictionary itself, null until loaded. A change of it is a change of the store.
   Dictionary* options() { return opts_.get(); }
+
+  // Below, "the running product", "the tax year" and the two flags are the store's own where it has them.
 
   /// Takes the dictionary of the running product and tax year from the preference store, or starts an empty
   /// one, then reads the product's list of options once in bulk mode, so that each storing default gets its
@@ -762,8 +791,24 @@ class Options {
   DateFormatter* yearMonthDateFormatter();
 
  private:
+  friend class BulkSetting;
+  friend class StoreAccess;
+
+  UserDefaults& defaults() const;
+
   std::unique_ptr<Dictionary> opts_;
+  // The flags, which are the exported ones in a store of the process's product.
+  bool* changed_;
+  bool* bulk_;
+  bool ownChanged_ = false;
+  bool ownBulk_ = false;
+  bool makesFolders_ = false;
+  // Null in a store of the process's product and preference store.
+  std::unique_ptr<const Product> product_;
+  UserDefaults* defaults_ = nullptr;
 };
+
+inline BulkSetting::BulkSetting(Options& store) : BulkSetting(*store.bulk_) {}
 
 }  // namespace v1
 }  // namespace qorvane
