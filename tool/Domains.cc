@@ -9,7 +9,6 @@
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/preferences/UserDefaults.h"
-#include "qorvane/siblings/QVSettings.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/speech/Language.h"
@@ -21,7 +20,6 @@ using qorvane::FileException;
 using qorvane::FileUserDefaults;
 using qorvane::OptionRow;
 using qorvane::Options;
-using qorvane::QVSettings;
 using qorvane::Text;
 using qorvane::UserDefaults;
 using qorvane::Value;
@@ -124,22 +122,20 @@ std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) 
 }
 
 std::vector<OptionState> optionStates(Session& session, const Domain& domain, const Dictionary& entries) {
-  // The options read the running product and the standard store; for a moment they are these.
-  const Session::ProductChoice product(session, domain.corporate, domain.year);
+  const qorvane::Product product = session.product(domain.corporate, domain.year);
   qorvane::MemoryUserDefaults memory;
   memory.setObject(entries, domain.key());
-  const Session::StoreChoice choice(session, memory);
-  Options store;
+  Options store(memory, product);
   store.loadOptions();
   std::vector<OptionState> states;
   for (const OptionRow& row : qorvane::optionTable()) {
     OptionState state;
     state.row = &row;
-    state.key = row.key();
+    state.key = row.key(product);
     state.stored = !state.key.isNil() && entries.find(state.key.view());
     try {
       state.value = readIn(store, row);
-      state.isDefault = shown(row, state.value) == shown(row, row.fallback());
+      state.isDefault = shown(row, state.value) == shown(row, row.fallback(product));
     } catch (const Failure&) {
       state.unreadable = true;
     }

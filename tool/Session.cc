@@ -21,8 +21,9 @@ using qorvane::FileException;
 using qorvane::FileUserDefaults;
 using qorvane::Options;
 using qorvane::QVSettings;
+using qorvane::ScopedFileManager;
+using qorvane::ScopedProductSource;
 using qorvane::Text;
-using qorvane::UserDefaults;
 
 namespace {
 
@@ -31,55 +32,44 @@ class LookingFileManager : public qorvane::FileManager {
  public:
   bool fileExistsAtPath(const Text& path, bool* isDirectory) override {
     // The file system's own manager, for as long as the question takes.
-    const FileManagerChoice real(true);
+    const ScopedFileManager real(nullptr);
     return defaultManager().fileExistsAtPath(path, isDirectory);
   }
   bool createDirectoryAtPath(const Text&, bool) override { return false; }
 };
 
+qorvane::FileManager& lookingFileManager() {
+  static LookingFileManager manager;
+  return manager;
+}
+
+Settings withYear(Settings settings) {
+  if (settings.year == 0) settings.year = Session::seasonYear();
+  return settings;
+}
+
 }  // namespace
 
-FileManagerChoice::FileManagerChoice(bool make) {
-  static LookingFileManager looking;
-  before_ = qorvane::FileManager::setDefaultManager(make ? nullptr : &looking);
-}
-FileManagerChoice::~FileManagerChoice() { qorvane::FileManager::setDefaultManager(before_); }
-
 Session::Session(Settings settings)
-    : settings_(std::move(settings)),
-      files_(settings_.folder.empty() ? FileUserDefaults::defaultFolder() : settings_.folder) {
-  if (settings_.year == 0) settings_.year = seasonYear();
-  setProduct();
+    : settings_(withYear(std::move(settings))),
+      files_(settings_.folder.empty() ? FileUserDefaults::defaultFolder() : settings_.folder),
+      looking_(&lookingFileManager()),
+      running_(product()),
+      standard_(&files_) {
   files_.setLockWait(static_cast<int>(settings_.lockWait * 1000));
-  UserDefaults::setStandardUserDefaults(&files_);
 }
-
-Session::~Session() { UserDefaults::setStandardUserDefaults(nullptr); }
 
 int Session::seasonYear() {
-  QVSettings::setSource(nullptr);
+  const ScopedProductSource season(nullptr);
   return QVSettings::YOR();
 }
 
-void Session::setProduct() const {
-  QVSettings::setProduct({.corporate = settings_.corporate,
-                          .professional = !settings_.singleFiler,
-                          .taxYear = settings_.year,
-                          .release = Text(settings_.release)});
+qorvane::Product Session::product(bool corporate, int year) const {
+  return {.corporate = corporate,
+          .professional = !settings_.singleFiler,
+          .taxYear = year,
+          .release = Text(settings_.release)};
 }
-
-Session::ProductChoice::ProductChoice(const Session& session, bool corporate, int year) : session_(session) {
-  QVSettings::setProduct({.corporate = corporate,
-                          .professional = !session.settings_.singleFiler,
-                          .taxYear = year,
-                          .release = Text(session.settings_.release)});
-}
-Session::ProductChoice::~ProductChoice() { session_.setProduct(); }
-
-Session::StoreChoice::StoreChoice(Session& session, UserDefaults& store) : session_(session) {
-  UserDefaults::setStandardUserDefaults(&store);
-}
-Session::StoreChoice::~StoreChoice() { UserDefaults::setStandardUserDefaults(&session_.files_); }
 
 bool Session::colorTerminal() const {
   const char* refused = std::getenv("NO_COLOR");
@@ -94,7 +84,7 @@ std::size_t Session::terminalWidth() {
 }
 
 void Session::requireFolder() try {
-  files_.pathForKey(Options().settingsDomainKey());
+  files_.pathForKey(Options(files_, product()).settingsDomainKey());
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
@@ -115,7 +105,7 @@ void Session::requireUndamaged(const Text& key) {
 }
 
 std::unique_ptr<Options> Session::load() try {
-  auto store = std::make_unique<Options>();
+  auto store = std::make_unique<Options>(files_, product());
   requireUndamaged(store->settingsDomainKey());
   store->loadOptions();
   return store;

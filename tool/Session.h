@@ -8,24 +8,12 @@
 #include "qorvane/desktop/FileManager.h"
 #include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/preferences/UserDefaults.h"
+#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "tool/Failure.h"
 
 namespace optionsmgr {
-
-/// Folder getters make their folders; a tool that only shows them must not. While one of these lives, folders
-/// are made only when `make` is set.
-class FileManagerChoice {
- public:
-  explicit FileManagerChoice(bool make);
-  ~FileManagerChoice();
-  FileManagerChoice(const FileManagerChoice&) = delete;
-  FileManagerChoice& operator=(const FileManagerChoice&) = delete;
-
- private:
-  qorvane::FileManager* before_;
-};
 
 /// What the common options say.
 struct Settings {
@@ -46,7 +34,6 @@ class Session {
  public:
   /// Makes the product and the store those of the settings, for the whole process.
   explicit Session(Settings settings);
-  ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -75,29 +62,9 @@ class Session {
   /// Throws Failure (bad data), with the file untouched, when the key's file is damaged.
   void requireUndamaged(const qorvane::Text& key);
 
-  /// While it lives, the running product is another one.
-  class ProductChoice {
-   public:
-    ProductChoice(const Session& session, bool corporate, int year);
-    ~ProductChoice();
-    ProductChoice(const ProductChoice&) = delete;
-    ProductChoice& operator=(const ProductChoice&) = delete;
-
-   private:
-    const Session& session_;
-  };
-
-  /// While it lives, the library's store is another one.
-  class StoreChoice {
-   public:
-    StoreChoice(Session& session, qorvane::UserDefaults& store);
-    ~StoreChoice();
-    StoreChoice(const StoreChoice&) = delete;
-    StoreChoice& operator=(const StoreChoice&) = delete;
-
-   private:
-    Session& session_;
-  };
+  /// The product of the settings, and another one of the same edition and release.
+  qorvane::Product product() const { return product(settings_.corporate, settings_.year); }
+  qorvane::Product product(bool corporate, int year) const;
 
   /// A store loaded from the disk as it is now. Throws Failure, with the file untouched, when the file is
   /// damaged or cannot be read.
@@ -111,12 +78,14 @@ class Session {
   static const qorvane::OptionRow& option(const std::string& nameOrKey);
 
  private:
-  void setProduct() const;
-
   Settings settings_;
   Exit exit_ = Exit::Done;
-  FileManagerChoice noFolders_{false};
   qorvane::FileUserDefaults files_;
+  // What the facade asks: the product, the store, and a file manager that makes nothing, since whoever only
+  // looks at a folder must not make it.
+  qorvane::ScopedFileManager looking_;
+  qorvane::ScopedProduct running_;
+  qorvane::ScopedUserDefaults standard_;
 };
 
 }  // namespace optionsmgr

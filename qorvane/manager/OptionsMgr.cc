@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "qorvane/jurisdictions/DisplayLanguage.h"
+#include "qorvane/manager/FacadeState.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/StoredForms.h"
 
@@ -23,11 +24,12 @@ struct Facade {
 // Kept for the life of the process: destructors of static objects may still ask for a setting.
 constinit std::atomic<Facade*> facadeState = nullptr;
 
+constinit std::recursive_mutex loading;
+constinit Facade* made = nullptr;
+
 // Whoever comes first loads the store; another thread waits until it is loaded. The load's own getters may
 // ask the facade for the language: they get the store as far as it is.
 Facade& initialised() {
-  static std::recursive_mutex loading;
-  static Facade* made = nullptr;
   const std::lock_guard lock(loading);
   if (made) return *made;
   made = new Facade;
@@ -43,6 +45,11 @@ Facade& facade() {
 }
 
 }  // namespace
+
+void forgetFacade() {
+  facadeState = nullptr;
+  delete std::exchange(made, nullptr);
+}
 
 void OptionsMgr::initialize() { facade(); }
 Options& OptionsMgr::store() { return *facade().store; }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/store/StoredForms.h"
 
 namespace qorvane {
@@ -10,30 +11,32 @@ namespace {
 
 class AccessorsTest : public testing::Test {
  protected:
-  AccessorsTest() { notifyAll = bSettingVals = false; }
-
   static constexpr Key kKey = entryKey("key");
-  static Text fallback() { return "default"; }
+  static Text fallback(const Running&) { return "default"; }
+
+  MemoryUserDefaults defaults;
+  Options store{defaults, {.taxYear = 2020}};
 };
 
 // The read that the comparison makes stores the default over an empty text; so the default is no change then.
 TEST_F(AccessorsTest, OverAnEmptyTextTheDefaultIsNoChange) {
-  const auto set = [](Dictionary& entries, const Text& value) {
-    writeOption<TextForm, StoringOverEmpty, ComparingNilAsEmpty>(&entries, kKey, fallback, value);
+  const auto set = [&](const Text& value) {
+    writeOption<TextForm, StoringOverEmpty, ComparingNilAsEmpty>(store, kKey, fallback, value);
   };
-  Dictionary entries{{"key", Text("")}};
-  set(entries, "default");
-  EXPECT_FALSE(notifyAll);
-  EXPECT_EQ(*entries.find("key"), Value(Text("default")));
-  set(entries, "other");
-  EXPECT_TRUE(notifyAll);
-  EXPECT_EQ(*entries.find("key"), Value(Text("other")));
+  store.loadOptions();
+  store.options()->set(kKey, Text(""));
+  set("default");
+  EXPECT_FALSE(store.isMarked());
+  EXPECT_EQ(*store.options()->find("key"), Value(Text("default")));
+  set("other");
+  EXPECT_TRUE(store.isMarked());
+  EXPECT_EQ(*store.options()->find("key"), Value(Text("other")));
 }
 
 TEST_F(AccessorsTest, AStoreThatWasNeverLoadedKeepsNothing) {
-  writeOption<TextForm, Storing, ComparingNilAsEmpty>(nullptr, kKey, fallback, "other");
-  EXPECT_FALSE(notifyAll);
-  EXPECT_EQ((readOption<TextForm, Storing>(nullptr, kKey, fallback)), Text("default"));
+  writeOption<TextForm, Storing, ComparingNilAsEmpty>(store, kKey, fallback, "other");
+  EXPECT_FALSE(store.isMarked());
+  EXPECT_EQ((readOption<TextForm, Storing>(store, kKey, fallback)), Text("default"));
 }
 
 }  // namespace

@@ -14,7 +14,6 @@
 namespace optionsmgr {
 
 using qorvane::OptionRow;
-using qorvane::QVSettings;
 using qorvane::Text;
 
 namespace {
@@ -162,20 +161,20 @@ void printFormatManual(std::ostream& out) {
              say("Each option with its stored key, form and default. Where the products differ, the personal "
                  "one's is shown first."))
       << '\n';
-  // Twice through the table, since keys and defaults are the running product's.
+  // Twice through the table, since keys and defaults are a product's.
   struct Line {
     std::string name, stored, key, fallback;
   };
   std::vector<Line> lines;
   for (const bool corporate : {false, true}) {
-    QVSettings::setProduct({.corporate = corporate, .professional = true, .taxYear = 2024});
+    const qorvane::Product product{.corporate = corporate, .taxYear = 2024};
     std::size_t at = 0;
     for (const OptionRow& row : qorvane::optionTable()) {
-      const Text key = row.key();
+      const Text key = row.key(product);
       if (key.isNil()) continue;
       const bool computed = row.type == qorvane::OptionType::Folder;
       const std::string fallback =
-          computed ? say("(a folder of the year)") : inQuotes(shown(row, row.fallback()));
+          computed ? say("(a folder of the year)") : inQuotes(shown(row, row.fallback(product)));
       if (!corporate) {
         lines.push_back({std::string(row.name), std::string(translated(row.stored)), key.string(), fallback});
         continue;

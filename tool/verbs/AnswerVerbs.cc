@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <optional>
 
 #include "qorvane/desktop/FileManager.h"
 #include "qorvane/formats/NumberFormatter.h"
@@ -50,7 +51,9 @@ struct VocabularyRequest {
 // Every folder: where it is, whether that was stored or is the default, whether it exists.
 void paths(Session& session, const PathsRequest& request, std::ostream& out) {
   const auto store = session.load();
-  const FileManagerChoice makers(request.create);
+  std::optional<qorvane::ScopedFileManager> making;
+  if (request.create) making.emplace(nullptr);
+  store->createsFolders(request.create);
   Json rows = Json::array();
   for (const OptionRow& row : qorvane::optionTable()) {
     const bool folderOption = row.type == OptionType::Folder;

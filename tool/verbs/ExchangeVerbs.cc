@@ -46,14 +46,14 @@ ExchangeForm formMeant(const ExportRequest& request) {
 
 // Takes the secrets out; answers how many there were.
 int withoutSecrets(Session& session, const Domain& domain, Dictionary& entries) {
-  const Session::ProductChoice product(session, domain.corporate, domain.year);
+  const qorvane::Product product = session.product(domain.corporate, domain.year);
   int secrets = 0;
   for (const OptionRow& row : qorvane::optionTable())
     if (row.secret) {
-      const Value* entry = entries.find(row.key().view());
+      const Value* entry = entries.find(row.key(product).view());
       // One that is not set hides nothing.
       if (!entry || entry->textValue() == Text("")) continue;
-      entries.remove(row.key());
+      entries.remove(row.key(product));
       ++secrets;
     }
   return secrets;
@@ -181,10 +181,10 @@ ImportPlan planned(Session& session, const ImportRequest& request,
 void check(Session& session, const std::string& file, const std::map<Domain, Dictionary>& chosen) {
   std::string all;
   for (const auto& [domain, entries] : chosen) {
-    const Session::ProductChoice product(session, domain.corporate, domain.year);
+    const qorvane::Product product = session.product(domain.corporate, domain.year);
     std::set<std::string_view> seen;
     for (const OptionRow& row : qorvane::optionTable()) {
-      const Text key = row.key();
+      const Text key = row.key(product);
       const Value* entry = key.isNil() ? nullptr : entries.find(key.view());
       if (!entry || !seen.insert(key.view()).second) continue;
       if (const std::string why = objection(row, *entry); !why.empty())
