@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <string.h>
-#include <unicode/normalizer2.h>
-#include <unicode/unistr.h>
 
 #include <cerrno>
 #include <clocale>
@@ -16,6 +14,7 @@
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/FailurePattern.h"
+#include "tests/FrenchTypography.h"
 
 namespace qorvane {
 namespace {
@@ -91,45 +90,24 @@ TEST(FailureTest, NoTwoCodesTellTheSame) {
   }
 }
 
-// What the French typography of a message forbids in it; empty when it is well set.
-std::string faultOf(std::string_view french) {
-  const std::string nbsp = "\u00A0";
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
-  if (!nfc->isNormalized(
-          icu::UnicodeString::fromUTF8({french.data(), static_cast<std::int32_t>(french.size())}), status))
-    return "it is not NFC";
-  if (french.find('"') != french.npos) return "a straight quotation mark";
-  if (french.find('\'') != french.npos) return "a straight apostrophe";
-  for (std::size_t at = 0; at < french.size(); ++at) {
-    const std::string_view before = french.substr(0, at);
-    const std::string_view after = french.substr(at);
-    if (after.starts_with(":") && !before.ends_with(nbsp)) return "no no-break space before ':'";
-    if ((after.starts_with(";") || after.starts_with("?")) &&
-        (before.ends_with(' ') || before.ends_with(nbsp)))
-      return "a blank before ';' or '?'";
-    if (after.starts_with("«") && !after.starts_with("«" + nbsp)) return "no no-break space after «";
-    if (after.starts_with("»") && !before.ends_with(nbsp)) return "no no-break space before »";
-    if (after.starts_with("  ")) return "two blanks";
-  }
-  return "";
-}
+using testing_support::faultInFrench;
 
 TEST(FailureTest, FrenchIsWellSetAndBothLanguagesCanStandBehindAColon) {
-  EXPECT_NE(faultOf("a : b"), "");
-  EXPECT_NE(faultOf("« a »"), "");
-  EXPECT_NE(faultOf("e\u0301"), "");
-  EXPECT_NE(faultOf("\"a\""), "");
-  EXPECT_NE(faultOf("l'a"), "");
-  EXPECT_NE(faultOf("a ?"), "");
+  EXPECT_NE(faultInFrench("a : b"), "");
+  EXPECT_NE(faultInFrench("« a »"), "");
+  EXPECT_NE(faultInFrench("e\u0301"), "");
+  EXPECT_NE(faultInFrench("\"a\""), "");
+  EXPECT_NE(faultInFrench("l'a"), "");
+  EXPECT_NE(faultInFrench("a ?"), "");
   for (const Row& row : kRows) {
-    EXPECT_EQ(faultOf(row.french), "") << row.french;
+    EXPECT_EQ(faultInFrench(row.french), "") << row.french;
     for (const std::string_view text : {row.english, row.french}) {
       EXPECT_FALSE(text.front() >= 'A' && text.front() <= 'Z' && !text.starts_with("XML")) << text;
       EXPECT_FALSE(text.ends_with('.') || text.ends_with(' ')) << text;
+      EXPECT_EQ(text.find("  "), text.npos) << text;
     }
   }
-  for (const SystemRow& row : kSystemRows) EXPECT_EQ(faultOf(row.french), "") << row.french;
+  for (const SystemRow& row : kSystemRows) EXPECT_EQ(faultInFrench(row.french), "") << row.french;
 }
 
 TEST(FailureTest, TellsWhatIsBehindItInTheSameLanguage) {

@@ -15,6 +15,7 @@
 #include <sstream>
 
 #include "qorvane/preferences/FileUserDefaults.h"
+#include "tests/FrenchTypography.h"
 #include "tests/TestHome.h"
 #include "tests/tool/ToolRun.h"
 
@@ -312,6 +313,12 @@ const Pair kTexts[] = {
 #include "tool/speech/French.def"
 #undef FRENCH
 };
+
+TEST_F(SpeechTest, FrenchIsWellSet) {
+  EXPECT_NE(faultInFrench("a: b"), "");
+  EXPECT_EQ(faultInFrench("T2:2024, 'preparer*', «\u00A0l’a\u00A0»\u00A0: b"), "");
+  for (const Pair& text : kTexts) EXPECT_EQ(faultInFrench(text.french), "") << text.french;
+}
 
 // The words of a text: runs of letters, accented ones too, and of digits that begin with a letter.
 std::set<std::string> wordsOf(std::string text) {
