@@ -5,7 +5,6 @@
 
 #include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/Notifications.h"
@@ -16,12 +15,14 @@ namespace {
 
 int announcements = 0;
 
+Language displayLanguage() { return OptionsMgr::isEnglish() ? Language::English : Language::French; }
+
 // Saves, and tells what came of it.
 bool save(const char* what) {
   const int before = announcements;
   OptionsMgr::saveOptions();
-  if (const auto failure = UserDefaults::standardUserDefaults().lastFailure()) {
-    std::cerr << what << ": not saved: " << failure->reason(Language::English) << '\n';
+  if (const auto failure = OptionsMgr::saveFailure()) {
+    std::cerr << what << ": " << failure->reason(displayLanguage()) << '\n';
     return false;
   }
   std::cout << what << ": saved, announced " << (announcements - before) << " time(s)\n";
@@ -32,6 +33,11 @@ bool save(const char* what) {
 
 int main() {
   QVSettings::setProduct({.corporate = true, .professional = true, .taxYear = 2021, .release = "VER2021_2"});
+  // Settings that could not be loaded are not the user's: nothing typed into them would be saved.
+  if (const auto failure = OptionsMgr::loadFailure()) {
+    std::cerr << "the settings could not be loaded: " << failure->reason(displayLanguage()) << '\n';
+    return 1;
+  }
   std::cout << OptionsMgr::productName() << ", forms " << OptionsMgr::formsVersion() << '\n';
 
   const Observer observer = NotificationCenter::defaultCenter().addObserver(

@@ -10,6 +10,18 @@
 
 using namespace qorvane;
 
+namespace {
+
+// 1 with the reason on standard error when there is a failure.
+int told(const std::optional<Failure>& failure) {
+  if (!failure) return 0;
+  const Language language = OptionsMgr::isEnglish() ? Language::English : Language::French;
+  std::cerr << "TypicalRequest: " << failure->reason(language) << '\n';
+  return 1;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::cerr << "usage: TypicalRequest CITY\n";
@@ -25,8 +37,10 @@ int main(int argc, char** argv) {
                   << OptionsMgr::preparerCity() << '\n';
       });
 
+  if (told(OptionsMgr::loadFailure())) return 1;
   std::cout << "the city was \"" << OptionsMgr::preparerCity() << "\"\n";
   OptionsMgr::setPreparerCity(Text(std::string(argv[1])));
   OptionsMgr::saveOptions();
+  if (told(OptionsMgr::saveFailure())) return 1;
   if (announcements == 0) std::cout << "nothing changed, so nothing was announced\n";
 }

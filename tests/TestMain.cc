@@ -103,6 +103,7 @@ class ProcessState : public testing::EmptyTestEventListener {
     Bundle::mainBundle().setBundlePath(nullptr);
     QVSettings::setSource(nullptr);
     setLogSink(nullptr);
+    setLogLanguage(Language::English);
     notifyAll = false;
     bSettingVals = false;
     for (NumberFormatter** const formatter : {&numberForm, &numberFormFr, &numberFormWithoutDollar,

@@ -65,6 +65,9 @@ OptionsMgr::OptionsMgr() {
 OptionsMgr::~OptionsMgr() = default;
 
 void OptionsMgr::saveOptions() { store().saveOptions(); }
+std::optional<Failure> OptionsMgr::saveFailure() { return store().saveFailure(); }
+bool OptionsMgr::reload() { return store().reload(); }
+std::optional<Failure> OptionsMgr::loadFailure() { return store().loadFailure(); }
 
 bool OptionsMgr::isEnglish() { return language().isEqualTo("English"); }
 

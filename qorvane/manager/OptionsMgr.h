@@ -14,6 +14,7 @@
 #include "qorvane/formats/Calendar.h"
 #include "qorvane/formats/DateFormatter.h"
 #include "qorvane/formats/NumberFormatter.h"
+#include "qorvane/foundation/Failure.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
@@ -37,6 +38,15 @@ class OptionsMgr {
 
   /// Saves the store; see Options::saveOptions.
   static void saveOptions();
+  /// Why the store's last save failed; none after one that succeeded. See Options::saveFailure.
+  static std::optional<Failure> saveFailure();
+
+  /// Loads the store again for the product and year that run now, dropping what was not saved: false on
+  /// failure, and then the settings are those from before. Posts nothing. See Options::reload.
+  [[nodiscard]] static bool reload();
+  /// Why the store's last load failed, the first one's included; none after one that succeeded. See
+  /// Options::loadFailure.
+  static std::optional<Failure> loadFailure();
 
   /// The display language; see Options::language.
   static Text language();

@@ -1,5 +1,6 @@
 #include "qorvane/store/Options.h"
 
+#include <algorithm>
 #include <mutex>
 
 #include "qorvane/desktop/Log.h"
@@ -41,10 +42,39 @@ UserDefaults& Options::defaults() const {
 
 Product Options::product() const { return product_ ? *product_ : QVSettings::product(); }
 
-void Options::loadOptions() try {
-  UserDefaults& store = defaults();
+void Options::loadOptions() {
+  Text key;
+  loadFailure_ = Failure{.code = FailureCode::notLoaded};
+  try {
+    key = settingsDomainKey();
+    // Beforehand, for there may be no memory to note it afterwards.
+    if (!unloadedUnder(key)) unloaded_.push_back({key, *loadFailure_});
+    readDictionary(key);
+    std::erase_if(unloaded_, [&](const Unloaded& unloaded) { return unloaded.key == key; });
+    loadFailure_.reset();
+  } catch (const Exception&) {
+    noteLoadFailure(key);
+    log("Options couldn't be loaded");
+  } catch (...) {
+    noteLoadFailure(key);
+    throw;
+  }
+}
+
+Options::Unloaded* Options::unloadedUnder(const Text& key) {
+  const auto found = std::ranges::find(unloaded_, key, &Unloaded::key);
+  return found == unloaded_.end() ? nullptr : &*found;
+}
+
+// Only while an exception is handled.
+void Options::noteLoadFailure(const Text& key) {
+  loadFailure_ = currentFailure();
+  if (Unloaded* const unloaded = unloadedUnder(key)) unloaded->why = *loadFailure_;
+}
+
+void Options::readDictionary(const Text& key) {
   const bool corporate = StoreAccess(*this).running().isT2();
-  opts_ = std::make_unique<Dictionary>(store.objectForKey(settingsDomainKey()).takeDictionary());
+  opts_ = std::make_unique<Dictionary>(defaults().objectForKey(key).takeDictionary());
 
   // The getters, not a table of defaults: whatever else a getter does on its first read, it does here.
   *bulk_ = true;
@@ -57,14 +87,47 @@ void Options::loadOptions() try {
   }
   *bulk_ = false;
   *changed_ = false;
-} catch (const Exception&) {
-  log("Options couldn't be loaded");
+}
+
+bool Options::reload() {
+  const bool bulk = *bulk_;
+  const bool changed = *changed_;
+  std::unique_ptr<Dictionary> before = std::move(opts_);
+  loadFailure_ = Failure{.code = FailureCode::notLoaded};
+  try {
+    defaults().forget(settingsDomainKey());
+    loadOptions();
+  } catch (...) {
+    loadFailure_ = currentFailure();
+  }
+  if (!loadFailure_) return true;
+  opts_ = std::move(before);
+  *bulk_ = bulk;
+  *changed_ = changed;
+  return false;
+}
+
+// Whether the dictionary was handed to the preference store; `saveFailure_` tells what came of it.
+bool Options::writeDictionary() try {
+  UserDefaults& store = defaults();
+  const Text key = settingsDomainKey();
+  if (const Unloaded* const unloaded = unloadedUnder(key)) {
+    saveFailure_ = {FailureCode::loadFailedBefore, {}, unloaded->why.systemError, {unloaded->why}};
+    log(*saveFailure_);
+    return false;
+  }
+  store.setObject(opts_ ? Value(*opts_) : Value(), key);
+  const bool written = store.synchronize();
+  saveFailure_ = written ? std::nullopt : store.lastFailure();
+  if (!written && !saveFailure_) saveFailure_ = Failure{.code = FailureCode::storeGaveNoReason};
+  return true;
+} catch (...) {
+  saveFailure_ = currentFailure();
+  throw;
 }
 
 void Options::saveOptions() try {
-  UserDefaults& store = defaults();
-  store.setObject(opts_ ? Value(*opts_) : Value(), settingsDomainKey());
-  static_cast<void>(store.synchronize());
+  if (!writeDictionary()) return;
   if (*changed_) NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
   *changed_ = false;
 } catch (const Exception&) {

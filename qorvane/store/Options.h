@@ -19,10 +19,12 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "qorvane/desktop/Color.h"
 #include "qorvane/desktop/FontDescriptor.h"
 #include "qorvane/foundation/Dictionary.h"
+#include "qorvane/foundation/Failure.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 #include "qorvane/siblings/QVSettings.h"
@@ -112,12 +114,27 @@ class Options {
   /// getter with bulk mode still on.
   void loadOptions();
 
+  /// Why the last load failed, whatever made it fail: a preference store that raised, or an exception that
+  /// passed through. None after one that succeeded; FailureCode::notLoaded before the first.
+  const std::optional<Failure>& loadFailure() const { return loadFailure_; }
+
+  /// Loads again as `loadOptions` does, dropping what was not saved and what waits to be written under the
+  /// key. False on failure, whatever made it fail: then the dictionary and the flags are those from before,
+  /// and `loadFailure` says why. Posts nothing.
+  [[nodiscard]] bool reload();
+
   /// Writes the dictionary under the key of the product and tax year that run now, and asks the preference
   /// store to put it on the disk. Then, if `notifyAll` is up, posts kPreferenceChangeEvt with this store as
   /// the object and lowers it. When the preference store raises, the log says "Options couldn't be loaded"
-  /// and `notifyAll` keeps its value; an exception that is none of the platform's passes through. Whether the
-  /// disk took it is told by UserDefaults::lastFailure.
+  /// and `notifyAll` keeps its value; an exception that is none of the platform's passes through. Under a key
+  /// whose last load by this store failed nothing is written, announced or lowered: the dictionary is not
+  /// what stands there. Whether the disk took it is told by `saveFailure`.
   void saveOptions();
+
+  /// Why the last save failed, whatever made it fail: a disk that did not take it, a preference store that
+  /// raised, an exception of it that passed through, a load that had failed. None after one that succeeded,
+  /// and before the first.
+  const std::optional<Failure>& saveFailure() const { return saveFailure_; }
 
   /// The key of the preference store under which the product and tax year that run now keep their dictionary,
   /// such as "QorvaneT1Settings2020".
@@ -794,9 +811,22 @@ class Options {
   friend class BulkSetting;
   friend class StoreAccess;
 
+  /// A key whose last load failed.
+  struct Unloaded {
+    Text key;
+    Failure why;
+  };
+
   UserDefaults& defaults() const;
+  Unloaded* unloadedUnder(const Text& key);
+  void noteLoadFailure(const Text& key);
+  void readDictionary(const Text& key);
+  bool writeDictionary();
 
   std::unique_ptr<Dictionary> opts_;
+  std::optional<Failure> loadFailure_ = Failure{.code = FailureCode::notLoaded};
+  std::optional<Failure> saveFailure_;
+  std::vector<Unloaded> unloaded_;
   // The flags, which are the exported ones in a store of the process's product.
   bool* changed_;
   bool* bulk_;
