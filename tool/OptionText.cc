@@ -52,12 +52,12 @@ std::optional<T> numberMeant(std::string_view words) {
   throw Failure(Exit::BadData, say("\"{}\" does not fit {}: it takes {}", words, row.name, wanted));
 }
 
-// The option's value for the choice that the words are: its neutral value, or its label in either language.
+// The option's value for the choice that the words are: its neutral value, or a label in either language.
 Text choiceMeant(const OptionRow& row, const ChoiceList& list, const Text& words) {
+  if (const Choice* choice = list.meant(words))
+    return row.isLabel ? list.languageSpecificValue(choice->neutral) : choice->neutral;
   std::string wanted;
   for (const Choice& choice : list.choices) {
-    if (words == choice.neutral || words == choice.english || words == choice.french)
-      return row.isLabel ? list.languageSpecificValue(choice.neutral) : choice.neutral;
     wanted += (wanted.empty() ? "" : ", ") + inQuotes(choice.neutral.view());
     if (choice.english != choice.neutral) wanted += " (" + choice.english.string() + ')';
   }

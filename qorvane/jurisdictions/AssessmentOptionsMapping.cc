@@ -9,17 +9,17 @@ using namespace choices;
 
 namespace {
 
-// Years are taken in fours.
-bool isFaxWithdrawn() { return (QVSettings::YOR() & ~3) == 2012; }
+std::span<const Choice> offered() { return assessmentOptionsIn(QVSettings::YOR()); }
 
 }  // namespace
 
-std::vector<Text> AssessmentOptionsMapping::assessmentOptions() {
-  const std::span<const Choice> all = kAssessmentOptions;
-  return labels(isFaxWithdrawn() ? all.subspan(1) : all);
-}
+std::vector<Text> AssessmentOptionsMapping::assessmentOptions() { return labels(offered()); }
 
-Text AssessmentOptionsMapping::defaultValue() { return label(kAssessmentOptions[isFaxWithdrawn() ? 0 : 1]); }
+// Fax in just the years that do not offer it.
+Text AssessmentOptionsMapping::defaultValue() {
+  const bool faxIsOffered = offered().size() == std::size(kAssessmentOptions);
+  return label(kAssessmentOptions[faxIsOffered ? 1 : 0]);
+}
 
 Text AssessmentOptionsMapping::assessmentOptionNeutralValue(const Text& label) {
   const Choice* choice = withLabel(kAssessmentOptions, label);

@@ -19,8 +19,8 @@ namespace qorvane::inline v1 {
 
 using namespace choices;
 
-#define LIST(Class, choices, options, neutralValue, languageSpecificValue) \
-  {#Class, choices, Class::options, Class::defaultValue, Class::neutralValue, languageSpecificValue},
+#define LIST(Class, table, options, neutralValue, languageSpecificValue, offeredIn) \
+  {#Class, table, Class::options, Class::defaultValue, Class::neutralValue, languageSpecificValue, offeredIn},
 constexpr ChoiceList choices::kLists[] = {
 #include "qorvane/jurisdictions/choice-lists.def"
 };
@@ -30,6 +30,20 @@ std::span<const ChoiceList> choiceLists() { return kLists; }
 const ChoiceList* choiceList(std::string_view name) {
   const auto found = std::ranges::find(kLists, name, &ChoiceList::name);
   return found == std::end(kLists) ? nullptr : &*found;
+}
+
+std::span<const Choice> ChoiceList::currentRows() const {
+  return currentRows({.corporate = QVSettings::isT2(), .taxYear = QVSettings::YOR()});
+}
+
+const Choice* ChoiceList::meant(std::string_view typed) const {
+  const Text text(typed);
+  if (const Choice* choice = withNeutralValue(choices, text)) return choice;
+  if (const Choice* choice = withLabel(choices, text)) return choice;
+  const auto found = std::ranges::find_if(choices, [&](const Choice& choice) {
+    return choice.englishLabel == text || choice.frenchLabel == text;
+  });
+  return found == choices.end() ? nullptr : &*found;
 }
 
 }  // namespace qorvane::inline v1

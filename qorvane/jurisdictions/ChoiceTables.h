@@ -6,20 +6,19 @@
 #include <vector>
 
 #include "qorvane/jurisdictions/ChoiceLists.h"
+#include "qorvane/vocabulary/ChoiceLabels.h"
 
 namespace qorvane::inline v1::choices {
 
-extern const Choice kRC59Options[3];
-extern const Choice kUseAddress[2];
-extern const Choice kMethodOfContact[3];
-extern const Choice kLevelOfAuthorization[2];
-extern const Choice kModeOfDelivery[3];
-extern const Choice kAssessmentOptions[3];
-extern const Choice kNoticeOfAssAndRefund[5];
-extern const Choice kMR69Options[3];
-extern const Choice kMR69AuthoriztionOrPowerOfAttorney[2];
-extern const Choice kCompanyTypes[6];
-extern const Choice kTypesOfOrganization[3];
+#define LIST_BEGIN(Class, table) inline constexpr Choice table[] = {
+#define LIST_END \
+  }              \
+  ;
+#define CHOICE(neutral, english, englishText, french, frenchText, englishLabel, frenchLabel, ...) \
+  {neutral, english, french, englishLabel, frenchLabel, {__VA_ARGS__}},
+#define CHOICE_IN_ENGLISH(neutral, english, text, englishLabel, frenchLabel, ...) \
+  {neutral, english, english, englishLabel, frenchLabel, {__VA_ARGS__}},
+#include "qorvane/vocabulary/ChoiceLabels.def"
 
 /// The place of each list in `kLists`: `kPlaceOf` and the name of its class.
 enum Place {
@@ -34,7 +33,11 @@ Text label(const Choice& choice);
 /// The labels in the display language, in order.
 std::vector<Text> labels(std::span<const Choice> choices);
 
-/// The first choice that has this label in either language, or null. Nil is no label.
+/// The assessment options that are offered in a tax year.
+std::span<const Choice> assessmentOptionsIn(int taxYear);
+
+/// The first choice that has this stored label in either language, or had it formerly, or null. Nil is no
+/// label.
 const Choice* withLabel(std::span<const Choice> choices, const Text& label);
 /// The choice that has this neutral value, or null. Nil is no value.
 const Choice* withNeutralValue(std::span<const Choice> choices, const Text& value);

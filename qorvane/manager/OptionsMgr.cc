@@ -4,8 +4,10 @@
 #include <mutex>
 #include <utility>
 
+#include "qorvane/foundation/Exception.h"
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 #include "qorvane/manager/FacadeState.h"
+#include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/StoredForms.h"
 
@@ -68,6 +70,30 @@ void OptionsMgr::saveOptions() { store().saveOptions(); }
 std::optional<Failure> OptionsMgr::saveFailure() { return store().saveFailure(); }
 bool OptionsMgr::reload() { return store().reload(); }
 std::optional<Failure> OptionsMgr::loadFailure() { return store().loadFailure(); }
+
+namespace {
+
+NamedOption optionNamed(std::string_view name) {
+  const NamedOption option = findPropertyOrFacadeName(name);
+  if (!option.row) throw Exception(Failure{FailureCode::noSuchOption, {Text(name)}});
+  return option;
+}
+
+}  // namespace
+
+Value OptionsMgr::valueForKey(std::string_view name) {
+  const NamedOption option = optionNamed(name);
+  const Value value = option.row->read(store());
+  return option.facadeName && option.facadeName->asFlag ? Value(value == Value(kYes)) : value;
+}
+
+void OptionsMgr::setValueForKey(const Value& value, std::string_view name) {
+  const NamedOption option = optionNamed(name);
+  const bool readOnly = option.facadeName ? option.facadeName->setter.empty() : !option.row->write;
+  if (readOnly) throw Exception(Failure{FailureCode::optionReadOnly, {Text(name)}});
+  const bool asFlag = option.facadeName && option.facadeName->asFlag;
+  option.row->write(store(), asFlag ? Value(value.boolValue() ? kYes : kNo) : value);
+}
 
 bool OptionsMgr::isEnglish() { return language().isEqualTo("English"); }
 

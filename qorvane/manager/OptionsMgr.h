@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "qorvane/desktop/Color.h"
@@ -47,6 +48,17 @@ class OptionsMgr {
   /// Why the store's last load failed, the first one's included; none after one that succeeded. See
   /// Options::loadFailure.
   static std::optional<Failure> loadFailure();
+
+  /// Every setting by its name, which is a getter's here ("postalCode") or the store's
+  /// ("preparerPostalCode"), as a value: a flag or an integer as a number, a font as its text, a colour as
+  /// its archive. Under a name of the facade it has the facade's type: the names as last year are a flag as
+  /// `prepTaxpyersNameAsLastYr` and a text as `preparerTaxpyersNameAsLastYr`. Throws Exception for any other
+  /// name.
+  static Value valueForKey(std::string_view name);
+  /// Hands the value to the setter of that setting, converted to its type; what the getters here say of nil
+  /// and of other kinds holds. Throws Exception for a name that cannot be set, and for bytes that are no
+  /// colour's.
+  static void setValueForKey(const Value& value, std::string_view name);
 
   /// The display language; see Options::language.
   static Text language();

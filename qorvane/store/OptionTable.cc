@@ -275,6 +275,15 @@ const OptionRow* findProperty(std::string_view name) {
   return found != kByName.end() && kRows[found->row].name == name ? &kRows[found->row] : nullptr;
 }
 
+NamedOption findPropertyOrFacadeName(std::string_view name) {
+  if (const OptionRow* row = findProperty(name)) return {row, nullptr};
+  for (const OptionRow& row : kRows) {
+    const auto found = std::ranges::find(row.facadeNames, name, &FacadeName::getter);
+    if (found != row.facadeNames.end()) return {&row, &*found};
+  }
+  return {};
+}
+
 const OptionRow* findOption(std::string_view nameOrKey) {
   if (const OptionRow* row = findProperty(nameOrKey)) return row;
   const Product product = runningProduct();

@@ -117,6 +117,10 @@ struct OptionRow {
 /// province, the line of province and postal code, the size of the fonts.
 bool isDerivedEntry(std::string_view key);
 
+/// An entry of the application's own, whose name begins with "App.": kept and carried like an option's, and
+/// never called unknown.
+constexpr bool isApplicationEntry(std::string_view key) { return key.starts_with("App."); }
+
 /// A font as a text: "Helvetica-Bold, 12". Nil for none.
 Text fontText(const std::optional<FontDescriptor>& font);
 /// The font of such a text, none for any other: the name must not be empty, nor the size below zero.
@@ -127,6 +131,15 @@ std::span<const OptionRow> optionTable();
 
 /// The row of the property, or null.
 const OptionRow* findProperty(std::string_view name);
+
+/// An option, and the name of the facade's under which it was found; null where that was the property's.
+struct NamedOption {
+  const OptionRow* row = nullptr;
+  const FacadeName* facadeName = nullptr;
+};
+
+/// The option of that property, or else the one that the facade gives that name; no row for any other.
+NamedOption findPropertyOrFacadeName(std::string_view name);
 
 /// The row of the property, or else of the first one whose stored key in the running product it is, or null.
 const OptionRow* findOption(std::string_view nameOrKey);

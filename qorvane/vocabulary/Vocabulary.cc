@@ -42,6 +42,10 @@ constexpr Row kProvinceNames[] = {
 #include "qorvane/vocabulary/ProvinceNames.def"
 };
 constexpr Row kChoiceLabels[] = {
+#define LIST_BEGIN(Class, table) GROUP(#Class)
+#define CHOICE(neutral, english, englishLabel, french, frenchLabel, ...) \
+  CONSTANT(english, englishLabel) CONSTANT(french, frenchLabel)
+#define CHOICE_IN_ENGLISH(neutral, english, label, ...) CONSTANT(english, label)
 #include "qorvane/vocabulary/ChoiceLabels.def"
 };
 

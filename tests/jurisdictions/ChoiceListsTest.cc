@@ -4,10 +4,12 @@
 
 #include <limits>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "qorvane/jurisdictions/AssessmentOptionsMapping.h"
+#include "qorvane/jurisdictions/ChoiceTables.h"
 #include "qorvane/jurisdictions/CompanyTypeMapping.h"
 #include "qorvane/jurisdictions/LevelOfAuthorizationMapping.h"
 #include "qorvane/jurisdictions/MR69AuthoriztionOrPowerOfAttorneyMapping.h"
@@ -102,6 +104,64 @@ TEST_P(EveryList, listsItsRows) {
     EXPECT_EQ(list.choices[i].english.view(), GetParam().choices[i][kEnglish]);
     EXPECT_EQ(list.choices[i].french.view(), GetParam().choices[i][kFrench]);
   }
+}
+
+TEST_P(EveryList, ShowsLabelsThatAreProperAndDifferFromEachOther) {
+  for (const Language language : {Language::English, Language::French}) {
+    std::set<std::string> labels;
+    for (const Choice& choice : list.choices) {
+      const Text label = choice.label(language);
+      ASSERT_FALSE(label.isNilOrEmpty());
+      EXPECT_EQ(label.view().find_first_of("'\"&"), std::string_view::npos) << label;
+      EXPECT_TRUE(labels.insert(label.string()).second) << label;
+    }
+  }
+}
+
+TEST_P(EveryList, KnowsEachChoiceByAnyOfItsTexts) {
+  for (const Choice& choice : list.choices) {
+    for (const Text& text :
+         {choice.neutral, choice.english, choice.french, choice.englishLabel, choice.frenchLabel})
+      EXPECT_EQ(list.meant(text), &choice) << text;
+    for (const Text& text : lookalikes(choice.frenchLabel.view()))
+      EXPECT_EQ(list.meant(text), nullptr) << text;
+  }
+  EXPECT_EQ(list.meant(""), nullptr);
+  EXPECT_EQ(list.meant("none of them"), nullptr);
+}
+
+TEST_P(EveryList, OffersInEachYearWhatItsClassOffers) {
+  for (int year = 2009; year < 2025; ++year)
+    for (const bool corporate : {false, true}) {
+      const Product product{.corporate = corporate, .taxYear = year};
+      QVSettings::setProduct(product);
+      Row rows;
+      for (const Choice& choice : list.currentRows(product)) rows.push_back(choice.english.string());
+      EXPECT_EQ(rows, asRow(list.options())) << year;
+      EXPECT_EQ(list.currentRows().data(), list.currentRows(product).data()) << year;
+      EXPECT_EQ(list.currentRows().size(), rows.size()) << year;
+    }
+}
+
+TEST(ChoiceTest, IsStillReadByAFormerLabel) {
+  constexpr Choice kRenamed[] = {{"1", "Now", "Maintenant", "Now", "Maintenant", {"Then", "Alors"}},
+                                 {"2", "Never", "Jamais", "Never", "Jamais"}};
+  for (const char* former : {"Then", "Alors"})
+    EXPECT_EQ(choices::withLabel(kRenamed, Text(std::string(former))), &kRenamed[0]);
+  EXPECT_EQ(choices::withLabel(kRenamed, "Jamais"), &kRenamed[1]);
+  EXPECT_EQ(choices::withLabel(kRenamed, nullptr), nullptr);
+  EXPECT_EQ(choices::withLabel(kRenamed, ""), nullptr);
+}
+
+TEST(ChoiceTest, IsShownWithTheAccentsThatItsStoredLabelLacks) {
+  const auto shown = [](const char* list, std::size_t choice) {
+    return choiceList(list)->choices[choice].label(Language::French);
+  };
+  EXPECT_EQ(shown("ModeOfDelivery", 1), Text("Téléphone"));
+  EXPECT_EQ(shown("MethodOfContactMapping", 0), Text("Télécopie"));
+  EXPECT_EQ(shown("LevelOfAuthorizationMapping", 0), Text("Niveau-1 Révéler"));
+  EXPECT_EQ(shown("NoticeOfAssAndRefundMapping", 1), Text("ADC et remboursement – Adresse du préparateur"));
+  EXPECT_EQ(choiceList("ModeOfDelivery")->choices[1].french, Text("Tlphone")) << "stored as ever";
 }
 
 TEST_P(EveryList, makesANewListOnEachCall) {

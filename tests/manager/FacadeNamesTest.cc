@@ -68,7 +68,7 @@ static_assert(!OFFERS(rootPath) && !OFFERS(lastYearRootPath));
 static_assert(!OFFERS(helpFile));
 static_assert(!OFFERS(currentYear) && !OFFERS(lastYear) && !OFFERS(IsEfile));
 static_assert(!OFFERS(loadOptions) && !OFFERS(options) && !OFFERS(getOptionsObj));
-static_assert(!OFFERS(valueForKey) && !OFFERS(settingsDomainKey) && !OFFERS(getFileNameWithPath));
+static_assert(!OFFERS(settingsDomainKey) && !OFFERS(getFileNameWithPath));
 
 // Run by the library alone, before the first operation.
 static_assert(!OFFERS(initialize));
