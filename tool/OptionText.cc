@@ -52,17 +52,13 @@ std::optional<T> numberMeant(std::string_view words) {
   throw Failure(Exit::BadData, say("\"{}\" does not fit {}: it takes {}", words, row.name, wanted));
 }
 
-// The option's value for the choice that the words are: its neutral value, or a label in either language.
-Text choiceMeant(const OptionRow& row, const ChoiceList& list, const Text& words) {
-  if (const Choice* choice = list.meant(words))
-    return row.isLabel ? list.languageSpecificValue(choice->neutral) : choice->neutral;
+// No choice of the list is meant.
+[[noreturn]] void refuseChoice(const OptionRow& row, const ChoiceList& list, std::string_view words) {
   std::string wanted;
   for (const Choice& choice : list.choices) {
     wanted += (wanted.empty() ? "" : ", ") + inQuotes(choice.neutral.view());
     if (choice.english != choice.neutral) wanted += " (" + choice.english.string() + ')';
   }
-  // Where nothing is chosen at first, it can be so again.
-  if (words.isNilOrEmpty() && row.fallback() == Value(words)) return words;
   refuse(row, words, wanted);
 }
 
@@ -92,8 +88,11 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
     case OptionType::Folder:
       break;
   }
-  if (const ChoiceList* list = row.choices) return choiceMeant(row, *list, Text(words));
-  return Text(words);
+  const ChoiceList* list = row.choices;
+  // Where nothing is chosen at first, it can be so again.
+  const bool cleared = words.empty() && row.fallback() == Value(words);
+  if (list && !cleared && !list->meant(words)) refuseChoice(row, *list, words);
+  return row.meant(Text(words));
 }
 
 std::string shown(const OptionRow& row, const Value& value) {

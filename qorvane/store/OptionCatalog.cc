@@ -1,7 +1,9 @@
 // What the catalogue says of each option. The only source that expands its texts.
 #include <algorithm>
-#include <iterator>
+#include <string>
+#include <string_view>
 
+#include "qorvane/jurisdictions/Jurisdictions.h"
 #include "qorvane/store/OptionChecks.h"
 #include "qorvane/store/OptionTable.h"
 
@@ -81,6 +83,37 @@ Text OptionRow::description(Language language) const {
 
 const OptionGroup& OptionRow::group() const { return kGroups[wordsOf(*this).group]; }
 
+namespace {
+
+Product runningProduct() { return {.corporate = QVSettings::isT2(), .taxYear = QVSettings::YOR()}; }
+
+// The language that a person names in either language, with its accents or without; nil for any other text.
+Text languageMeant(std::string_view typed) {
+  std::string low(typed);
+  std::ranges::transform(low, low.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  if (low == "english" || low == "anglais") return "English";
+  if (low == "french" || low == "français" || low == "francais") return "French";
+  return nullptr;
+}
+
+}  // namespace
+
+Text OptionRow::meant(const Text& typed, const Product& product) const {
+  const checks::Check rule = wordsOf(*this).check;
+  if (choices) {
+    const Choice* choice = choices->meant(typed);
+    if (choice) return isLabel ? choices->languageSpecificValue(choice->neutral) : choice->neutral;
+  } else if (rule == checks::isJurisdiction && !isJurisdictionForm(typed, product)) {
+    if (const Jurisdiction* place = jurisdictionMeant(typed, product)) return place->english;
+  } else if (rule == checks::isEnglishOrFrench) {
+    if (const Text language = languageMeant(typed); !language.isNil()) return language;
+  }
+  return typed;
+}
+
+Text OptionRow::meant(const Text& typed) const { return meant(typed, runningProduct()); }
+
 std::optional<Failure> OptionRow::check(const Value& value, const Product& product, Options* store) const {
   if (!write) return Failure{FailureCode::optionReadOnly, {Text(name)}};
   const Text* text = value.asText();
@@ -89,7 +122,7 @@ std::optional<Failure> OptionRow::check(const Value& value, const Product& produ
 }
 
 std::optional<Failure> OptionRow::check(const Value& value, Options* store) const {
-  return check(value, {.corporate = QVSettings::isT2()}, store);
+  return check(value, runningProduct(), store);
 }
 
 }  // namespace qorvane::inline v1

@@ -103,6 +103,12 @@ struct OptionRow {
   Text description(Language language) const;
   const OptionGroup& group() const;
 
+  /// What a person means who types that text: for a choice, a jurisdiction or a language given by any of its
+  /// labels, the option's value in that product; every other text is meant as it stands.
+  Text meant(const Text& typed, const Product& product) const;
+  /// The same in the running product.
+  Text meant(const Text& typed) const;
+
   /// Why a value that a person gives would be refused in that product, none when it is fine. For input, not
   /// for the store, which takes everything. The value is as `write` takes it. Whether a postal code is a
   /// Canadian one depends on the country in `store`, which stays as it is; null is a store without a country.

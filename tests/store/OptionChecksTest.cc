@@ -199,6 +199,45 @@ TEST(OptionChecksTest, TellTheRuleInBothLanguagesAndNothingOfTheValue) {
   }
 }
 
+TEST(OptionMeantTest, TakesAChoiceByAnyOfItsTexts) {
+  for (const char* language : {"English", "French"}) {
+    StoreWorld world(ProductKind::Personal, language);
+    const bool english = language == std::string("English");
+    for (const char* typed : {"Phone", "Tlphone", "Téléphone"})
+      EXPECT_EQ(findProperty("preparerModeOfDelivery")->meant(typed), english ? "Phone" : "Tlphone") << typed;
+    for (const OptionRow& row : optionTable()) {
+      if (!row.choices) continue;
+      for (const Choice& choice : row.choices->choices)
+        for (const Text& typed :
+             {choice.neutral, choice.english, choice.french, choice.englishLabel, choice.frenchLabel}) {
+          const Text meant = row.meant(typed);
+          EXPECT_EQ(meant, !row.isLabel ? choice.neutral
+                           : english    ? choice.english
+                                        : choice.french)
+              << row.name << ": " << typed;
+          EXPECT_EQ(row.check(meant, nullptr), std::nullopt) << row.name << ": " << typed;
+        }
+      EXPECT_EQ(row.meant("none of them"), Text("none of them"));
+      EXPECT_EQ(row.meant(""), Text(""));
+    }
+  }
+}
+
+TEST(OptionMeantTest, TakesJurisdictionsAndLanguagesByTheirLabels) {
+  const OptionRow& province = *findProperty("preparerProvince");
+  EXPECT_EQ(province.meant("Île-du-Prince-Édouard", kPersonal), Text("Prince Edward Island"));
+  EXPECT_EQ(province.meant("Californie", kCorporate), Text("California"));
+  // Not a place of the product, or a text that the store knows as it is.
+  for (const char* asTyped : {"Californie", "Québec", "QC", "Quebec", "nowhere", ""})
+    EXPECT_EQ(province.meant(Text(std::string(asTyped)), kPersonal), Text(std::string(asTyped)));
+  const OptionRow& language = *findProperty("languageOfCorrespondance");
+  for (const char* french : {"French", "french", "Français", "français", "francais"})
+    EXPECT_EQ(language.meant(Text(std::string(french)), kPersonal), Text("French")) << french;
+  EXPECT_EQ(language.meant("anglais", kPersonal), Text("English"));
+  EXPECT_EQ(language.meant("allemand", kPersonal), Text("allemand"));
+  EXPECT_EQ(findProperty("preparerCity")->meant("Français", kPersonal), Text("Français"));
+}
+
 TEST(OptionChecksTest, AreForPeopleAndNotForTheStore) {
   StoreWorld world;
   world.store.setPreparerPostalCode("nowhere");

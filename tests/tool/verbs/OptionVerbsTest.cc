@@ -68,6 +68,17 @@ TEST_F(OptionVerbsTest, FlagsAreSaidInManyWays) {
   }
 }
 
+TEST_F(OptionVerbsTest, LabelsAreUnderstoodWithTheirAccents) {
+  EXPECT_EQ(tool({"set", "preparerModeOfDelivery", "Téléphone"}).exit, 0);
+  EXPECT_EQ(tool({"get", "preparerModeOfDelivery"}).out, "Phone\n");
+  EXPECT_EQ(tool({"set", "t1013LevelOfAuth", "Niveau-2 Révéler et demander des changements"}).exit, 0);
+  EXPECT_EQ(tool({"get", "t1013LevelOfAuth"}).out, "2\n");
+  EXPECT_EQ(tool({"set", "preparerProvince", "Île-du-Prince-Édouard"}).exit, 0);
+  EXPECT_EQ(tool({"get", "preparerProvince"}).out, "Prince Edward Island\n");
+  EXPECT_EQ(tool({"set", "language", "français"}).exit, 0);
+  EXPECT_EQ(tool({"get", "language"}).out, "French\n");
+}
+
 TEST_F(OptionVerbsTest, TextsKeepTheirCharacters) {
   const std::string text = "  L'été \xF0\x9F\x8D\x81 \t\"\\ ";
   EXPECT_EQ(tool({"set", "disclaimerTxt", text}).exit, 0);
