@@ -90,7 +90,7 @@ Color Color::colorWithCatalogName(Text catalogName, Text colorName, const Color&
   if (color.names_ == kDeepestNames) throw Exception({FailureCode::catalogColorTooDeep});
   Color named(ColorSpace::Named, {});
   named.names_ = static_cast<std::uint8_t>(color.names_ + 1);
-  named.name_ = std::make_shared<const Name>(Name{std::move(catalogName), std::move(colorName), color});
+  named.name_ = Shared<const Name>(Name{std::move(catalogName), std::move(colorName), color});
   return named;
 }
 

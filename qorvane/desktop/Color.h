@@ -8,10 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
-#include <memory>
 #include <optional>
 #include <span>
 
+#include "qorvane/foundation/Shared.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -100,7 +100,7 @@ class Color {
   // One more than the names between this colour and one that is no name.
   std::uint8_t names_ = 0;
   std::array<double, 5> components_{};
-  std::shared_ptr<const Name> name_;
+  Shared<const Name> name_;
 };
 
 bool operator==(const Color& a, const Color& b);

@@ -1,10 +1,11 @@
 // Data: an immutable, shared block of bytes.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "qorvane/foundation/Shared.h"
 
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
@@ -13,7 +14,7 @@ class Data {
  public:
   /// The empty block.
   Data() = default;
-  explicit Data(std::string bytes) : bytes_(std::make_shared<const std::string>(std::move(bytes))) {}
+  explicit Data(std::string bytes) : bytes_(std::move(bytes)) {}
 
   /// The bytes; valid as long as some copy of this block lives.
   std::string_view view() const noexcept { return bytes_ ? std::string_view(*bytes_) : std::string_view(); }
@@ -22,7 +23,7 @@ class Data {
   friend bool operator==(const Data& a, const Data& b) noexcept { return a.view() == b.view(); }
 
  private:
-  std::shared_ptr<const std::string> bytes_;
+  Shared<const std::string> bytes_;
 };
 
 }  // namespace v1

@@ -35,13 +35,13 @@ bool sameHeld(const Value& a, const Value& b, Same same, SameNumber sameNumber, 
 
 }  // namespace
 
-Value::Value(Dictionary dictionary) : held_(std::make_shared<Dictionary>(std::move(dictionary))) {}
+Value::Value(Dictionary dictionary) : held_(Shared<Dictionary>(std::move(dictionary))) {}
 
 Dictionary Value::takeDictionary() && {
-  const auto* held = std::get_if<std::shared_ptr<const Dictionary>>(&held_);
+  const auto* held = std::get_if<Shared<Dictionary>>(&held_);
   if (!held) return {};
-  // It was not made as a constant, so the last who has it may change it.
-  return held->use_count() == 1 ? std::move(const_cast<Dictionary&>(**held)) : **held;
+  // Only the last who has it may change it.
+  return held->isOnlyOwner() ? std::move(**held) : **held;
 }
 
 Text Value::textValue() const {

@@ -8,13 +8,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
-#include <memory>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include "qorvane/foundation/Data.h"
 #include "qorvane/foundation/Number.h"
+#include "qorvane/foundation/Shared.h"
 #include "qorvane/foundation/Text.h"
 
 namespace qorvane {
@@ -22,6 +22,9 @@ inline namespace [[gnu::visibility("default")]] v1 {
 
 class Dictionary;
 class Value;
+
+/// What a value is. Stands before Array, which one of its names would hide.
+enum class ValueKind : std::uint8_t { Nil, Text, Number, Data, Date, Array, Dictionary };
 
 using Array = std::vector<Value>;
 
@@ -33,7 +36,7 @@ struct Date {
 
 class Value {
  public:
-  enum class Kind : std::uint8_t { Nil, Text, Number, Data, Date, Array, Dictionary };
+  using Kind = ValueKind;
 
   /// Nil.
   Value() = default;
@@ -64,7 +67,7 @@ class Value {
       : held_(Number(number)) {}
   Value(Data data) : held_(std::move(data)) {}
   Value(Date date) : held_(date) {}
-  Value(Array array) : held_(std::make_shared<const Array>(std::move(array))) {}
+  Value(Array array) : held_(Shared<const Array>(std::move(array))) {}
   Value(Dictionary dictionary);
 
   Value(const Value&) = default;
@@ -91,11 +94,11 @@ class Value {
   const Data* asData() const noexcept { return std::get_if<Data>(&held_); }
   const Date* asDate() const noexcept { return std::get_if<Date>(&held_); }
   const Array* asArray() const noexcept {
-    const auto* held = std::get_if<std::shared_ptr<const Array>>(&held_);
+    const auto* held = std::get_if<Shared<const Array>>(&held_);
     return held ? held->get() : nullptr;
   }
   const Dictionary* asDictionary() const noexcept {
-    const auto* held = std::get_if<std::shared_ptr<const Dictionary>>(&held_);
+    const auto* held = std::get_if<Shared<Dictionary>>(&held_);
     return held ? held->get() : nullptr;
   }
 
@@ -119,9 +122,7 @@ class Value {
 
  private:
   // In the order of Kind.
-  std::variant<std::monostate, Text, Number, Data, Date, std::shared_ptr<const Array>,
-               std::shared_ptr<const Dictionary>>
-      held_;
+  std::variant<std::monostate, Text, Number, Data, Date, Shared<const Array>, Shared<Dictionary>> held_;
 };
 
 bool operator==(const Value& a, const Value& b);
