@@ -2,7 +2,7 @@
 function(optionsmgr_compile_options target)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion
-                                           -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align)
+                                           -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # Optimising, g++ 12 takes any "literal" + std::string for an overlapping copy (GCC bug 105651).
     target_compile_options(${target} PRIVATE -Wno-restrict)

@@ -14,8 +14,10 @@ foreach(header IN LISTS headers)
   endif()
 endforeach()
 
-install(TARGETS OptionsMgr EXPORT OptionsMgrTargets)
-install(DIRECTORY qorvane TYPE INCLUDE FILES_MATCHING PATTERN "*.h" PATTERN "vocabulary/*.def"
+install(TARGETS OptionsMgr EXPORT OptionsMgrTargets
+        LIBRARY COMPONENT library NAMELINK_COMPONENT development
+        ARCHIVE COMPONENT development)
+install(DIRECTORY qorvane TYPE INCLUDE COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "vocabulary/*.def"
         PATTERN "foundation/failures.def"
         ${private_headers})
 
@@ -23,9 +25,9 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OptionsMgr)
 configure_package_config_file(cmake/OptionsMgrConfig.cmake.in OptionsMgrConfig.cmake
                               INSTALL_DESTINATION ${package_dir} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(OptionsMgrConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(EXPORT OptionsMgrTargets NAMESPACE OptionsMgr:: DESTINATION ${package_dir})
+install(EXPORT OptionsMgrTargets NAMESPACE OptionsMgr:: DESTINATION ${package_dir} COMPONENT development)
 install(FILES ${PROJECT_BINARY_DIR}/OptionsMgrConfig.cmake ${PROJECT_BINARY_DIR}/OptionsMgrConfigVersion.cmake
-        DESTINATION ${package_dir})
+        DESTINATION ${package_dir} COMPONENT development)
 
 # pkg-config takes a path below the prefix, or one of its own.
 foreach(dir LIBDIR INCLUDEDIR)
@@ -38,19 +40,63 @@ else()
   set(pkgconfig_requires Requires)
 endif()
 configure_file(cmake/optionsmgr.pc.in optionsmgr.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/optionsmgr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/optionsmgr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# ---- the Debian package: cpack, in the build folder ----------------------------------------------------
+# ---- the Debian packages: cpack, in the build folder ---------------------------------------------------
+# liboptionsmgr1 (of a shared build), liboptionsmgr-dev, optionsmgr. A static build has the library in -dev.
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME liboptionsmgr-dev)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL development)
+set(CPACK_PACKAGE_NAME optionsmgr)
+# Each package has its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_CONTACT "The OptionsMgr maintainers <maintainers@qorvane.invalid>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# A static library's users link what the library itself needs.
-if(NOT BUILD_SHARED_LIBS)
-  set(CPACK_DEBIAN_PACKAGE_DEPENDS "libicu-dev")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+string(CONCAT about
+       "OptionsMgr keeps every preference and every preparer, firm, discounter\n"
+       "and authorization detail of an income-tax suite, for each product (T1,\n"
+       "T2) and tax year, in files that survive crashes, full disks and flipped\n"
+       "bits.\n.\n")
+set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liboptionsmgr-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
+    "settings library of an income-tax suite (development files)\n${about}This package holds its headers, and what CMake and pkg-config find it\nby.")
+if(BUILD_SHARED_LIBS)
+  list(APPEND CPACK_COMPONENTS_ALL library)
+  set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME liboptionsmgr${PROJECT_VERSION_MAJOR})
+  set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_LIBRARY_DESCRIPTION
+      "settings library of an income-tax suite\n${about}This package holds the shared library.")
+  set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+  set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} ${same_version}")
+else()
+  # A static library's users link what the library itself needs.
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libicu-dev)
 endif()
+if(OPTIONSMGR_TOOL)
+  list(APPEND CPACK_COMPONENTS_ALL tool)
+  set(CPACK_DEBIAN_TOOL_PACKAGE_NAME optionsmgr)
+  set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION misc)
+  set(CPACK_DEBIAN_TOOL_DESCRIPTION
+      "settings of an income-tax suite on the command line\n${about}This package holds the command-line tool, its manual pages and its\ncompletion scripts.")
+endif()
+
+# What only packages hold: compressed pages, the changelog, the copyright.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} upper)
+  install(CODE "execute_process(COMMAND \"${PROJECT_SOURCE_DIR}/cmake/debian/files\" \"${PROJECT_BINARY_DIR}\"
+    ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE} ${CPACK_DEBIAN_${upper}_PACKAGE_NAME}
+    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\" COMMAND_ERROR_IS_FATAL ANY)"
+          COMPONENT ${component} EXCLUDE_FROM_ALL)
+endforeach()
 include(CPack)

@@ -199,7 +199,7 @@ PreferenceFile readPreferenceFile(const std::string& path) {
 std::string preferenceFileBytes(const std::map<Domain, Dictionary>& settings, ExchangeForm form) try {
   Dictionary top;
   for (const auto& [domain, entries] : settings) top.set(domain.key(), entries);
-  if (form == ExchangeForm::Json) return jsonFromValue(top).dump(2) + "\n";
+  if (form == ExchangeForm::JsonText) return jsonFromValue(top).dump(2) + "\n";
   return writePropertyList(top,
                            form == ExchangeForm::Xml ? PropertyListFormat::Xml : PropertyListFormat::Binary);
 } catch (const qorvane::Exception& error) {

@@ -28,7 +28,7 @@ struct PreferenceFile {
 /// permission, bad data with what is wrong and where.
 PreferenceFile readPreferenceFile(const std::string& path);
 
-enum class ExchangeForm { Binary, Xml, Json };
+enum class ExchangeForm { Binary, Xml, JsonText };
 
 /// The settings as a file of that form. Throws Failure (bad data) for what the form cannot hold.
 std::string preferenceFileBytes(const std::map<Domain, qorvane::Dictionary>& settings, ExchangeForm form);

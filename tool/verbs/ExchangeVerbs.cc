@@ -41,7 +41,7 @@ ExchangeForm formMeant(const ExportRequest& request) {
   if (form.empty() && request.file == "-") form = "xml";
   if (form.empty()) form = std::filesystem::path(request.file).extension().string();
   if (form == "xml" || form == ".xml") return ExchangeForm::Xml;
-  return form == "json" || form == ".json" ? ExchangeForm::Json : ExchangeForm::Binary;
+  return form == "json" || form == ".json" ? ExchangeForm::JsonText : ExchangeForm::Binary;
 }
 
 // Takes the secrets out; answers how many there were.

@@ -160,12 +160,12 @@ CarryPlan planned(Session& session, const CarryRequest& request, const Domain& f
   const auto before = optionStates(session, from, *source);
   const auto now = optionStates(session, to, plan.entries);
 
-  const auto add = [&](std::string name, const Phrase& action, std::string from, std::string detail) {
+  const auto add = [&](std::string name, const Phrase& action, std::string value, std::string detail) {
     const std::string_view done = action.english();
     plan.copied += done == "copied";
     plan.kept += done == "kept";
     plan.left += done == "left";
-    plan.lines.push_back({std::move(name), action, std::move(from), std::move(detail)});
+    plan.lines.push_back({std::move(name), action, std::move(value), std::move(detail)});
   };
   std::set<std::string_view> seen;
   for (std::size_t i = 0; i < before.size(); ++i) {
