@@ -198,7 +198,8 @@ void save(Scene& scene, const std::vector<peers::Store>& stores) {
   for (const peers::Store& peer : stores) {
     if (!peer.save) continue;
     table.time("saving, " + peer.name, peer.save);
-    // None of them syncs the folder, so that a power cut may bring the old file back. GKeyFile is the aim.
+    // GKeyFile syncs file and folder as we do, without a lock or a copy: it is the aim. The others sync at
+    // most the file.
     const bool careless = peer.name == "GSettings" || peer.name == "KConfig";
     table.compare("saving", "saving, " + peer.name, careless ? 0 : 1);
   }

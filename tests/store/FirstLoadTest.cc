@@ -1,14 +1,15 @@
 // What the first load of a year leaves in the dictionary, entry by entry and in order.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <sstream>
 
+#include "tests/Golden.h"
 #include "tests/store/StoreWorld.h"
 
 namespace qorvane {
 namespace {
 
+using testing_support::expectGolden;
 using testing_support::kProductKinds;
 using testing_support::ProductKind;
 using testing_support::StoreWorld;
@@ -25,31 +26,30 @@ std::string written(const Dictionary& entries) {
 }
 
 std::string golden(ProductKind product, const char* language) {
-  return testing_support::readFile(std::filesystem::path(TEST_DATA_DIR) / "store" /
-                                   (std::string("first-load-") + nameOf(product) + "-" + language + ".txt"));
+  return std::string("store/first-load-") + nameOf(product) + "-" + language + ".txt";
 }
 
-TEST(FirstLoadTest, LeavesTheDefaultsOfTheProduct) {
+TEST(FirstLoadGoldenTest, LeavesTheDefaultsOfTheProduct) {
   for (const ProductKind product : kProductKinds) {
     SCOPED_TRACE(nameOf(product));
     StoreWorld world(product);
-    EXPECT_EQ(written(world.entries()), golden(product, "English"));
+    expectGolden(golden(product, "English"), written(world.entries()));
     EXPECT_FALSE(notifyAll);
     EXPECT_FALSE(bSettingVals);
     world.store.saveOptions();
     const Value saved = world.defaults.objectForKey(world.store.settingsDomainKey());
     ASSERT_TRUE(saved.asDictionary());
-    EXPECT_EQ(written(*saved.asDictionary()), golden(product, "English"));
+    expectGolden(golden(product, "English"), written(*saved.asDictionary()));
   }
 }
 
-TEST(FirstLoadTest, OfAFrenchStoreLeavesTheSameButTheLanguage) {
+TEST(FirstLoadGoldenTest, OfAFrenchStoreLeavesTheSameButTheLanguage) {
   for (const ProductKind product : kProductKinds) {
     SCOPED_TRACE(nameOf(product));
     StoreWorld world(product, "French");
     world.defaults.setObject(Dictionary{{"Language", Text("French")}}, world.store.settingsDomainKey());
     world.store.loadOptions();
-    EXPECT_EQ(written(world.entries()), golden(product, "French"));
+    expectGolden(golden(product, "French"), written(world.entries()));
   }
 }
 

@@ -1,21 +1,16 @@
-// The table of keys, forms and defaults in docs/persisted-format.md is that of the option table. With
-// OPTIONSMGR_UPDATE_DOCS set, the test writes it anew instead.
-#include <cstdlib>
+// The table of keys, forms and defaults in docs/persisted-format.md is that of the option table.
 #include <sstream>
-#include <utility>
 
 #include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "qorvane/store/OptionTable.h"
+#include "tests/Golden.h"
 #include "tests/store/StoreTest.h"
 
 namespace qorvane {
 namespace {
 
-using PersistedFormatTest = testing_support::StoreTest;
-
-constexpr std::string_view kBegin = "<!-- the option table -->\n";
-constexpr std::string_view kEnd = "<!-- end of the option table -->\n";
+using PersistedFormatGoldenTest = testing_support::StoreTest;
 
 std::string defaultOf(const OptionRow& row) {
   if (row.type == OptionType::Folder) return "see Folders";
@@ -35,50 +30,25 @@ std::string keyIn(const OptionRow& row, bool corporate) {
   return row.key().string();
 }
 
-std::string inWords(const OptionRow& row, Language language) {
-  return "**" + row.label(language).string() + "** – " + row.description(language).string();
-}
-
-void describe(const OptionRow& row, std::ostream& out) {
-  const std::string personal = keyIn(row, false);
-  const std::string corporate = keyIn(row, true);
-  QVSettings::setProduct({.taxYear = 2020});
-  out << "| `" << row.name << "` | `" << personal << "`";
-  if (corporate != personal) out << ", in the corporate product `" << corporate << "`";
-  out << " | " << row.stored << " | " << defaultOf(row) << " | "
-      << (row.readKind.starts_with("Storing") ? "yes" : "no") << " | " << inWords(row, Language::English)
-      << "<br>" << inWords(row, Language::French) << " |\n";
-}
-
 std::string table() {
   std::ostringstream out;
-  for (const OptionGroup& group : optionGroups()) {
-    bool begun = false;
-    for (const OptionRow& row : optionTable()) {
-      if (&row.group() != &group || keyIn(row, false).empty()) continue;
-      if (!std::exchange(begun, true))
-        out << "\n### " << group.english << " – " << group.french << "\n\n"
-            << "| option | key | stored as | default | default stored by the first read | in words |\n"
-            << "|---|---|---|---|---|---|\n";
-      describe(row, out);
-    }
+  out << "| option | key | stored as | default | default stored by the first read |\n|---|---|---|---|---|\n";
+  for (const OptionRow& row : optionTable()) {
+    const std::string personal = keyIn(row, false);
+    if (personal.empty()) continue;
+    const std::string corporate = keyIn(row, true);
+    QVSettings::setProduct({.taxYear = 2020});
+    out << "| `" << row.name << "` | `" << personal << "`";
+    if (corporate != personal) out << ", in the corporate product `" << corporate << "`";
+    out << " | " << row.stored << " | " << defaultOf(row) << " | "
+        << (row.readKind.starts_with("Storing") ? "yes" : "no") << " |\n";
   }
   return out.str();
 }
 
-TEST_F(PersistedFormatTest, TheDocumentIsFresh) {
-  const std::string path = std::string(TEST_DATA_DIR) + "/../docs/persisted-format.md";
-  std::string document = testing_support::readFile(path);
-  const std::size_t begin = document.find(kBegin) + kBegin.size();
-  const std::size_t end = document.find(kEnd);
-  ASSERT_LE(begin, end);
-  if (std::getenv("OPTIONSMGR_UPDATE_DOCS")) {
-    document.replace(begin, end - begin, table());
-    testing_support::writeFile(path, document);
-    return;
-  }
-  EXPECT_EQ(document.substr(begin, end - begin), table())
-      << "run this test once with OPTIONSMGR_UPDATE_DOCS=1 and commit docs/persisted-format.md";
+TEST_F(PersistedFormatGoldenTest, TheDocumentIsFresh) {
+  testing_support::expectGoldenPart("docs/persisted-format.md", "<!-- the option table -->\n",
+                                    "<!-- end of the option table -->\n", table());
 }
 
 }  // namespace

@@ -1,7 +1,4 @@
 // What the tool says: help, manual pages, both languages, and every verb's output against golden text.
-//
-// The golden files are rewritten, to be looked at with `git diff`, by
-//   LC_ALL=C UPDATE_GOLDEN=1 build/dev/tests/test_tool --gtest_filter='SpeechTest.EveryVerb*'
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -16,6 +13,7 @@
 
 #include "qorvane/preferences/FileUserDefaults.h"
 #include "tests/FrenchTypography.h"
+#include "tests/Golden.h"
 #include "tests/TestHome.h"
 #include "tests/tool/ToolRun.h"
 
@@ -258,18 +256,9 @@ class Speaker {
   TestHome home_;
 };
 
-void expectGolden(const std::string& name, const std::string& now) {
-  const fs::path expected = fs::path(TEST_DATA_DIR) / "tool" / "golden" / name;
-  if (std::getenv("UPDATE_GOLDEN")) writeFile(expected, now);
-  ASSERT_TRUE(fs::exists(expected)) << expected;
-  const Words was = linesOf(readFile(expected));
-  const Words is = linesOf(now);
-  for (std::size_t i = 0; i < std::max(was.size(), is.size()); ++i)
-    ASSERT_EQ(i < is.size() ? is[i] : "(the end)", i < was.size() ? was[i] : "(the end)")
-        << expected << ":" << i + 1;
-}
+using SpeechGoldenTest = SpeechTest;
 
-TEST_F(SpeechTest, EveryVerbSaysWhatItSaidBefore) {
+TEST_F(SpeechGoldenTest, EveryVerbSaysWhatItSaidBefore) {
   std::string all;
   for (const char* words : kCommands) all.append(" ").append(words == std::string("WATCH") ? "watch" : words);
   for (const std::string& verb : verbs())
@@ -283,23 +272,24 @@ TEST_F(SpeechTest, EveryVerbSaysWhatItSaidBefore) {
               "\n" + result.out + result.err +
               (result.exit == 0 ? "" : "[" + std::to_string(result.exit) + "]\n");
     }
-    expectGolden(way.language + (way.json ? "-json" : "") + ".txt", speaker.neutral(told));
+    expectGolden("tool/golden/" + way.language + (way.json ? "-json" : "") + ".txt", speaker.neutral(told));
   }
 }
 
-TEST_F(SpeechTest, EveryVerbsHelpSaysWhatItSaidBefore) {
+TEST_F(SpeechGoldenTest, EveryVerbsHelpSaysWhatItSaidBefore) {
   for (const char* language : {"en", "fr"}) {
     std::string told = optionsmgr({"--lang", language, "--help"}).out;
     for (const std::string& verb : verbs())
       told += "\n$ optionsmgr " + verb + " --help\n" + optionsmgr({"--lang", language, verb, "--help"}).out;
-    expectGolden(std::string("help-") + language + ".txt", told);
+    expectGolden(std::string("tool/golden/help-") + language + ".txt", told);
   }
 }
 
-TEST_F(SpeechTest, EveryVerbIsInTheManualAsBefore) {
+TEST_F(SpeechGoldenTest, EveryVerbIsInTheManualAsBefore) {
   for (const std::string section : {"1", "5"})
     for (const std::string language : {"en", "fr"})
-      expectGolden("optionsmgr-" + language + "." + section, optionsmgr({"--manual", section, language}).out);
+      expectGolden("tool/golden/optionsmgr-" + language + "." + section,
+                   optionsmgr({"--manual", section, language}).out);
 }
 
 // ---- nothing English in French ----------------------------------------------------------------------------
@@ -581,50 +571,6 @@ TEST_F(SpeechTest, OddWordsAreRefusedWithADocumentedExitCode) {
         EXPECT_EQ(result.err.find('\x1b'), std::string::npos) << "nothing steers the terminal";
       }
   }
-}
-
-// ---- the README -------------------------------------------------------------------------------------------
-
-TEST_F(SpeechTest, TheFiveLinesOfTheReadmeCompile) {
-  const std::string readme = readFile(kSources / "README.md");
-  const std::string fence = "```cpp\n";
-  const std::size_t begin = readme.find(fence);
-  ASSERT_NE(begin, readme.npos);
-  const std::size_t end = readme.find("```", begin + fence.size());
-  const std::string code = readme.substr(begin + fence.size(), end - begin - fence.size());
-  EXPECT_EQ(linesOf(code).size(), 5u);
-  const std::string program = R"(
-#include "qorvane/manager/OptionsMgr.h"
-#include "qorvane/desktop/NotificationCenter.h"
-#include "qorvane/siblings/QVSettings.h"
-#include "qorvane/vocabulary/Notifications.h"
-using namespace qorvane;
-static void refresh() {}
-int main() {
-)" + code + "}\n";
-  const ToolResult result =
-      run({"c++", "-std=c++20", "-fsyntax-only", "-I" + kSources.string(), "-x", "c++", "-"}, program);
-  if (result.exit == 127) GTEST_SKIP() << "no compiler is installed";
-  EXPECT_EQ(result.exit, 0) << result.err;
-}
-
-TEST_F(SpeechTest, TheSessionOfTheReadmeIsTrue) {
-  const Words lines = linesOf(readFile(kSources / "README.md"));
-  auto line = std::ranges::find(lines, "## Ten lines of shell");
-  ASSERT_NE(line, lines.end());
-  const std::string prompt = "    $ ";
-  line = std::find_if(line, lines.end(), [&](const std::string& l) { return l.starts_with(prompt); });
-  int commands = 0;
-  while (line != lines.end() && line->starts_with(prompt)) {
-    const std::string command = line->substr(prompt.size());
-    std::string expected;
-    for (++line; line != lines.end() && line->starts_with("    ") && !line->starts_with(prompt); ++line)
-      expected += line->substr(4) + "\n";
-    const std::string folder = fs::path(TOOL_PATH).parent_path();
-    EXPECT_EQ(run({"sh", "-c", "PATH=" + folder + ":$PATH; " + command + " 2>&1"}).out, expected) << command;
-    ++commands;
-  }
-  EXPECT_GE(commands, 5);
 }
 
 }  // namespace
