@@ -125,6 +125,7 @@ Argument argumentOf(void (Options::*setter)(Argument));
 #define FORWARD_FLAG(getter, setter, storeGetter, storeSetter)                \
   bool OptionsMgr::getter() { return store().storeGetter().isEqualTo(kYes); } \
   void OptionsMgr::setter(bool on) { store().storeSetter(on ? kYes : kNo); }
+#define FORWARD_RETIRED MAKE
 #include "qorvane/store/facade-names.def"
 
 Text OptionsMgr::helpFilePath() const { return store().helpFile(); }

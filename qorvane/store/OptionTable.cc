@@ -198,6 +198,18 @@ constexpr OptionRow kRows[] = {
 #undef FALLBACK_OF
 #undef ROW
 
+// The keys of the retired options, behind those of none.
+#define OPTION(...)
+#define GETTER(...)
+#define SPECIAL(...)
+#define READ_ONLY(...)
+#define DERIVED(...)
+#define RETIRED(getter, setter, entry, ...) keysOf entry,
+constexpr Keys kRetired[] = {
+    {nullptr, nullptr},
+#include "qorvane/store/options.def"
+};
+
 // A name that stands elsewhere than behind its option would be lost.
 static_assert([] {
   std::size_t names = 0;
@@ -273,6 +285,12 @@ std::span<const OptionRow> optionTable() { return kRows; }
 const OptionRow* findProperty(std::string_view name) {
   const auto found = std::ranges::lower_bound(kByName, Key::hashOf(name), {}, &NamedRow::hash);
   return found != kByName.end() && kRows[found->row].name == name ? &kRows[found->row] : nullptr;
+}
+
+bool isRetiredEntry(std::string_view key) {
+  return std::ranges::any_of(std::span(kRetired).subspan(1), [&](const Keys& keys) {
+    return keys.personal.view() == key || keys.corporate.view() == key;
+  });
 }
 
 NamedOption findPropertyOrFacadeName(std::string_view name) {

@@ -123,6 +123,9 @@ struct OptionRow {
 /// province, the line of province and postal code, the size of the fonts.
 bool isDerivedEntry(std::string_view key);
 
+/// An entry of an option that a release took away: kept and carried, and never called unknown.
+bool isRetiredEntry(std::string_view key);
+
 /// An entry of the application's own, whose name begins with "App.": kept and carried like an option's, and
 /// never called unknown.
 constexpr bool isApplicationEntry(std::string_view key) { return key.starts_with("App."); }

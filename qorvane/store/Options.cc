@@ -165,6 +165,7 @@ Value Options::valueForKey(std::string_view propertyName) {
     static constexpr auto key = entryKey entry;                                       \
     writeOption<Form, Read, Write>(*this, key, FALLBACK(fallback), std::move(value)); \
   }
+#define RETIRED OPTION
 #define SPECIAL(...)
 #define DERIVED(...)
 #include "qorvane/store/options.def"

@@ -127,6 +127,12 @@ TEST(OptionTableTest, ListsTheFurtherEntriesAndKnowsWhichAreNobodys) {
   EXPECT_FALSE(isDerivedEntry("no entry"));
 }
 
+TEST(OptionTableTest, TakesNoEntryOfALivingOptionForARetiredOne) {
+  EXPECT_FALSE(isRetiredEntry(""));
+  for (const OptionRow& row : optionTable())
+    for (const Text& key : {row.personalKey, row.corporateKey}) EXPECT_FALSE(isRetiredEntry(key)) << row.name;
+}
+
 TEST(OptionTableTest, KnowsEachNameThatTheFacadeHasForAnOption) {
   std::multimap<std::string, std::string> published;
   for (const auto& row : table("manager/facade.tsv", 3)) {

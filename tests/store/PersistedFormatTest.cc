@@ -1,5 +1,6 @@
 // The table of keys, forms and defaults in docs/persisted-format.md is that of the option table.
 #include <sstream>
+#include <utility>
 
 #include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
@@ -30,18 +31,33 @@ std::string keyIn(const OptionRow& row, bool corporate) {
   return row.key().string();
 }
 
+std::string inWords(const OptionRow& row, Language language) {
+  return "**" + row.label(language).string() + "** – " + row.description(language).string();
+}
+
+void describe(const OptionRow& row, std::ostream& out) {
+  const std::string personal = keyIn(row, false);
+  const std::string corporate = keyIn(row, true);
+  QVSettings::setProduct({.taxYear = 2020});
+  out << "| `" << row.name << "` | `" << personal << "`";
+  if (corporate != personal) out << ", in the corporate product `" << corporate << "`";
+  out << " | " << row.stored << " | " << defaultOf(row) << " | "
+      << (row.readKind.starts_with("Storing") ? "yes" : "no") << " | " << inWords(row, Language::English)
+      << "<br>" << inWords(row, Language::French) << " |\n";
+}
+
 std::string table() {
   std::ostringstream out;
-  out << "| option | key | stored as | default | default stored by the first read |\n|---|---|---|---|---|\n";
-  for (const OptionRow& row : optionTable()) {
-    const std::string personal = keyIn(row, false);
-    if (personal.empty()) continue;
-    const std::string corporate = keyIn(row, true);
-    QVSettings::setProduct({.taxYear = 2020});
-    out << "| `" << row.name << "` | `" << personal << "`";
-    if (corporate != personal) out << ", in the corporate product `" << corporate << "`";
-    out << " | " << row.stored << " | " << defaultOf(row) << " | "
-        << (row.readKind.starts_with("Storing") ? "yes" : "no") << " |\n";
+  for (const OptionGroup& group : optionGroups()) {
+    bool begun = false;
+    for (const OptionRow& row : optionTable()) {
+      if (&row.group() != &group || keyIn(row, false).empty()) continue;
+      if (!std::exchange(begun, true))
+        out << "\n### " << group.english << " – " << group.french << "\n\n"
+            << "| option | key | stored as | default | default stored by the first read | in words |\n"
+            << "|---|---|---|---|---|---|\n";
+      describe(row, out);
+    }
   }
   return out.str();
 }
