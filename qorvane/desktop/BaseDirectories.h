@@ -2,8 +2,12 @@
 //
 // Read anew from the environment on each call. A variable that is empty or no absolute path counts as not
 // set, as the XDG convention asks. Nothing is created or tested for.
+//
+// A path is bytes, in whatever encoding; a text is UTF-8. The forms that answer texts answer nil for a path
+// that is none, for a text that were repaired would name another folder.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "qorvane/foundation/Text.h"
@@ -19,11 +23,21 @@ Text configDirectory();
 /// neither.
 Text dataDirectory();
 
+/// The same as bytes; empty where there is none.
+std::string homePath();
+std::string configPath();
+std::string dataPath();
+
+/// The path as a text; nil for the empty one and for bytes that are no UTF-8.
+Text textOfPath(const std::string& path);
+
 /// The folder, a slash and the relative path.
+std::string pathBelow(const std::string& folder, std::string_view relativePath);
 Text pathBelow(const Text& folder, std::string_view relativePath);
 
-/// The environment variable when it holds an absolute path, else nil.
+/// The environment variable when it holds an absolute path, without slashes at its end; else nil, or empty.
 Text absolutePathInEnvironment(const char* variable);
+std::string pathInEnvironment(const char* variable);
 
 }  // namespace v1
 }  // namespace qorvane

@@ -44,6 +44,8 @@ Text folderBelow(const Text& root, const Text& prefix, const Text& name) {
 
 void ensureFolder(const Running& now, const Text& path) {
   if (!now.makesFolders()) return;
+  // A default without its documents folder would be made at the root of the file system.
+  if (path.view().rfind('/') == 0 && PathUtils::hasNoWordsForDocuments()) return;
   FileManager& files = FileManager::defaultManager();
   if (!files.fileExistsAtPath(path)) files.createDirectoryAtPath(path, true);
 }

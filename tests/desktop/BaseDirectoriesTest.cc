@@ -42,9 +42,25 @@ TEST(BaseDirectoriesTest, AreNoneWithoutAHome) {
   EXPECT_EQ(configDirectory(), Text("/.config"));
 }
 
+// A text that were repaired would name another folder, and two such homes one.
+TEST(BaseDirectoriesTest, PathsAreBytes) {
+  const testing_support::TestHome home;
+  setenv("HOME", "/\xe9t\xe9", 1);
+  EXPECT_EQ(homePath(), "/\xe9t\xe9");
+  EXPECT_EQ(configPath(), "/\xe9t\xe9/.config");
+  EXPECT_EQ(dataPath(), "/\xe9t\xe9/.local/share");
+  EXPECT_TRUE(homeDirectory().isNil());
+  EXPECT_TRUE(configDirectory().isNil());
+  EXPECT_TRUE(dataDirectory().isNil());
+  unsetenv("HOME");
+  EXPECT_EQ(homePath(), "");
+  EXPECT_EQ(configPath(), "");
+}
+
 TEST(BaseDirectoriesTest, PathsAreJoinedByOneSlash) {
-  EXPECT_EQ(pathBelow("/a", "b/c"), Text("/a/b/c"));
-  EXPECT_EQ(pathBelow("/", "b"), Text("/b"));
+  EXPECT_EQ(pathBelow(Text("/a"), "b/c"), Text("/a/b/c"));
+  EXPECT_EQ(pathBelow(Text("/"), "b"), Text("/b"));
+  EXPECT_EQ(pathBelow(std::string("/"), "b"), "/b");
 }
 
 }  // namespace

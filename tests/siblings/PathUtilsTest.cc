@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/siblings/ApplicationSupport.h"
 #include "tests/TestHome.h"
 
@@ -104,6 +105,16 @@ TEST_F(PathUtilsTest, TheHomeItselfMeansNoFolderOfItsOwn) {
     writeUserDirectories(line);
     EXPECT_EQ(PathUtils::userDocumentsPath(), Text(home.path().string())) << line;
   }
+}
+
+TEST_F(PathUtilsTest, AFolderThatIsNoUtf8CountsAsNoneAndIsToldOnce) {
+  qorvane::LogCapture logged;
+  setenv("XDG_DOCUMENTS_DIR", (home.path().string() + "/\xe9t\xe9").c_str(), 1);
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(PathUtils::userDocumentsPath().isNil());
+  EXPECT_TRUE(PathUtils::hasNoWordsForDocuments());
+  EXPECT_EQ(logged.lines().size(), 1u);
+  setenv("XDG_DOCUMENTS_DIR", "/documents", 1);
+  EXPECT_FALSE(PathUtils::hasNoWordsForDocuments());
 }
 
 TEST_F(PathUtilsTest, AFolderInPlaceOfTheFileIsNoMatter) {

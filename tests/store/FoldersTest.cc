@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "qorvane/desktop/Bundle.h"
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/desktop/MemoryFileManager.h"
 #include "qorvane/store/OptionTable.h"
 #include "tests/store/StoreTest.h"
@@ -204,6 +205,15 @@ TEST_F(FoldersTest, WithoutADocumentsFolderPathsStartAtTheRoot) {
   EXPECT_EQ(store.clientFileFolder(), Text("/T2020"));
   EXPECT_EQ(files.asked(), std::vector<Text>{"/T2020"});
   EXPECT_TRUE(store.applicationUserFolder().isNil());
+}
+
+TEST_F(FoldersTest, WithDocumentsThatAreNoUtf8NothingIsMade) {
+  LogCapture logged;
+  setenv("XDG_DOCUMENTS_DIR", (home.path().string() + "/\xe9t\xe9").c_str(), 1);
+  MemoryFileManager files;
+  EXPECT_EQ(store.clientFileFolder(), Text("/T2020"));
+  EXPECT_EQ(files.asked(), std::vector<Text>());
+  EXPECT_EQ(logged.lines().size(), 1u);
 }
 
 TEST_F(FoldersTest, ADocumentsFolderThatIsTheRootGetsNoSecondSeparator) {
