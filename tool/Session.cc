@@ -93,7 +93,7 @@ void Session::requireUndamaged(const Text& key) {
   using State = FileUserDefaults::Inspection::State;
   const auto found = files_.inspect(key);
   if (found.state != State::Damaged) return;
-  const bool copy = files_.inspectBackup(key).state == State::Good;
+  const bool copy = files_.newestGoodGeneration(key).has_value();
   throw Failure(
       Exit::BadData,
       say(copy

@@ -7,7 +7,8 @@
 //
 // The first is a byte-range lock, which file servers honour where they ignore flock(); of the open file
 // rather than of the process, so that it also excludes another lock object in this process; and it dies with
-// its holder.
+// its holder. A process that was forked meanwhile holds nothing, and lets go of nothing. Whoever removes or
+// replaces the file takes the lock away: a holder finds out before it puts a file in place.
 //
 // A file system may have no such locks (a network home without a lock service). Then the lock is a second
 // name given to a claim: making a name is atomic everywhere. A claim says on which machine which process made
@@ -17,6 +18,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "qorvane/preferences/OpenFile.h"
@@ -32,18 +34,24 @@ class FolderLock {
   FolderLock(SystemCalls& calls, const std::string& folder, int waitMilliseconds);
   ~FolderLock();
 
-  /// Throws FileException (EAGAIN) when the lock was taken away from a holder that seemed to be gone.
+  /// Throws FileException (EAGAIN) when the lock was taken away from its holder, or in a process that only
+  /// was forked from it.
   void requireHeld() const;
 
  private:
   class Claim;
 
   bool take();
+  bool isLocked() const;
 
   SystemCalls& calls_;
   std::string path_;
-  OpenFile file_;
+  std::optional<OpenFile> file_;
+  struct stat locked_ = {};
   std::unique_ptr<Claim> claim_;
+  /// How often the process was forked, and had been, when the lock was taken.
+  unsigned forks_;
+  unsigned lineage_;
 };
 
 }  // namespace qorvane::inline v1

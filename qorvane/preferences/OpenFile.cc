@@ -1,5 +1,7 @@
 #include "qorvane/preferences/OpenFile.h"
 
+#include <dirent.h>
+
 namespace qorvane::inline v1 {
 
 bool OpenFile::read(std::string& bytes, std::size_t count) {
@@ -33,10 +35,29 @@ bool OpenFile::write(std::string_view bytes) {
   return true;
 }
 
-bool OpenFile::makePrivate() {
+bool OpenFile::makePrivate(struct stat* found) {
   struct stat status;
-  return (calls_.fstat(descriptor_, &status) == 0 && (status.st_mode & kRights) == kPrivateFile) ||
+  const bool examined = calls_.fstat(descriptor_, &status) == 0;
+  if (examined && found) *found = status;
+  return (examined && (status.st_mode & kRights) == kPrivateFile) ||
          calls_.fchmod(descriptor_, kPrivateFile) == 0;
+}
+
+bool OpenFile::list(const std::function<void(std::string_view name, unsigned char kind)>& tell) {
+  alignas(dirent64) char entries[32768];
+  for (;;) {
+    const ssize_t size = calls_.getdents(descriptor_, entries, sizeof entries);
+    if (size == 0) return true;
+    if (size < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    for (const char* at = entries; at < entries + size;) {
+      const auto* entry = reinterpret_cast<const dirent64*>(at);
+      tell(entry->d_name, entry->d_type);
+      at += entry->d_reclen;
+    }
+  }
 }
 
 bool OpenFile::sync() {

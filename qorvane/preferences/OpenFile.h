@@ -4,6 +4,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,6 +15,10 @@ namespace qorvane::inline v1 {
 
 inline constexpr mode_t kPrivateFile = 0600;
 inline constexpr mode_t kRights = 07777;
+
+inline bool isSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
 
 class OpenFile {
  public:
@@ -41,9 +46,13 @@ class OpenFile {
   bool read(std::string& bytes, std::size_t count);
   bool write(std::string_view bytes);
   /// Makes the file its owner's alone, whatever a umask took or another program gave. Touches it only where
-  /// it has to: a change of rights that changes nothing is one more write for the file system.
-  bool makePrivate();
+  /// it has to: a change of rights that changes nothing is one more write for the file system. Tells on the
+  /// way which file it is.
+  bool makePrivate(struct stat* found = nullptr);
   bool sync();
+  /// Tells each name in the folder that is open, from where the last listing ended, with its kind (a DT_…
+  /// constant, DT_UNKNOWN where the file system does not tell).
+  bool list(const std::function<void(std::string_view name, unsigned char kind)>& tell);
   /// Syncs the names in a folder. A file system that cannot do so for a folder writes them in order by
   /// itself.
   bool syncFolder() { return sync() || errno == EINVAL; }

@@ -1,5 +1,6 @@
 #include "qorvane/preferences/SystemCalls.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -33,19 +34,36 @@ ssize_t SystemCalls::readlink(const char* path, char* target, std::size_t size) 
   return ::readlink(path, target, size);
 }
 
-int SystemCalls::tryLock(int file) {
+namespace {
+int setLock(int file, short type) {
   struct ::flock whole = {};
-  whole.l_type = F_WRLCK;
+  whole.l_type = type;
   whole.l_whence = SEEK_SET;
   return ::fcntl(file, F_OFD_SETLK, &whole);
 }
+}  // namespace
+
+int SystemCalls::tryLock(int file) { return setLock(file, F_WRLCK); }
+int SystemCalls::unlock(int file) { return setLock(file, F_UNLCK); }
+
+ssize_t SystemCalls::getdents(int folder, void* entries, std::size_t size) {
+  return ::getdents64(folder, entries, size);
+}
+int SystemCalls::statfs(const char* path, struct ::statfs* status) { return ::statfs(path, status); }
+int SystemCalls::uname(utsname* machine) { return ::uname(machine); }
 
 void SystemCalls::sleepMilliseconds(int count) {
   std::this_thread::sleep_for(std::chrono::milliseconds(count));
 }
 
 std::time_t SystemCalls::time() { return std::time(nullptr); }
+timespec SystemCalls::fileTime() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return now;
+}
 uid_t SystemCalls::geteuid() { return ::geteuid(); }
+pid_t SystemCalls::getpid() { return ::getpid(); }
 
 SystemCalls& SystemCalls::real() {
   static SystemCalls calls;
@@ -124,6 +142,16 @@ ssize_t FaultInjectingSystemCalls::readlink(const char* path, char* target, std:
 }
 int FaultInjectingSystemCalls::tryLock(int file) {
   return fails("tryLock") ? -1 : SystemCalls::tryLock(file);
+}
+int FaultInjectingSystemCalls::unlock(int file) { return fails("unlock") ? -1 : SystemCalls::unlock(file); }
+ssize_t FaultInjectingSystemCalls::getdents(int folder, void* entries, std::size_t size) {
+  return fails("getdents") ? -1 : SystemCalls::getdents(folder, entries, size);
+}
+int FaultInjectingSystemCalls::statfs(const char* path, struct ::statfs* status) {
+  return fails("statfs") ? -1 : SystemCalls::statfs(path, status);
+}
+int FaultInjectingSystemCalls::uname(utsname* machine) {
+  return fails("uname") ? -1 : SystemCalls::uname(machine);
 }
 void FaultInjectingSystemCalls::sleepMilliseconds(int) {
   // Waiting is what the real one is for; a test only wants to know that it would have waited.

@@ -6,6 +6,8 @@
 
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/utsname.h>
+#include <sys/vfs.h>
 
 #include <cstddef>
 #include <ctime>
@@ -42,9 +44,18 @@ class SystemCalls {
   virtual ssize_t readlink(const char* path, char* target, std::size_t size);
   /// Locks the whole open file for writing if nobody else holds it; fails with EAGAIN otherwise.
   virtual int tryLock(int file);
+  /// Gives that lock back, also where another process has the same open file.
+  virtual int unlock(int file);
+  /// The next names in an open folder, as getdents64 has them; 0 behind the last.
+  virtual ssize_t getdents(int folder, void* entries, std::size_t size);
+  virtual int statfs(const char* path, struct ::statfs* status);
+  virtual int uname(utsname* machine);
   virtual void sleepMilliseconds(int count);
   virtual std::time_t time();
+  /// A time that no file of this machine bears yet; no call of the kernel.
+  virtual timespec fileTime();
   virtual uid_t geteuid();
+  virtual pid_t getpid();
 
   /// The operating system's own.
   static SystemCalls& real();
@@ -94,6 +105,10 @@ class FaultInjectingSystemCalls : public SystemCalls {
   int rmdir(const char* path) override;
   ssize_t readlink(const char* path, char* target, std::size_t size) override;
   int tryLock(int file) override;
+  int unlock(int file) override;
+  ssize_t getdents(int folder, void* entries, std::size_t size) override;
+  int statfs(const char* path, struct ::statfs* status) override;
+  int uname(utsname* machine) override;
   void sleepMilliseconds(int count) override;
   std::time_t time() override;
 

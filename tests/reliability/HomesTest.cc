@@ -167,6 +167,17 @@ TEST_F(HomesTest, PathsWithBlanksAccentsAndLineBreaks) {
   }
 }
 
+TEST_F(HomesTest, TwoHomesThatAreNoUtf8AreTwo) {
+  for (const bool second : {false, true}) {
+    setenv("XDG_CONFIG_HOME", (home.path().string() + (second ? "/\xe8t\xe8" : "/\xe9t\xe9")).c_str(), 1);
+    EXPECT_TRUE(FileUserDefaults().objectForKey(kKey).isNil());
+    EXPECT_TRUE(save(second ? kNew : kOld));
+    EXPECT_TRUE(isIdentical(FileUserDefaults().objectForKey(kKey), second ? kNew : kOld));
+  }
+  setenv("XDG_CONFIG_HOME", (home.path().string() + "/\xe9t\xe9").c_str(), 1);
+  EXPECT_TRUE(isIdentical(FileUserDefaults().objectForKey(kKey), kOld));
+}
+
 TEST_F(HomesTest, AnXdgValueThatIsEmptyOrRelativeCountsForNothing) {
   for (const char* value : {"", "relative", "./here", "../up", "~/config"}) {
     setenv("XDG_CONFIG_HOME", value, 1);

@@ -33,7 +33,7 @@ class CallsWithoutSync : public SystemCalls {
 class OutOfMemoryTest : public testing::TestWithParam<bool> {
  protected:
   fs::path file() const { return home.store() / "QorvaneT1Settings2020.plist"; }
-  fs::path backup() const { return file().string() + ".bak"; }
+  static fs::path newest() { return FileUserDefaults().generations(kKey).at(0).path; }
 
   void save(const Value& value) {
     FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
@@ -146,7 +146,7 @@ TEST_P(OutOfMemoryTest, MendingADamagedFileLosesNothing) {
       fs::remove_all(home.store());
       save(kOld);
       save(kNew);
-      const std::string copy = readFile(backup());
+      const std::string copy = readFile(newest());
       writeFile(file(), "junk");
       FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
       bool hadEffect;
@@ -164,7 +164,7 @@ TEST_P(OutOfMemoryTest, MendingADamagedFileLosesNothing) {
         hadEffect = failing.hadEffect();
       }
       expectNoTemporaryFile(allocation);
-      EXPECT_EQ(readFile(backup()), copy) << allocation;
+      EXPECT_EQ(readFile(newest()), copy) << allocation;
       bool kept = false;
       for (const std::string& name : names()) kept = kept || readFile(home.store() / name) == "junk";
       EXPECT_TRUE(kept) << allocation;

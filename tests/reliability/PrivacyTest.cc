@@ -1,4 +1,5 @@
 // Nobody else reads the settings, or puts others in their place.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -89,7 +90,7 @@ TEST_F(PrivacyTest, AnyUmaskLeavesTheOwnerHisRights) {
     EXPECT_TRUE(save(kOld) && save(kNew)) << (logged.lines().empty() ? "" : logged.lines()[0]);
     EXPECT_TRUE(isIdentical(load(), kNew));
     EXPECT_EQ(modeOf(file()), 0600u);
-    EXPECT_EQ(modeOf(file().string() + ".bak"), 0600u);
+    EXPECT_EQ(modeOf(FileUserDefaults().generations(kKey).at(0).path), 0600u);
     EXPECT_EQ(modeOf(home.store() / ".lock"), 0600u);
     EXPECT_EQ(modeOf(home.store()), 0700u);
     EXPECT_EQ(modeOf(home.path() / ".config"), 0700u);
@@ -104,14 +105,22 @@ class FolderOf : public SystemCalls {
   FolderOf(uid_t user, uid_t owner, mode_t mode) : user_(user), owner_(owner), mode_(mode) {}
 
   int stat(const char* path, struct ::stat* status) override {
-    const int result = SystemCalls::stat(path, status);
-    status->st_uid = owner_;
-    status->st_mode = S_IFDIR | mode_;
-    return result;
+    return changed(SystemCalls::stat(path, status), *status);
+  }
+  int fstat(int file, struct ::stat* status) override {
+    return changed(SystemCalls::fstat(file, status), *status);
   }
   uid_t geteuid() override { return user_; }
 
  private:
+  int changed(int result, struct ::stat& status) const {
+    if (result == 0 && S_ISDIR(status.st_mode)) {
+      status.st_uid = owner_;
+      status.st_mode = S_IFDIR | mode_;
+    }
+    return result;
+  }
+
   uid_t user_;
   uid_t owner_;
   mode_t mode_;
@@ -147,7 +156,7 @@ TEST_F(PrivacyTest, AFolderThatOthersMayChangeIsRefused) {
     } else {
       EXPECT_THROW(store.objectForKey(kKey), FileException) << what;
       EXPECT_THROW(store.inspect(kKey), FileException) << what;
-      EXPECT_THROW(store.inspectBackup(kKey), FileException) << what;
+      EXPECT_THROW(store.generations(kKey), FileException) << what;
     }
     store.setObject(kOld, kKey);
     EXPECT_EQ(store.synchronize(), row.saves) << what;
@@ -237,9 +246,66 @@ TEST_F(PrivacyTest, NothingButTheTargetOfALinkIsTouchedOutsideTheFolder) {
   for (const auto& entry : fs::directory_iterator(home.path() / "dotfiles"))
     found.push_back(entry.path().filename());
   std::ranges::sort(found);
-  EXPECT_EQ(found, (std::vector<std::string>{"bystander", "settings"}))
+  EXPECT_EQ(found, (std::vector<std::string>{".lock", "bystander", "settings"}))
       << "what is set aside is in our folder";
   EXPECT_EQ(readFile(home.path() / "dotfiles" / "bystander"), "mine");
+}
+
+TEST_F(PrivacyTest, TheFolderOfALinksTargetIsCheckedLikeOurs) {
+  const fs::path folder = home.path() / "dotfiles";
+  fs::create_directories(folder);
+  fs::create_directories(home.store());
+  fs::create_symlink(folder / "settings", file());
+  ASSERT_TRUE(save(kOld));
+  const std::string bytes = readFile(folder / "settings");
+  fs::permissions(folder, fs::perms(0777));
+  if (geteuid() != 0) {
+    EXPECT_THROW(load(), FileException);
+  }
+  EXPECT_FALSE(save(kNew)) << "another user could put something else in the target's place";
+  EXPECT_NE(logged.lines().back().view().find(folder.string()), std::string_view::npos);
+  EXPECT_EQ(readFile(folder / "settings"), bytes);
+  fs::permissions(folder, fs::perms(0700));
+  EXPECT_TRUE(save(kNew));
+}
+
+TEST_F(PrivacyTest, WhatStandsBesideALinksTargetIsNotOurs) {
+  const fs::path target = home.path() / "dotfiles" / "settings";
+  writeFile(target.string() + ".new", "mine");
+  fs::create_directories(home.store());
+  fs::create_symlink(target, file());
+  EXPECT_TRUE(save(kOld) && save(kNew));
+  EXPECT_EQ(readFile(target.string() + ".new"), "mine");
+}
+
+// ---- root in another user's home
+// ---------------------------------------------------------------------------
+
+// Folders that root made on the way would lock the user out.
+TEST_F(PrivacyTest, RootMakesNoFolderInAnotherUsersHome) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be refused";
+  const fs::path eve = home.path() / "eve";
+  fs::create_directories(eve);
+  ASSERT_EQ(chown(eve.c_str(), 65534, 65534), 0);
+  const auto expectRefused = [&](const fs::path& folder) {
+    FileUserDefaults store(folder.string());
+    store.setObject(kOld, kKey);
+    EXPECT_FALSE(store.synchronize()) << folder;
+    EXPECT_EQ(store.lastFailure()->systemError, EACCES);
+    const Text reason = store.lastFailure()->reason(Language::English);
+    EXPECT_NE(reason.view().find("sudo -u '#65534'"), std::string_view::npos) << reason;
+    EXPECT_FALSE(fs::exists(folder));
+  };
+  expectRefused(eve / ".config" / "Qorvane");
+  EXPECT_TRUE(fs::is_empty(eve));
+  // By HOME, with a folder of root's on the way.
+  setenv("HOME", eve.c_str(), 1);
+  fs::create_directories(eve / ".config");
+  expectRefused(eve / ".config" / "Qorvane");
+  // Elsewhere root does as it likes.
+  FileUserDefaults own((home.path() / "own" / "Qorvane").string());
+  own.setObject(kOld, kKey);
+  EXPECT_TRUE(own.synchronize());
 }
 
 TEST_F(PrivacyTest, ATargetThatBelongsToAnotherUserIsReadAndNotReplaced) {
@@ -334,21 +400,28 @@ TEST_F(PrivacyTest, ALinkInTheNewFilesPlaceIsNotFollowed) {
   fs::create_directories(home.store());
   writeFile(home.path() / "victim", "mine");
   fs::create_symlink(home.path() / "victim", file().string() + ".new");
-  fs::create_symlink(home.path() / "victim", file().string() + ".bak.new");
+  fs::create_symlink(home.path() / "victim", home.store() / ".QorvaneT1Settings2020.0123456789abcdef.new");
   EXPECT_TRUE(save(kOld) && save(kNew));
   EXPECT_EQ(readFile(home.path() / "victim"), "mine");
 }
 
 // Not even when it comes between our looking and our writing.
 TEST_F(PrivacyTest, ALinkThatComesAtTheLastMomentIsNotFollowed) {
+  class Intruder : public SystemCalls {
+    int open(const char* path, int flags, mode_t mode) override {
+      if ((flags & O_EXCL) != 0) {
+        EXPECT_EQ(symlink(victim.c_str(), path), 0);
+      }
+      return SystemCalls::open(path, flags, mode);
+    }
+
+   public:
+    fs::path victim;
+  };
   ASSERT_TRUE(save(kOld));
   writeFile(home.path() / "victim", "mine");
-  FaultInjectingSystemCalls calls;
-  calls.setFault([&](const std::string& name, int) {
-    std::error_code there;
-    if (name == "open") fs::create_symlink(home.path() / "victim", file().string() + ".new", there);
-    return 0;
-  });
+  Intruder calls;
+  calls.victim = home.path() / "victim";
   EXPECT_FALSE(save(kNew, calls));
   EXPECT_EQ(readFile(home.path() / "victim"), "mine");
   EXPECT_TRUE(isIdentical(load(), kOld));

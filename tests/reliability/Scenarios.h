@@ -44,7 +44,6 @@ const std::vector<Scenario>& scenarios();
 class ScenarioTest : public testing::TestWithParam<Scenario> {
  protected:
   std::filesystem::path file() const { return home.store() / "QorvaneT1Settings2020.plist"; }
-  std::filesystem::path backup() const { return file().string() + ".bak"; }
 
   void prepare();
   /// True when the act came to the end that its scenario foresees.

@@ -144,7 +144,7 @@ void printFormatManual(std::ostream& out) {
       << '\n';
   printTerms({{"QorvaneT1Settings2024.plist", say("the personal product, tax year 2024")},
               {"QorvaneT2Settings2024.plist", say("the corporate product, tax year 2024")},
-              {"*.plist.bak", say("the last good copy: the file before the last save")},
+              {".*.plist", say("generations: what a file held before each save")},
               {"*.plist.damaged-TIME", say("a damaged file, set aside as it was")},
               {"*.plist.unreadable-TIME", say("a file that could not be read when a save replaced it")},
               {".lock", say("locked by whoever saves; always empty")},

@@ -1,20 +1,18 @@
-// The verbs that look after the store: doctor, restore and watch.
+// The verbs that look after the store: restore and watch.
 #include <fcntl.h>
 #include <fnmatch.h>
 #include <poll.h>
-#include <sys/inotify.h>
 #include <sys/signalfd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 #include <map>
 #include <optional>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/PreferenceWatch.h"
 #include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
@@ -33,15 +31,9 @@ using qorvane::Text;
 using qorvane::Value;
 using State = FileUserDefaults::Inspection::State;
 
-namespace fs = std::filesystem;
-
 namespace {
 
 struct Nothing {};
-
-struct DoctorRequest {
-  bool repair = false;
-};
 
 struct WatchRequest {
   std::string glob = "*";
@@ -76,183 +68,7 @@ void restore(Session& session, const Nothing&, std::ostream& out) {
   answer("restored");
 }
 
-// ---- doctor ---------------------------------------------------------------------------------------------
-
-struct Finding {
-  std::string file;
-  Phrase state;  // "good", "problem", "repaired", "note".
-  std::string what;
-};
-
-class Doctor {
- public:
-  Doctor(Session& session, bool repair) : session_(session), repair_(repair) {}
-
-  std::vector<Finding> findings() {
-    const std::string folder = session_.files().folder();
-    struct stat status;
-    session_.requireFolder();
-    if (lstat(folder.c_str(), &status) != 0) {
-      if (errno != ENOENT)
-        throw Failure(exitFor(errno), say("cannot examine {}: {}", folder, systemReason(errno)));
-      add(folder, "note", say("there are no settings yet"));
-      return std::move(findings_);
-    }
-    examineRights(folder, ".", 0700);
-    lock();
-    for (const Domain& domain : storedDomains(session_)) examineSettings(domain);
-    examineLeftovers(folder);
-    return std::move(findings_);
-  }
-
- private:
-  void add(std::string file, const Phrase& state, std::string what) {
-    findings_.push_back({std::move(file), state, std::move(what)});
-  }
-
-  // Private to the user, as every file and folder of the store is made.
-  void examineRights(const std::string& path, const std::string& name, mode_t wanted) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0) return;
-    if (status.st_uid != geteuid()) {
-      add(name, "problem", say("belongs to another user"));
-    } else if ((status.st_mode & 0777) != wanted) {
-      const bool mended = repair_ && chmod(path.c_str(), wanted) == 0;
-      add(name, mended ? Phrase("repaired") : Phrase("problem"),
-          wanted == 0700 ? say("its mode was not 0700: others may look in, or you may not")
-                         : say("its mode was not 0600: others may read it, or you may not"));
-    }
-  }
-
-  void lock() try { lock_.emplace(session_.files()); } catch (const FileException& error) {
-    add(".lock", error.systemError() == EAGAIN ? Phrase("note") : Phrase("problem"), told(error.failure()));
-  }
-
-  void examineSettings(const Domain& domain) try {
-    FileUserDefaults& files = session_.files();
-    const Text key = domain.key();
-    const std::string name = key.string() + ".plist";
-    auto found = files.inspect(key);
-    const auto copy = files.inspectBackup(key);
-    if (found.state == State::Damaged) {
-      const std::string damage = told(*found.damage);
-      if (repair_ && lock_) {
-        files.objectForKey(key);
-        found = files.inspect(key);
-      }
-      add(name, found.state == State::Damaged ? Phrase("problem") : Phrase("repaired"),
-          say(copy.state == State::Good ? Phrase("damaged: {}; there is a good copy of it")
-                                        : Phrase("damaged: {}; there is no good copy of it"),
-              damage));
-    } else {
-      add(name, "good",
-          found.sealed ? say("saves: {}", std::to_string(found.generation))
-                       : say("written by another program: damage to it would not show"));
-    }
-    if (copy.state == State::Damaged) {
-      const bool removed = repair_ && lock_ && unlink(files.backupPathForKey(key).c_str()) == 0;
-      add(name + ".bak", removed ? Phrase("repaired") : Phrase("problem"),
-          say("damaged: {}", told(*copy.damage)));
-    } else if (copy.state == State::Good) {
-      add(name + ".bak", "good", say("the last good copy"));
-    }
-    examineRights(files.pathForKey(key), name, 0600);
-    if (copy.state != State::Missing) examineRights(files.backupPathForKey(key), name + ".bak", 0600);
-  } catch (const FileException& error) {
-    add(domain.key().string() + ".plist", "problem", told(error.failure()));
-  }
-
-  void examineLeftovers(const std::string& folder) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error))
-      names.push_back(file->path().filename().string());
-    std::ranges::sort(names);
-    for (const std::string& name : names) {
-      if (name.ends_with(".new")) {
-        // Whoever holds the lock may be writing it.
-        const bool removed = repair_ && lock_ && unlink((folder + "/" + name).c_str()) == 0;
-        add(name, removed ? Phrase("repaired") : Phrase("problem"), say("left by a save that was killed"));
-      } else if (name.find(".damaged-") != name.npos || name.find(".unreadable-") != name.npos) {
-        add(name, "note", say("set aside; yours to keep or remove"));
-      } else if (name.starts_with(".lock-held")) {
-        add(name, "note", say("a lock, or what a killed process left of one; it goes by itself"));
-      } else if (name == ".unfinished") {
-        add(name, "problem", say("left by an import that was killed; it could not be undone"));
-      }
-    }
-  }
-
-  Session& session_;
-  bool repair_;
-  std::optional<FileUserDefaults::Lock> lock_;
-  std::vector<Finding> findings_;
-};
-
-void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
-  const std::vector<Finding> findings = Doctor(session, request.repair).findings();
-  const bool ill =
-      std::ranges::any_of(findings, [](const Finding& f) { return f.state.english() == "problem"; });
-  if (ill) session.setExit(Exit::NotFound);
-  if (session.json()) {
-    Json all = Json::array();
-    for (const Finding& finding : findings)
-      all.push_back(
-          {{"file", finding.file}, {"state", std::string(finding.state.english())}, {"what", finding.what}});
-    printJson({{"folder", session.files().folder()}, {"findings", all}}, out);
-    return;
-  }
-  if (!session.reports()) return;
-  printTable(session, {}, {{session.files().folder()}}, out, Holding::Paths);
-  std::vector<Row> rows;
-  for (const Finding& finding : findings) {
-    // The name of a file that was set aside is longer than all else and would leave no room for it.
-    const bool isLong = finding.file.size() > 36;
-    if (isLong) rows.push_back({"  " + finding.file});
-    rows.push_back({isLong ? "" : "  " + finding.file, say(finding.state), finding.what});
-  }
-  printTable(session, {}, rows, out, Holding::Words);
-  if (ill && !request.repair) out << say("`optionsmgr doctor --repair` mends what can be mended") << '\n';
-}
-
 // ---- watch ----------------------------------------------------------------------------------------------
-
-// An open file of the kernel's that closes itself.
-class Handle {
- public:
-  explicit Handle(int descriptor) : descriptor_(descriptor) {
-    if (descriptor_ < 0) throw Failure(Exit::InputOutput, say("cannot watch: {}", systemReason(errno)));
-  }
-  ~Handle() { close(descriptor_); }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
-  operator int() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
-// Watches the folder, or the nearest one above it that is there.
-void watchFolder(int notify, const fs::path& folder) {
-  constexpr std::uint32_t kEvents =
-      IN_MOVED_TO | IN_MOVED_FROM | IN_CLOSE_WRITE | IN_DELETE | IN_CREATE | IN_MOVE_SELF;
-  for (fs::path path = folder; inotify_add_watch(notify, path.c_str(), kEvents) < 0;) {
-    if (errno != ENOENT || !path.has_relative_path())
-      throw Failure(exitFor(errno), say("cannot watch {}: {}", path.string(), systemReason(errno)));
-    path = path.parent_path();
-  }
-}
-
-// Takes what has happened. A folder that was moved away is no longer the one of its name, and is let go.
-void takeEvents(int notify) {
-  alignas(inotify_event) char events[4096];
-  for (ssize_t size; (size = read(notify, events, sizeof events)) > 0;)
-    for (const char* at = events; at < events + size;) {
-      const auto* const event = reinterpret_cast<const inotify_event*>(at);
-      if ((event->mask & IN_MOVE_SELF) != 0) inotify_rm_watch(notify, event->wd);
-      at += sizeof *event + event->len;
-    }
-}
 
 // The settings that are watched, and what of them has been told.
 class Watch {
@@ -268,18 +84,6 @@ class Watch {
            : said.productSaid                ? std::string(domain.corporate ? "T2" : "T1")
            : said.yearSaid                   ? std::to_string(domain.year)
                                              : say("every product and year");
-  }
-
-  // Watches the store's folder and, for a file that is a link, its target's. Again and again, for the folder
-  // may have been made meanwhile, or a link turned to another place.
-  void follow(int notify) {
-    const fs::path folder = session_.files().folder();
-    watchFolder(notify, folder);
-    for (const Domain& domain : domains()) {
-      std::error_code none;
-      const fs::path target = fs::canonical(session_.files().pathForKey(domain.key()), none);
-      if (!none && target.parent_path() != folder) watchFolder(notify, target.parent_path());
-    }
   }
 
   // Takes the settings as they are for known.
@@ -369,7 +173,7 @@ class Watch {
   int told_ = 0;
 };
 
-void watch(Session& session, const WatchRequest& request, std::ostream& out) {
+void watch(Session& session, const WatchRequest& request, std::ostream& out) try {
   session.requireFolder();
   if ((fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) == O_RDONLY)
     throw Failure(Exit::InputOutput, say("the answer could not be written"));
@@ -380,32 +184,26 @@ void watch(Session& session, const WatchRequest& request, std::ostream& out) {
   sigaddset(&ending, SIGTERM);
   sigprocmask(SIG_BLOCK, &ending, nullptr);
   std::signal(SIGPIPE, SIG_IGN);
-  const Handle notify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-  const Handle signals(signalfd(-1, &ending, SFD_CLOEXEC));
+  const int signals = signalfd(-1, &ending, SFD_CLOEXEC);
+  qorvane::PreferenceWatch changes(session.files());
 
   Watch watch(session, request, out);
-  watch.follow(notify);
   watch.begin();
   if (session.reports()) tell(say("watching {} in {}", watch.subject(), session.files().folder()));
   do {
-    pollfd ends[] = {{notify, POLLIN, 0}, {signals, POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    pollfd ends[] = {{changes.descriptor(), POLLIN, 0}, {signals, POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
     if (poll(ends, std::size(ends), -1) < 0 && errno != EINTR)
       throw Failure(Exit::InputOutput, say("cannot watch: {}", systemReason(errno)));
     if (ends[1].revents != 0 || (ends[2].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) return;
-    takeEvents(notify);
-    watch.follow(notify);
-  } while (watch.tellChanges());
+  } while (changes.changedKeys().empty() || watch.tellChanges());
+} catch (const FileException& error) {
+  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 }  // namespace
 
 void addCareVerbs(Verbs& verbs) {
-  verbs.add<DoctorRequest>(
-      "doctor", "examine the store's files, rights, lock and copies",
-      [](CLI::App& verb, DoctorRequest& request) {
-        verb.add_flag("--repair", request.repair, Phrase("mend what can be mended"));
-      },
-      doctor, "  optionsmgr doctor\n  optionsmgr doctor --repair\n");
+  addDoctorVerb(verbs);
   verbs.add<Nothing>(
       "restore", "replace a damaged file by its last good copy", [](CLI::App&, Nothing&) {}, restore);
   verbs.add<WatchRequest>(

@@ -86,6 +86,9 @@ void addCompletionVerb(Verbs& verbs);
 void addYearVerbs(Verbs& verbs);
 /// doctor, restore, watch.
 void addCareVerbs(Verbs& verbs);
+void addDoctorVerb(Verbs& verbs);
+/// history, undo.
+void addGenerationVerbs(Verbs& verbs);
 /// export, import.
 void addExchangeVerbs(Verbs& verbs);
 

@@ -1,6 +1,7 @@
 // doctor, watch and range.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -50,8 +51,8 @@ TEST_F(CareVerbsTest, AStoreInOrderIsSaidToBe) {
   const ToolResult result = tool({"doctor"});
   EXPECT_EQ(result.exit, 0) << result.out;
   EXPECT_EQ(result.out, home.store().string() +
-                            "\n  QorvaneT1Settings2020.plist      good  saves: 2\n"
-                            "  QorvaneT1Settings2020.plist.bak  good  the last good copy\n");
+                            "\n  QorvaneT1Settings2020.plist     good  saves: 2\n"
+                            "  .QorvaneT1Settings2020.*.plist  good  generations that are good: 1\n");
   EXPECT_EQ(tool({"--quiet", "doctor"}).out, "");
 }
 
@@ -76,11 +77,61 @@ TEST_F(CareVerbsTest, DamageIsFoundAndMendedOnRequest) {
 TEST_F(CareVerbsTest, ADamagedCopyIsFound) {
   tool({"set", "language", "French"});
   tool({"set", "language", "English"});
-  writeFile(file().string() + ".bak", "rubbish");
+  const fs::path kept = qorvane::FileUserDefaults().generations("QorvaneT1Settings2020").at(0).path;
+  writeFile(kept, "rubbish");
   EXPECT_EQ(tool({"doctor"}).exit, 1);
   EXPECT_EQ(tool({"doctor", "--repair"}).exit, 0);
-  EXPECT_FALSE(fs::exists(file().string() + ".bak"));
+  EXPECT_FALSE(fs::exists(kept));
   EXPECT_EQ(tool({"doctor"}).exit, 0);
+  std::size_t aside = 0;
+  for (const auto& entry : fs::directory_iterator(home.store()))
+    aside +=
+        entry.path().string().find(".damaged-") != std::string::npos && readFile(entry.path()) == "rubbish";
+  EXPECT_EQ(aside, 1u) << "set aside, not lost";
+}
+
+TEST_F(CareVerbsTest, OnlyWhatTheStoreMadeIsRemovedOrChanged) {
+  tool({"set", "language", "French"});
+  writeFile(home.store() / "clients.new", "mine");
+  EXPECT_EQ(tool({"doctor", "--repair"}).exit, 0);
+  EXPECT_TRUE(fs::exists(home.store() / "clients.new"));
+  // A folder that was named by mistake.
+  const fs::path mine = home.path() / "mine";
+  writeFile(mine / "letter", "mine");
+  fs::permissions(mine, fs::perms(0755));
+  EXPECT_EQ(tool({"--store", mine.string(), "doctor", "--repair"}).exit, 0);
+  EXPECT_EQ(modeOf(mine), 0755u);
+  EXPECT_FALSE(fs::exists(mine / ".lock"));
+  EXPECT_EQ(tool({"--store", "", "doctor"}).exit, 2);
+}
+
+TEST_F(CareVerbsTest, NoRightsAreChangedThroughALink) {
+  tool({"set", "language", "French"});
+  fs::rename(file(), home.path() / "real");
+  fs::permissions(home.path() / "real", fs::perms(0644));
+  fs::create_symlink(home.path() / "real", file());
+  EXPECT_EQ(tool({"doctor", "--repair"}).exit, 1) << "a problem still";
+  EXPECT_EQ(modeOf(home.path() / "real"), 0644u);
+  fs::permissions(home.store(), fs::perms(0755));
+  const fs::path link = home.path() / "link";
+  fs::create_directory_symlink(home.store(), link);
+  tool({"--store", link.string(), "doctor", "--repair"});
+  EXPECT_EQ(modeOf(home.store()), 0755u);
+}
+
+TEST_F(CareVerbsTest, RootRepairsNothingOfAnotherUser) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can";
+  const fs::path folder = home.path() / "theirs";
+  writeFile(home.path() / "victim", "root's");
+  fs::permissions(home.path() / "victim", fs::perms(0644));
+  fs::create_directories(folder);
+  fs::create_symlink(home.path() / "victim", folder / "QorvaneT1Settings2024.plist");
+  ASSERT_EQ(lchown(folder.c_str(), 65534, 65534), 0);
+  ASSERT_EQ(lchown((folder / "QorvaneT1Settings2024.plist").c_str(), 65534, 65534), 0);
+  tool({"--store", folder.string(), "doctor", "--repair"});
+  EXPECT_EQ(modeOf(home.path() / "victim"), 0644u);
+  EXPECT_EQ(readFile(home.path() / "victim"), "root's");
+  EXPECT_FALSE(fs::exists(folder / ".lock"));
 }
 
 TEST_F(CareVerbsTest, RightsThatLetOthersInAreFoundAndMended) {

@@ -1,0 +1,222 @@
+// Hearing what others change: in the folder, on the ways to it, behind links, and where nothing is heard.
+#include "qorvane/preferences/PreferenceWatch.h"
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "tests/preferences/FileStoreTest.h"
+
+namespace qorvane {
+namespace {
+
+using Keys = std::vector<Text>;
+
+class PreferenceWatchTest : public FileStoreTest {
+ protected:
+  /// What the watch tells when its descriptor has become readable; nothing when it does not.
+  static Keys heard(PreferenceWatch& watch, int milliseconds = 5000) {
+    pollfd end = {watch.descriptor(), POLLIN, 0};
+    for (;;) {
+      if (poll(&end, 1, milliseconds) <= 0) return {};
+      if (Keys keys = watch.changedKeys(); !keys.empty()) return keys;
+    }
+  }
+  /// Nothing more is told.
+  static bool isSilent(PreferenceWatch& watch) {
+    return watch.changedKeys().empty() && watch.changedKeys().empty();
+  }
+  static void saveIn(const fs::path& folder, const Value& value, const Text& key = kKey) {
+    CallsWithoutSync calls;
+    FileUserDefaults other(folder.string(), calls);
+    other.setObject(value, key);
+    ASSERT_TRUE(other.synchronize()) << other.lastFailure()->reason(Language::English);
+  }
+
+  CallsWithoutSync calls;
+  FileUserDefaults store{FileUserDefaults::defaultFolder(), calls};
+};
+
+TEST_F(PreferenceWatchTest, OthersSavesAreToldAndOurOwnAreNot) {
+  save(kOld);
+  PreferenceWatch watch(store);
+  EXPECT_TRUE(isSilent(watch)) << "what stood there is known";
+  save(kNew);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  EXPECT_TRUE(isSilent(watch));
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_TRUE(isSilent(watch));
+  store.setObject(nullptr, kKey);
+  EXPECT_TRUE(store.synchronize());
+  EXPECT_TRUE(isSilent(watch));
+  save(kOld);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  save(nullptr);
+  EXPECT_EQ(heard(watch), Keys{kKey}) << "a removal";
+  // Ours and another's on it.
+  store.setObject(kOld, kKey);
+  EXPECT_TRUE(store.synchronize());
+  save(kNew);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  EXPECT_TRUE(isSilent(watch));
+}
+
+TEST_F(PreferenceWatchTest, SeveralKeysAreToldOnceAndInOrder) {
+  PreferenceWatch watch(store);
+  for (const Text& key : {Text("b"), Text("a"), Text("b"), Text("c")}) saveIn(home.store(), kNew, key);
+  for (const Text& key : {Text("a"), Text("b")}) saveIn(home.store(), kOld, key);
+  EXPECT_EQ(heard(watch), (Keys{"a", "b", "c"}));
+  EXPECT_TRUE(isSilent(watch));
+}
+
+TEST_F(PreferenceWatchTest, AFileThatIsWrittenInPlaceIsTold) {
+  save(kOld);
+  PreferenceWatch watch(store);
+  std::ofstream(file(), std::ios::app) << "x";
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  // The same size and the same moment.
+  for (int i = 0; i < 20; ++i) {
+    writeFile(file(), "junk" + std::to_string(i % 10));
+    EXPECT_EQ(heard(watch), Keys{kKey}) << i;
+  }
+}
+
+TEST_F(PreferenceWatchTest, AFolderThatComesLaterIsHeard) {
+  PreferenceWatch watch(store);
+  EXPECT_FALSE(fs::exists(home.path() / ".config"));
+  EXPECT_TRUE(isSilent(watch));
+  save(kOld);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  save(kNew);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  fs::remove_all(home.path() / ".config");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  save(kOld);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+}
+
+TEST_F(PreferenceWatchTest, AFolderThatIsReplacedIsHeard) {
+  save(kOld);
+  PreferenceWatch watch(store);
+  fs::rename(home.store(), home.path() / "old");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  saveIn(home.path() / "old", kNew);
+  EXPECT_TRUE(isSilent(watch)) << "that is the store's folder no more";
+  saveIn(home.path() / "new", kNew);
+  fs::rename(home.path() / "new", home.store());
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  save(kOld);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  // A folder above it.
+  fs::rename(home.path() / ".config", home.path() / "above");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  fs::rename(home.path() / "above", home.path() / ".config");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+}
+
+TEST_F(PreferenceWatchTest, LinksAreFollowedAndTheirTurningIsHeard) {
+  // The folder through a link, and in it a file that is one.
+  const fs::path one = home.path() / "one";
+  const fs::path two = home.path() / "two";
+  saveIn(one, kOld);
+  saveIn(two, kNew);
+  fs::create_directories(home.path() / ".config");
+  fs::create_directory_symlink("../one", home.store());
+  PreferenceWatch watch(store);
+  saveIn(one, kNew);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  fs::remove(home.store());
+  fs::create_directory_symlink("../two", home.store());
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  saveIn(one, kOld);
+  EXPECT_TRUE(isSilent(watch));
+  saveIn(two, kOld);
+  EXPECT_EQ(heard(watch), Keys{kKey});
+
+  const fs::path dotfiles = home.path() / "dotfiles";
+  fs::create_directories(dotfiles);
+  fs::rename(two / file().filename(), dotfiles / "settings");
+  fs::create_symlink("../dotfiles/settings", two / file().filename());
+  heard(watch);
+  saveIn(two, kNew);
+  EXPECT_EQ(heard(watch), Keys{kKey}) << "behind the link of the file";
+  writeFile(dotfiles / "bystander", "mine");
+  EXPECT_TRUE(isSilent(watch));
+  fs::remove(dotfiles / "settings");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+}
+
+// As of a file server, whose other clients the kernel does not hear.
+TEST_F(PreferenceWatchTest, WhereTheKernelIsBlindTheFilesAreCompared) {
+  class NetworkCalls : public CallsWithoutSync {
+   public:
+    int statfs(const char* path, struct ::statfs* status) override {
+      const int result = SystemCalls::statfs(path, status);
+      status->f_type = static_cast<decltype(status->f_type)>(type);
+      return result;
+    }
+    long type = NFS_SUPER_MAGIC;
+  };
+  save(kOld);
+  for (const long type : {long{NFS_SUPER_MAGIC}, long{FUSE_SUPER_MAGIC}, 0xFF534D42L}) {
+    NetworkCalls network;
+    network.type = type;
+    FileUserDefaults remote(FileUserDefaults::defaultFolder(), network);
+    PreferenceWatch watch(remote);
+    pollfd end = {watch.descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&end, 1, 10'000), 1) << "it ticks";
+    EXPECT_TRUE(watch.changedKeys().empty());
+    EXPECT_EQ(poll(&end, 1, 0), 0);
+  }
+  PreferenceWatch local(store);
+  pollfd end = {local.descriptor(), POLLIN, 0};
+  EXPECT_EQ(poll(&end, 1, 2500), 0) << "and does not where the kernel sees";
+}
+
+TEST_F(PreferenceWatchTest, WithoutAFolderThereIsNothingToWatch) {
+  FileUserDefaults none{std::string()};
+  EXPECT_THROW(PreferenceWatch{none}, FileException);
+}
+
+using PreferenceWatchSlow = PreferenceWatchTest;
+
+TEST_F(PreferenceWatchSlow, LeavesNoDescriptorOpen) {
+  const auto open = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+  };
+  save(kOld);
+  const auto before = open();
+  for (int round = 0; round < 10'000; ++round) {
+    const PreferenceWatch watch(store);
+    if (round == 5'000) {
+      EXPECT_GT(open(), before);
+    }
+  }
+  EXPECT_EQ(open(), before);
+}
+
+// More files than the kernel's queue has room for.
+TEST_F(PreferenceWatchSlow, AStormEndsInTheTrueState) {
+  constexpr int kFiles = 40'000;
+  fs::create_directories(home.store());
+  fs::permissions(home.store(), fs::perms(0700));
+  PreferenceWatch watch(store);
+  for (int i = 0; i < kFiles; ++i) {
+    const int out =
+        ::open((home.store() / ("key" + std::to_string(i) + ".plist")).c_str(), O_WRONLY | O_CREAT, 0600);
+    ASSERT_GE(out, 0);
+    ::close(out);
+  }
+  EXPECT_EQ(watch.changedKeys().size(), static_cast<std::size_t>(kFiles));
+  EXPECT_TRUE(isSilent(watch));
+  save(kNew);
+  EXPECT_EQ(heard(watch), Keys{kKey}) << "it hears on";
+}
+
+}  // namespace
+}  // namespace qorvane

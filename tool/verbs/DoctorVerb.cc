@@ -1,0 +1,239 @@
+// The verb doctor: what is wrong with the store's files, and the mending of what can be mended.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <optional>
+
+#include "qorvane/foundation/Exception.h"
+#include "tool/Domains.h"
+#include "tool/Failure.h"
+#include "tool/Output.h"
+#include "tool/speech/Language.h"
+#include "tool/verbs/Verbs.h"
+
+namespace optionsmgr {
+
+using qorvane::FileException;
+using qorvane::FileUserDefaults;
+using qorvane::Text;
+using State = FileUserDefaults::Inspection::State;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct DoctorRequest {
+  bool repair = false;
+};
+
+struct Finding {
+  std::string file;
+  Phrase state;  // "good", "problem", "repaired", "note".
+  std::string what;
+};
+
+class Doctor {
+ public:
+  Doctor(Session& session, bool repair) : session_(session), repair_(repair) {}
+
+  std::vector<Finding> findings() {
+    session_.requireFolder();
+    const std::string folder = session_.files().folder();
+    struct stat status;
+    if (stat(folder.c_str(), &status) != 0) {
+      if (errno != ENOENT)
+        throw Failure(exitFor(errno), say("cannot examine {}: {}", folder, systemReason(errno)));
+      add(folder, "note", say("there are no settings yet"));
+      return std::move(findings_);
+    }
+    names_ = namesIn(folder);
+    domains_ = domains();
+    // A folder that holds nothing of ours may be anybody's, such as one that was misspelt.
+    if (domains_.empty() && std::ranges::find(names_, ".lock") == names_.end()) {
+      add(folder, "note", say("there are no settings yet"));
+      return std::move(findings_);
+    }
+    // Root would act on what another user can exchange under its hands, and make files that he cannot read.
+    if (status.st_uid != geteuid()) repair_ = false;
+    examineRights(folder, ".", 0700);
+    lock();
+    for (const Domain& domain : domains_) examineSettings(domain);
+    examineLeftovers(folder);
+    return std::move(findings_);
+  }
+
+ private:
+  static std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error))
+      names.push_back(file->path().filename().string());
+    if (error)
+      throw Failure(exitFor(error.value()),
+                    say("cannot look into {}: {}", folder, systemReason(error.value())));
+    std::ranges::sort(names);
+    return names;
+  }
+
+  // Those with a file, or with nothing but generations of one that was removed.
+  std::vector<Domain> domains() const {
+    std::vector<Domain> found = storedDomains(session_);
+    for (const std::string& name : names_) {
+      const std::size_t start = name.starts_with('.') ? 1 : 0;
+      if (const auto domain = Domain::fromKey(name.substr(start, name.find('.', start) - start)))
+        found.push_back(*domain);
+    }
+    std::ranges::sort(found);
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+    return found;
+  }
+
+  void add(std::string file, const Phrase& state, std::string what) {
+    findings_.push_back({std::move(file), state, std::move(what)});
+  }
+
+  // Private to the user, as every file and folder of the store is made. Nothing is changed through a link:
+  // who knows what it points to.
+  void examineRights(const std::string& path, const std::string& name, mode_t wanted) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) return;
+    if (status.st_uid != geteuid()) {
+      add(name, "problem", say("belongs to another user"));
+    } else if ((status.st_mode & 0777) != wanted) {
+      const int file = repair_ ? open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC) : -1;
+      const std::string opened = "/proc/self/fd/" + std::to_string(file);
+      const bool mended = file >= 0 && fstat(file, &status) == 0 && !S_ISLNK(status.st_mode) &&
+                          chmod(opened.c_str(), wanted) == 0;
+      if (file >= 0) close(file);
+      add(name, mended ? Phrase("repaired") : Phrase("problem"),
+          wanted == 0700 ? say("its mode was not 0700: others may look in, or you may not")
+                         : say("its mode was not 0600: others may read it, or you may not"));
+    }
+  }
+
+  void lock() try {
+    struct stat status;
+    if (stat(session_.files().folder().c_str(), &status) == 0 && status.st_uid == geteuid())
+      lock_.emplace(session_.files());
+  } catch (const FileException& error) {
+    add(".lock", error.systemError() == EAGAIN ? Phrase("note") : Phrase("problem"), told(error.failure()));
+  }
+
+  void examineSettings(const Domain& domain) try {
+    FileUserDefaults& files = session_.files();
+    const Text key = domain.key();
+    const std::string name = key.string() + ".plist";
+    auto found = files.inspect(key);
+    const bool healable = files.newestGoodGeneration(key).has_value();
+    if (found.state == State::Damaged) {
+      const std::string damage = told(*found.damage);
+      if (repair_ && lock_) {
+        files.objectForKey(key);
+        found = files.inspect(key);
+      }
+      add(name, found.state == State::Damaged ? Phrase("problem") : Phrase("repaired"),
+          say(healable ? Phrase("damaged: {}; there is a good copy of it")
+                       : Phrase("damaged: {}; there is no good copy of it"),
+              damage));
+    } else if (found.state == State::Good) {
+      add(name, "good",
+          found.sealed ? say("saves: {}", std::to_string(found.generation))
+                       : say("written by another program: damage to it would not show"));
+    } else {
+      add(name, "note", say("removed; what it held is kept"));
+    }
+    if (found.state != State::Missing) examineRights(files.pathForKey(key), name, 0600);
+    examineGenerations(key);
+  } catch (const FileException& error) {
+    add(domain.key().string() + ".plist", "problem", told(error.failure()));
+  }
+
+  void examineGenerations(const Text& key) {
+    FileUserDefaults& files = session_.files();
+    const auto all = files.generations(key);
+    std::size_t good = 0;
+    bool damaged = false;
+    for (const auto& generation : all) {
+      const std::string name = fs::path(generation.path).filename().string();
+      const auto found = files.inspectGeneration(key, generation.number);
+      if (found.state == State::Good) ++good;
+      if (found.state == State::Damaged) {
+        damaged = true;
+        add(name, repair_ && lock_ ? Phrase("repaired") : Phrase("problem"),
+            say("damaged: {}", told(*found.damage)));
+      }
+      examineRights(generation.path, name, 0600);
+    }
+    if (damaged && repair_ && lock_) files.setAsideDamagedGenerations(key);
+    if (good != 0)
+      add("." + key.string() + ".*.plist", "good",
+          say("generations that are good: {}", std::to_string(good)));
+  }
+
+  void examineLeftovers(const std::string& folder) {
+    for (const std::string& name : names_) {
+      if (std::ranges::any_of(domains_,
+                              [&](const Domain& d) { return FileUserDefaults::isLeftover(name, d.key()); })) {
+        // Whoever holds the lock may be writing it.
+        const bool removed = repair_ && lock_ && unlink((folder + "/" + name).c_str()) == 0;
+        add(name, removed ? Phrase("repaired") : Phrase("problem"), say("left by a save that was killed"));
+      } else if (name.find(".damaged-") != name.npos || name.find(".unreadable-") != name.npos) {
+        add(name, "note", say("set aside; yours to keep or remove"));
+      } else if (name.starts_with(".lock-held")) {
+        add(name, "note", say("a lock, or what a killed process left of one; it goes by itself"));
+      } else if (name == ".unfinished") {
+        add(name, "problem", say("left by an import that was killed; it could not be undone"));
+      }
+    }
+  }
+
+  Session& session_;
+  bool repair_;
+  std::vector<std::string> names_;
+  std::vector<Domain> domains_;
+  std::optional<FileUserDefaults::Lock> lock_;
+  std::vector<Finding> findings_;
+};
+
+void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
+  const std::vector<Finding> findings = Doctor(session, request.repair).findings();
+  const bool ill =
+      std::ranges::any_of(findings, [](const Finding& f) { return f.state.english() == "problem"; });
+  if (ill) session.setExit(Exit::NotFound);
+  if (session.json()) {
+    Json all = Json::array();
+    for (const Finding& finding : findings)
+      all.push_back(
+          {{"file", finding.file}, {"state", std::string(finding.state.english())}, {"what", finding.what}});
+    printJson({{"folder", session.files().folder()}, {"findings", all}}, out);
+    return;
+  }
+  if (!session.reports()) return;
+  printTable(session, {}, {{session.files().folder()}}, out, Holding::Paths);
+  std::vector<Row> rows;
+  for (const Finding& finding : findings) {
+    // The name of a file that was set aside is longer than all else and would leave no room for it.
+    const bool isLong = finding.file.size() > 36;
+    if (isLong) rows.push_back({"  " + finding.file});
+    rows.push_back({isLong ? "" : "  " + finding.file, say(finding.state), finding.what});
+  }
+  printTable(session, {}, rows, out, Holding::Words);
+  if (ill && !request.repair) out << say("`optionsmgr doctor --repair` mends what can be mended") << '\n';
+}
+
+}  // namespace
+
+void addDoctorVerb(Verbs& verbs) {
+  verbs.add<DoctorRequest>(
+      "doctor", "examine the store's files, rights, lock and copies",
+      [](CLI::App& verb, DoctorRequest& request) {
+        verb.add_flag("--repair", request.repair, Phrase("mend what can be mended"));
+      },
+      doctor, "  optionsmgr doctor\n  optionsmgr doctor --repair\n");
+}
+
+}  // namespace optionsmgr
