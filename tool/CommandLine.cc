@@ -55,7 +55,10 @@ CommandLine::CommandLine()
   app_.add_option("--release", settings_.release, Phrase("the T2 release, such as VER2021_2"));
   app_.add_flag("--single-filer", settings_.singleFiler,
                 Phrase("the single-filer edition, not the professional one"));
-  app_.add_option("--store", settings_.folder, Phrase("the folder of the preference files"));
+  app_.add_option("--store", settings_.folder, Phrase("the folder of the preference files"))
+      ->check([](const std::string& folder) {
+        return folder.empty() ? say("--store names no folder") : std::string();
+      });
   takesSeconds(app_.add_option("--lock-wait", settings_.lockWait,
                                Phrase("seconds to wait while another program saves; 10 by default")),
                0, 86400);
@@ -72,6 +75,7 @@ CommandLine::CommandLine()
   addYearVerbs(verbs_);
   addExchangeVerbs(verbs_);
   addCareVerbs(verbs_);
+  addGenerationVerbs(verbs_);
   addAnswerVerbs(verbs_);
   addJurisdictionVerbs(verbs_);
   addProductVerbs(verbs_);

@@ -1,0 +1,160 @@
+// history and undo.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "qorvane/preferences/FileUserDefaults.h"
+#include "tests/TestHome.h"
+#include "tests/tool/ToolRun.h"
+
+namespace testing_support {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+class GenerationVerbsTest : public testing::Test {
+ protected:
+  static ToolResult tool(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"--lang", "en", "--year", "2020"});
+    return optionsmgr(arguments);
+  }
+  static void set(const char* option, const char* value) {
+    const ToolResult result = tool({"set", option, value});
+    ASSERT_EQ(result.exit, 0) << result.err;
+  }
+  static std::string get(const char* option) { return tool({"get", option}).out; }
+  static json history(std::vector<std::string> arguments = {}) {
+    arguments.insert(arguments.begin(), {"--json", "history"});
+    const ToolResult result = tool(arguments);
+    EXPECT_EQ(result.exit, 0) << result.err;
+    return json::parse(result.out);
+  }
+  fs::path newest() const {
+    return qorvane::FileUserDefaults().generations("QorvaneT1Settings2020").at(0).path;
+  }
+
+  TestHome home;
+};
+
+TEST_F(GenerationVerbsTest, HistoryTellsWhatEachSaveChanged) {
+  EXPECT_EQ(history(), json::array());
+  set("preparerCity", "Alma");
+  set("preparerCity", "Gatineau");
+  set("preparerPhone", "555");
+  const json all = history();
+  ASSERT_EQ(all.size(), 3u);
+  EXPECT_TRUE(all[0]["number"].is_null()) << "the file that stands";
+  EXPECT_EQ(all[0]["changes"], (json::array({{{"name", "preparerPhone"}, {"from", ""}, {"to", "555"}}})));
+  EXPECT_EQ(all[1]["number"], 3);
+  EXPECT_EQ(all[1]["changes"],
+            (json::array({{{"name", "preparerCity"}, {"from", "Alma"}, {"to", "Gatineau"}}})));
+  EXPECT_EQ(all[2]["number"], 2);
+  EXPECT_EQ(all[2]["changes"], (json::array({{{"name", "preparerCity"}, {"to", "Alma"}}})))
+      << "the first kept";
+  EXPECT_TRUE(all[0]["time"].get<std::string>().ends_with("Z"));
+  const ToolResult words = tool({"history"});
+  EXPECT_NE(words.out.find("preparerCity: Alma -> Gatineau"), std::string::npos) << words.out;
+}
+
+TEST_F(GenerationVerbsTest, HistoryOfAnOptionTellsWhenItsValuesCame) {
+  set("preparerCity", "Alma");
+  set("preparerPhone", "555");
+  set("preparerCity", "Gatineau");
+  const json all = history({"preparerCity"});
+  ASSERT_EQ(all.size(), 2u) << all;
+  EXPECT_EQ(all[0]["changes"][0]["to"], "Gatineau");
+  EXPECT_EQ(all[1]["changes"][0]["to"], "Alma");
+  EXPECT_EQ(tool({"history", "noSuchOption"}).exit, 1);
+}
+
+TEST_F(GenerationVerbsTest, SecretsStayMasked) {
+  set("preparerPassword", "hush-hush");
+  set("preparerPassword", "hush-hush-2");
+  EXPECT_EQ(tool({"history"}).out.find("hush"), std::string::npos);
+  EXPECT_EQ(history().dump().find("hush"), std::string::npos);
+  EXPECT_NE(tool({"history", "--show-secrets"}).out.find("hush-hush-2"), std::string::npos);
+  const ToolResult undone = tool({"undo"});
+  EXPECT_EQ(undone.out.find("hush"), std::string::npos) << undone.out;
+}
+
+TEST_F(GenerationVerbsTest, UndoDoneTwiceReturns) {
+  set("preparerCity", "Alma");
+  set("preparerCity", "Gatineau");
+  set("preparerPhone", "555");
+  ToolResult result = tool({"undo"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_NE(result.out.find("preparerPhone"), std::string::npos) << result.out;
+  EXPECT_EQ(get("preparerPhone"), "\n");
+  EXPECT_EQ(get("preparerCity"), "Gatineau\n");
+  EXPECT_EQ(tool({"undo"}).exit, 0);
+  EXPECT_EQ(get("preparerPhone"), "555\n");
+}
+
+TEST_F(GenerationVerbsTest, UndoOfAnOptionTakesBackItsOwnLastChangeOnly) {
+  set("preparerCity", "Alma");
+  set("preparerCity", "Gatineau");
+  set("preparerPhone", "555");
+  EXPECT_EQ(tool({"undo", "preparerCity"}).exit, 0);
+  EXPECT_EQ(get("preparerCity"), "Alma\n");
+  EXPECT_EQ(get("preparerPhone"), "555\n");
+  EXPECT_EQ(tool({"undo", "preparerCity"}).exit, 0);
+  EXPECT_EQ(get("preparerCity"), "Gatineau\n");
+  EXPECT_EQ(tool({"undo", "preparerFax"}).exit, 1) << "it never changed";
+  EXPECT_EQ(tool({"undo", "noSuchOption"}).exit, 1);
+}
+
+// What the setter writes beside its own entry goes with it.
+TEST_F(GenerationVerbsTest, UndoOfTheProvinceTakesItsCodeAlong) {
+  set("preparerProvince", "Quebec");
+  set("preparerProvince", "Ontario");
+  EXPECT_EQ(tool({"undo", "preparerProvince"}).exit, 0);
+  const qorvane::Value stored = qorvane::FileUserDefaults().objectForKey("QorvaneT1Settings2020");
+  EXPECT_EQ(*stored.asDictionary()->find("PProvCode"), qorvane::Value(qorvane::Text("QC")));
+}
+
+TEST_F(GenerationVerbsTest, UndoToANumberGoesThereEachTime) {
+  set("preparerCity", "Alma");
+  set("preparerCity", "Gatineau");
+  set("preparerCity", "Gaspé");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(tool({"undo", "--to", "2"}).exit, 0);
+    EXPECT_EQ(get("preparerCity"), "Alma\n");
+  }
+  EXPECT_EQ(tool({"undo", "--to", "77"}).exit, 1);
+  EXPECT_EQ(tool({"undo", "--to", "3", "preparerCity"}).exit, 0);
+  EXPECT_EQ(get("preparerCity"), "Gatineau\n");
+}
+
+TEST_F(GenerationVerbsTest, SettingsThatWereRemovedComeBackByUndo) {
+  set("preparerCity", "Alma");
+  qorvane::FileUserDefaults store;
+  store.setObject(nullptr, "QorvaneT1Settings2020");
+  ASSERT_TRUE(store.synchronize());
+  EXPECT_EQ(get("preparerCity"), "\n");
+  EXPECT_EQ(tool({"undo"}).exit, 0);
+  EXPECT_EQ(get("preparerCity"), "Alma\n");
+}
+
+TEST_F(GenerationVerbsTest, DamagedGenerationsAreToldAndPassedOver) {
+  set("preparerCity", "Alma");
+  set("preparerCity", "Gatineau");
+  set("preparerCity", "Gaspé");
+  writeFile(newest(), "junk");
+  EXPECT_TRUE(history()[1]["damaged"].get<bool>());
+  EXPECT_EQ(tool({"undo"}).exit, 0);
+  EXPECT_EQ(get("preparerCity"), "Alma\n");
+}
+
+TEST_F(GenerationVerbsTest, ForgettingLeavesTheNewestGoodOne) {
+  set("preparerCity", "Alma");
+  set("preparerCity", "Gatineau");
+  set("preparerCity", "Gaspé");
+  const ToolResult result = tool({"--json", "history", "--forget"});
+  EXPECT_EQ(json::parse(result.out)["forgotten"], 1);
+  EXPECT_EQ(history().size(), 2u);
+}
+
+}  // namespace
+}  // namespace testing_support
