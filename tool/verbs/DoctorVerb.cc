@@ -1,17 +1,22 @@
 // The verb doctor: what is wrong with the store's files, and the mending of what can be mended.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
+#include <sstream>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/foundation/Version.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
 #include "tool/Output.h"
+#include "tool/PreferenceFile.h"
 #include "tool/speech/Language.h"
 #include "tool/verbs/Verbs.h"
 
@@ -28,6 +33,7 @@ namespace {
 
 struct DoctorRequest {
   bool repair = false;
+  std::string report;
 };
 
 struct Finding {
@@ -199,8 +205,68 @@ class Doctor {
   std::vector<Finding> findings_;
 };
 
+// The folders in which the machine's settings would stand, the nearest first.
+std::vector<std::string> machineFolders() {
+  const char* said = std::getenv("XDG_CONFIG_DIRS");
+  std::string_view rest = said && *said ? said : "/etc/xdg";
+  std::vector<std::string> folders;
+  while (!rest.empty()) {
+    const std::string_view folder = rest.substr(0, rest.find(':'));
+    if (folder.starts_with('/')) folders.push_back(std::string(folder) + "/Qorvane");
+    rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
+  }
+  return folders;
+}
+
+// For whoever helps: versions, layers, failures and states, in English whoever asks, and no value of a
+// setting.
+std::string reportOf(Session& session, const std::vector<Finding>& findings) {
+  std::ostringstream text;
+  utsname machine{};
+  uname(&machine);
+  text << "optionsmgr " << OPTIONSMGR_VERSION << '\n'
+       << machine.sysname << ' ' << machine.release << ' ' << machine.machine << "\n\n"
+       << "user: " << session.files().folder() << '\n';
+  for (const std::string& folder : machineFolders()) {
+    std::error_code error;
+    std::size_t lists = 0;
+    for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error))
+      lists += file->path().extension() == ".plist";
+    text << "machine: " << folder << ": "
+         << (error ? error.value() == ENOENT
+                         ? "not there"
+                         : qorvane::systemReason(error.value(), qorvane::Language::English).string()
+                   : std::to_string(lists) + " property lists")
+         << '\n';
+  }
+  text << '\n';
+  for (const Finding& finding : findings)
+    text << finding.file << ": " << finding.state.english() << ": " << finding.what << '\n';
+  for (const Domain& domain : storedDomains(session)) try {
+      const FileUserDefaults& files = session.files();
+      text << '\n' << domain.name() << '\n';
+      const auto found = files.inspect(domain.key());
+      if (found.damage)
+        text << "  damaged: " << found.damage->reason(qorvane::Language::English).string() << '\n';
+      if (found.state == State::Good)
+        text << "  entries: " << storedEntries(session, domain).value_or(qorvane::Dictionary()).size() << ", "
+             << (found.sealed ? "saves: " + std::to_string(found.generation) : "not sealed") << '\n';
+      for (const auto& generation : files.generations(domain.key())) {
+        const auto state = files.inspectGeneration(domain.key(), generation.number);
+        text << "  generation " << generation.number << ": " << generation.size << " bytes, "
+             << (state.state == State::Good ? "good" : "damaged") << '\n';
+      }
+    } catch (const FileException& error) {
+      text << "  failed: " << error.failure().reason(qorvane::Language::English).string() << '\n';
+    } catch (const Failure& failure) {
+      text << "  failed: " << failure.what() << '\n';
+    }
+  return text.str();
+}
+
 void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
   const std::vector<Finding> findings = Doctor(session, request.repair).findings();
+  if (!request.report.empty()) writeWholeFile(request.report, reportOf(session, findings));
   const bool ill =
       std::ranges::any_of(findings, [](const Finding& f) { return f.state.english() == "problem"; });
   if (ill) session.setExit(Exit::NotFound);
@@ -232,8 +298,11 @@ void addDoctorVerb(Verbs& verbs) {
       "doctor", "examine the store's files, rights, lock and copies",
       [](CLI::App& verb, DoctorRequest& request) {
         verb.add_flag("--repair", request.repair, Phrase("mend what can be mended"));
+        verb.add_option("--report", request.report,
+                        Phrase("write versions, layers, failures and states to this file, for whoever helps; "
+                               "no values"));
       },
-      doctor, "  optionsmgr doctor\n  optionsmgr doctor --repair\n");
+      doctor, "  optionsmgr doctor\n  optionsmgr doctor --repair\n  optionsmgr doctor --report report.txt\n");
 }
 
 }  // namespace optionsmgr

@@ -119,6 +119,22 @@ TEST_F(CareVerbsTest, NoRightsAreChangedThroughALink) {
   EXPECT_EQ(modeOf(home.store()), 0755u);
 }
 
+TEST_F(CareVerbsTest, TheReportTellsStatesAndNoValues) {
+  tool({"set", "preparerCity", "Wabasca-Desmarais"});
+  tool({"set", "preparerPassword", "hush-hush"});
+  writeFile(qorvane::FileUserDefaults().generations("QorvaneT1Settings2020").at(0).path, "junk");
+  setenv("XDG_CONFIG_DIRS", (home.path() / "machine").c_str(), 1);
+  const fs::path report = home.path() / "report";
+  EXPECT_EQ(tool({"doctor", "--report", report.string()}).exit, 1);
+  unsetenv("XDG_CONFIG_DIRS");
+  const std::string text = readFile(report);
+  for (const char* part :
+       {"optionsmgr ", "machine/Qorvane: not there", "T1 2020", "saves: 2", "generation 2: 4 bytes, damaged"})
+    EXPECT_NE(text.find(part), std::string::npos) << part << " in " << text;
+  EXPECT_EQ(text.find("Wabasca"), std::string::npos);
+  EXPECT_EQ(text.find("hush"), std::string::npos);
+}
+
 TEST_F(CareVerbsTest, RootRepairsNothingOfAnotherUser) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can";
   const fs::path folder = home.path() / "theirs";
