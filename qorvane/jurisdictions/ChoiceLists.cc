@@ -32,9 +32,7 @@ const ChoiceList* choiceList(std::string_view name) {
   return found == std::end(kLists) ? nullptr : &*found;
 }
 
-std::span<const Choice> ChoiceList::currentRows() const {
-  return currentRows({.corporate = QVSettings::isT2(), .taxYear = QVSettings::YOR()});
-}
+std::span<const Choice> ChoiceList::currentRows() const { return currentRows(QVSettings::product()); }
 
 const Choice* ChoiceList::meant(std::string_view typed) const {
   const Text text(typed);

@@ -85,8 +85,6 @@ const OptionGroup& OptionRow::group() const { return kGroups[wordsOf(*this).grou
 
 namespace {
 
-Product runningProduct() { return {.corporate = QVSettings::isT2(), .taxYear = QVSettings::YOR()}; }
-
 // The language that a person names in either language, with its accents or without; nil for any other text.
 Text languageMeant(std::string_view typed) {
   std::string low(typed);
@@ -112,7 +110,7 @@ Text OptionRow::meant(const Text& typed, const Product& product) const {
   return typed;
 }
 
-Text OptionRow::meant(const Text& typed) const { return meant(typed, runningProduct()); }
+Text OptionRow::meant(const Text& typed) const { return meant(typed, QVSettings::product()); }
 
 std::optional<Failure> OptionRow::check(const Value& value, const Product& product, Options* store) const {
   if (!write) return Failure{FailureCode::optionReadOnly, {Text(name)}};
@@ -122,7 +120,7 @@ std::optional<Failure> OptionRow::check(const Value& value, const Product& produ
 }
 
 std::optional<Failure> OptionRow::check(const Value& value, Options* store) const {
-  return check(value, runningProduct(), store);
+  return check(value, QVSettings::product(), store);
 }
 
 }  // namespace qorvane::inline v1

@@ -254,13 +254,7 @@ std::optional<FontDescriptor> fontFromText(std::string_view text) {
   return FontDescriptor(Text(text.substr(0, comma)), size);
 }
 
-namespace {
-
-Product runningProduct() { return {.corporate = QVSettings::isT2()}; }
-
-}  // namespace
-
-Text OptionRow::key() const { return key(runningProduct()); }
+Text OptionRow::key() const { return key(QVSettings::product()); }
 
 std::vector<Text> OptionRow::entries(const Product& product) const {
   std::vector<Text> all;
@@ -269,7 +263,7 @@ std::vector<Text> OptionRow::entries(const Product& product) const {
   all.insert(all.end(), furtherKeys.begin(), furtherKeys.end());
   return all;
 }
-std::vector<Text> OptionRow::entries() const { return entries(runningProduct()); }
+std::vector<Text> OptionRow::entries() const { return entries(QVSettings::product()); }
 
 bool isDerivedEntry(std::string_view key) {
   const auto isKey = [&](const Text& text) { return text.view() == key; };
@@ -304,7 +298,7 @@ NamedOption findPropertyOrFacadeName(std::string_view name) {
 
 const OptionRow* findOption(std::string_view nameOrKey) {
   if (const OptionRow* row = findProperty(nameOrKey)) return row;
-  const Product product = runningProduct();
+  const Product product = QVSettings::product();
   const auto found = std::ranges::find_if(kRows, [&](const OptionRow& row) {
     const Text key = row.key(product);
     return !key.isNil() && key.view() == nameOrKey;
