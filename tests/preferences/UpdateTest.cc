@@ -195,10 +195,10 @@ TEST_F(UpdateTest, ManyProcessesLoseNothing) {
 
 class UnchangedSaveTest : public FileStoreTest {
  protected:
-  bool saveIn(FileUserDefaults& store, const Value& value) {
+  bool saveIn(FileUserDefaults& saver, const Value& value) {
     calls.forgetCalls();
-    store.setObject(value, kKey);
-    return store.synchronize();
+    saver.setObject(value, kKey);
+    return saver.synchronize();
   }
   std::ptrdiff_t count(const char* name) const { return std::ranges::count(calls.calls(), name); }
 

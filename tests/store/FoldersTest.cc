@@ -208,7 +208,6 @@ TEST_F(FoldersTest, WithoutADocumentsFolderPathsStartAtTheRoot) {
 }
 
 TEST_F(FoldersTest, WithDocumentsThatAreNoUtf8NothingIsMade) {
-  LogCapture logged;
   setenv("XDG_DOCUMENTS_DIR", (home.path().string() + "/\xe9t\xe9").c_str(), 1);
   MemoryFileManager files;
   EXPECT_EQ(store.clientFileFolder(), Text("/T2020"));
