@@ -7,6 +7,7 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 #include "qorvane/manager/FacadeState.h"
+#include "qorvane/store/OptionEdits.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/StoredForms.h"
@@ -67,6 +68,9 @@ OptionsMgr::OptionsMgr() {
 OptionsMgr::~OptionsMgr() = default;
 
 void OptionsMgr::saveOptions() { store().saveOptions(); }
+std::vector<Text> OptionsMgr::refresh() { return store().refresh(); }
+const std::vector<Text>& OptionsMgr::changedNames() { return store().changedNames(); }
+OptionEdits OptionsMgr::edits() { return OptionEdits(store()); }
 std::optional<Failure> OptionsMgr::saveFailure() { return store().saveFailure(); }
 bool OptionsMgr::reload() { return store().reload(); }
 std::optional<Failure> OptionsMgr::loadFailure() { return store().loadFailure(); }

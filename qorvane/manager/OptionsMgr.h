@@ -22,6 +22,7 @@
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
+class OptionEdits;
 class Options;
 
 class OptionsMgr {
@@ -59,6 +60,13 @@ class OptionsMgr {
   /// and of other kinds holds. Throws Exception for a name that cannot be set, and for bytes that are no
   /// colour's.
   static void setValueForKey(const Value& value, std::string_view name);
+
+  /// Takes in what others saved; see Options::refresh.
+  static std::vector<Text> refresh();
+  /// The options of the last announcement; see Options::changedNames.
+  static const std::vector<Text>& changedNames();
+  /// Edits of the store, for a window of settings.
+  static OptionEdits edits();
 
   /// The display language; see Options::language.
   static Text language();

@@ -31,7 +31,9 @@ class StoreAccess {
   /// The next save announces.
   void mark() const noexcept { *store_.changed_ = true; }
   /// Stores the default of an entry that counts as missing.
-  void fill(const Key& key, Value value) const { dictionary()->set(key, std::move(value)); }
+  void fill(const Key& key, Value value) const { store_.fill(key, std::move(value)); }
+  /// Makes these the store's entries, as if they had just been loaded.
+  void take(Dictionary entries) const { store_.opts_ = std::make_unique<Dictionary>(std::move(entries)); }
 
  private:
   Options& store_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 #include "qorvane/desktop/Log.h"
 #include "qorvane/desktop/NotificationCenter.h"
@@ -11,6 +12,7 @@
 #include "qorvane/store/Folders.h"
 #include "qorvane/store/LoadLists.h"
 #include "qorvane/store/OptionTable.h"
+#include "qorvane/store/Sharing.h"
 #include "qorvane/store/StoredForms.h"
 #include "qorvane/vocabulary/Notifications.h"
 #include "qorvane/vocabulary/OptionStrings.h"
@@ -74,7 +76,20 @@ void Options::noteLoadFailure(const Text& key) {
 
 void Options::readDictionary(const Text& key) {
   const bool corporate = StoreAccess(*this).running().isT2();
-  opts_ = std::make_unique<Dictionary>(defaults().objectForKey(key).takeDictionary());
+  UserDefaults& store = defaults();
+  UserDefaults::Loaded loaded = store.load(key);
+  auto sharing = std::make_unique<Sharing>(key, std::move(loaded.stored));
+  const bool waits = loaded.object.asDictionary() != sharing->base.asDictionary();
+  if (waits && !isIdentical(loaded.object, sharing->base)) {
+    // What waits to be written is in the dictionary now, so it waits on as this store's, which may take it
+    // back.
+    sharing->merge = std::make_shared<StoreMerge>();
+    sharing->merge->prepare(sharing->base, loaded.object, {}, product());
+    store.forget(key);
+    store.update(loaded.object, key, sharing->merge);
+  }
+  opts_ = std::make_unique<Dictionary>(std::move(loaded.object).takeDictionary());
+  sharing_ = std::move(sharing);
 
   // The getters, not a table of defaults: whatever else a getter does on its first read, it does here.
   *bulk_ = true;
@@ -93,6 +108,7 @@ bool Options::reload() {
   const bool bulk = *bulk_;
   const bool changed = *changed_;
   std::unique_ptr<Dictionary> before = std::move(opts_);
+  std::unique_ptr<Sharing> sharing = std::move(sharing_);
   loadFailure_ = Failure{.code = FailureCode::notLoaded};
   try {
     defaults().forget(settingsDomainKey());
@@ -102,37 +118,125 @@ bool Options::reload() {
   }
   if (!loadFailure_) return true;
   opts_ = std::move(before);
+  sharing_ = std::move(sharing);
   *bulk_ = bulk;
   *changed_ = changed;
   return false;
 }
 
-// Whether the dictionary was handed to the preference store; `saveFailure_` tells what came of it.
-bool Options::writeDictionary() try {
+// None when nothing was handed to the preference store; `saveFailure_` tells what came of it.
+std::optional<Options::Saved> Options::writeDictionary() try {
   UserDefaults& store = defaults();
   const Text key = settingsDomainKey();
   if (const Unloaded* const unloaded = unloadedUnder(key)) {
     saveFailure_ = {FailureCode::loadFailedBefore, {}, unloaded->why.systemError, {unloaded->why}};
     log(*saveFailure_);
-    return false;
+    return std::nullopt;
   }
-  store.setObject(opts_ ? Value(*opts_) : Value(), key);
-  const bool written = store.synchronize();
-  saveFailure_ = written ? std::nullopt : store.lastFailure();
-  if (!written && !saveFailure_) saveFailure_ = Failure{.code = FailureCode::storeGaveNoReason};
-  return true;
+  const Saved saved = save(store, key);
+  saveFailure_ = saved.written ? std::nullopt : store.lastFailure();
+  if (!saved.written && !saveFailure_) saveFailure_ = Failure{.code = FailureCode::storeGaveNoReason};
+  return saved;
 } catch (...) {
   saveFailure_ = currentFailure();
   throw;
 }
 
 void Options::saveOptions() try {
-  if (!writeDictionary()) return;
-  if (*changed_) NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
+  const Value before = sharing_ ? sharing_->base : Value();
+  const std::optional<Saved> saved = writeDictionary();
+  if (!saved) return;
+  if (*changed_ || saved->othersChanged)
+    announce(opts_ ? changedReadings(entriesOf(before), *opts_, product()) : std::vector<Text>());
   *changed_ = false;
 } catch (const Exception&) {
   // The words of the load path, on purpose: whoever reads the log knows them.
   log("Options couldn't be loaded");
+}
+
+// `othersChanged`: what others saved makes an option read differently now.
+Options::Saved Options::save(UserDefaults& store, const Text& key) {
+  if (!opts_) {
+    store.setObject(nullptr, key);
+    return {.written = store.synchronize(), .othersChanged = false};
+  }
+  const Value whole(*opts_);
+  if (!sharing_ || sharing_->key != key) {
+    store.setObject(whole, key);
+    const bool written = store.synchronize();
+    if (written) sharing_ = std::make_unique<Sharing>(key, whole);
+    return {written, false};
+  }
+  Sharing& shared = *sharing_;
+  shared.settle();
+  if (!shared.merge) shared.merge = std::make_shared<StoreMerge>();
+  const std::shared_ptr<StoreMerge> merge = shared.merge;
+  merge->prepare(shared.base, whole, shared.fills, product());
+  store.update(whole, key, merge);
+  if (!store.synchronize() && !merge->isWritten()) return {.written = false, .othersChanged = false};
+  const Value written = merge->answer();
+  bool othersChanged = false;
+  if (written.asDictionary() != whole.asDictionary()) {
+    Dictionary entries = adopted(entriesOf(written));
+    othersChanged = !changedReadings(*opts_, entries, product()).empty();
+    *opts_ = std::move(entries);
+  }
+  shared.base = written;
+  shared.fills.clear();
+  shared.merge.reset();
+  return {.written = true, .othersChanged = othersChanged};
+}
+
+// The entries, where the dictionary holds the same with its own objects.
+Dictionary Options::adopted(const Dictionary& entries) const {
+  Dictionary taken;
+  taken.reserve(entries.size());
+  for (const Dictionary::Entry& entry : entries) {
+    const Value* const mine = opts_->find(entry.key.view());
+    taken.set(entry.key, mine && isIdentical(*mine, entry.value) ? *mine : entry.value);
+  }
+  return taken;
+}
+
+std::vector<Text> Options::refresh() try {
+  const Text key = settingsDomainKey();
+  if (!opts_ || !sharing_ || sharing_->key != key) return {};
+  std::vector<Text> names = takeIn(defaults().load(key).stored);
+  if (!names.empty()) announce(names);
+  return names;
+} catch (const Exception&) {
+  log("Options couldn't be loaded");
+  return {};
+}
+
+std::vector<Text> Options::takeIn(const Value& stored) {
+  Sharing& shared = *sharing_;
+  shared.settle();
+  const Dictionary& theirs = entriesOf(stored);
+  const Dictionary& base = entriesOf(shared.base);
+  if (isIdentical(theirs, base)) return {};
+  Dictionary entries = adopted(merge(base, *opts_, shared.fills, theirs));
+  Fills fills = shared.fills;
+  fills.rebase(base, theirs);
+  // All or nothing: entries of theirs over the old base would pass for changes of ours.
+  const Dictionary before = std::exchange(*opts_, std::move(entries));
+  shared.fills = std::move(fills);
+  shared.base = stored;
+  fillTaken(*this, before);
+  return changedReadings(before, *opts_, product());
+}
+
+void Options::fill(const Key& key, Value value) {
+  if (sharing_) {
+    sharing_->settle();
+    sharing_->fills.note(key, opts_->find(key), entriesOf(sharing_->base).find(key), value);
+  }
+  opts_->set(key, std::move(value));
+}
+
+void Options::announce(std::vector<Text> names) {
+  changedNames_ = std::move(names);
+  NotificationCenter::defaultCenter().postNotificationName(kPreferenceChangeEvt, this);
 }
 
 Text Options::settingsDomainKey() {

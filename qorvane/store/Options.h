@@ -34,7 +34,9 @@ inline namespace [[gnu::visibility("default")]] v1 {
 
 class DateFormatter;
 class NumberFormatter;
+class StoreMerge;
 class UserDefaults;
+struct Sharing;
 
 /// A comparing setter really changed a value since the last load or save: the next save announces it.
 extern bool notifyAll;
@@ -124,17 +126,33 @@ class Options {
   [[nodiscard]] bool reload();
 
   /// Writes the dictionary under the key of the product and tax year that run now, and asks the preference
-  /// store to put it on the disk. Then, if `notifyAll` is up, posts kPreferenceChangeEvt with this store as
-  /// the object and lowers it. When the preference store raises, the log says "Options couldn't be loaded"
-  /// and `notifyAll` keeps its value; an exception that is none of the platform's passes through. Under a key
-  /// whose last load by this store failed nothing is written, announced or lowered: the dictionary is not
-  /// what stands there. Whether the disk took it is told by `saveFailure`.
+  /// store to put it on the disk. Where others saved under that key since it was loaded, only what we changed
+  /// or removed is written over theirs (UserDefaults::update), and after the save the dictionary holds both;
+  /// a default that reading stored is no change. Under a key that this store did not load, the whole
+  /// dictionary replaces what is there. If that made an option read differently, the save announces, too.
+  /// Then, if `notifyAll` is up, posts kPreferenceChangeEvt with this store as the object and lowers it. When
+  /// the preference store raises, the log says "Options couldn't be loaded" and `notifyAll` keeps its value;
+  /// an exception that is none of the platform's passes through. Under a key whose last load by this store
+  /// failed nothing is written, announced or lowered: the dictionary is not what stands there. Whether the
+  /// disk took it is told by `saveFailure`.
   void saveOptions();
 
   /// Why the last save failed, whatever made it fail: a disk that did not take it, a preference store that
   /// raised, an exception of it that passed through, a load that had failed. None after one that succeeded,
   /// and before the first.
   const std::optional<Failure>& saveFailure() const { return saveFailure_; }
+
+  /// Takes what others saved since into the dictionary, under what we changed and did not save; that stays.
+  /// Options that read differently now are answered, in the order of the table, and if there are any,
+  /// kPreferenceChangeEvt is posted once; what is still to be announced by the next save stays so. Does
+  /// nothing when the store is not loaded, or for another product or year than runs now. When the preference
+  /// store raises, the log says "Options couldn't be loaded" and nothing changes.
+  std::vector<Text> refresh();
+
+  /// The options of the last announcement, by property name in the order of the table: those that read
+  /// differently from what was last loaded, saved or taken in. An observer of kPreferenceChangeEvt asks it to
+  /// see what concerns it.
+  const std::vector<Text>& changedNames() const { return changedNames_; }
 
   /// The key of the preference store under which the product and tax year that run now keep their dictionary,
   /// such as "QorvaneT1Settings2020".
@@ -809,6 +827,7 @@ class Options {
 
  private:
   friend class BulkSetting;
+  friend class OptionEdits;
   friend class StoreAccess;
 
   /// A key whose last load failed.
@@ -821,9 +840,21 @@ class Options {
   Unloaded* unloadedUnder(const Text& key);
   void noteLoadFailure(const Text& key);
   void readDictionary(const Text& key);
-  bool writeDictionary();
+  void fill(const Key& key, Value value);
+  struct Saved {
+    bool written;
+    bool othersChanged;
+  };
+  Saved save(UserDefaults& store, const Text& key);
+  std::optional<Saved> writeDictionary();
+  Dictionary adopted(const Dictionary& entries) const;
+  std::vector<Text> takeIn(const Value& stored);
+  void announce(std::vector<Text> names);
 
   std::unique_ptr<Dictionary> opts_;
+  // What others may have changed meanwhile; null until loaded.
+  std::unique_ptr<Sharing> sharing_;
+  std::vector<Text> changedNames_;
   std::optional<Failure> loadFailure_ = Failure{.code = FailureCode::notLoaded};
   std::optional<Failure> saveFailure_;
   std::vector<Unloaded> unloaded_;

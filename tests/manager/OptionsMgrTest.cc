@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "qorvane/jurisdictions/DisplayLanguage.h"
+#include "qorvane/store/OptionEdits.h"
 #include "tests/store/StoreTest.h"
 
 namespace qorvane {
@@ -65,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Operation{"isEnglish", [] { OptionsMgr::isEnglish(); }},
                     Operation{"displayLanguageIsEnglish", [] { displayLanguageIsEnglish(); }},
                     Operation{"saveOptions", [] { OptionsMgr::saveOptions(); }},
+                    Operation{"changedNames", [] { OptionsMgr::changedNames(); }},
+                    Operation{"edits", [] { OptionsMgr::edits(); }},
                     Operation{"startPrinting", [] { OptionsMgr::startPrinting(); }},
                     Operation{"setStartPrinting", [] { OptionsMgr::setStartPrinting(true); }},
                     Operation{"isMRQPrinting", [] { OptionsMgr::isMRQPrinting(); }},
@@ -183,6 +186,20 @@ TEST_F(OptionsMgrTest, TheLanguageKeepsItsIdentity) {
   OptionsMgr::setLanguage(Text(std::string("French")));
   OptionsMgr::saveOptions();
   EXPECT_EQ(takePosted(), Posted{"kPreferenceChangeEvt"}) << "an equal text in another object is one";
+}
+
+TEST_F(OptionsMgrTest, EditsAndRefreshesItsStore) {
+  OptionEdits edits = OptionsMgr::edits();
+  edits.set("preparerCity", "Alma");
+  ASSERT_TRUE(edits.apply());
+  EXPECT_EQ(OptionsMgr::preparerCity(), Text("Alma"));
+  EXPECT_EQ(OptionsMgr::changedNames(), std::vector<Text>{"preparerCity"});
+  Dictionary entries = saved(kDomain);
+  entries.set(Text("PCity"), Text("Percé"));
+  defaults.setObject(entries, kDomain);
+  EXPECT_EQ(OptionsMgr::refresh(), std::vector<Text>{"preparerCity"});
+  EXPECT_EQ(OptionsMgr::preparerCity(), Text("Percé"));
+  EXPECT_EQ(takePosted(), (Posted{"kPreferenceChangeEvt", "kPreferenceChangeEvt"}));
 }
 
 TEST_F(OptionsMgrTest, PrintingFlagsStartFalseAndAreNeverSaved) {
