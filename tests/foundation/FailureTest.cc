@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <clocale>
+#include <filesystem>
 #include <new>
 #include <set>
 #include <stdexcept>
@@ -15,6 +18,7 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/FailurePattern.h"
 #include "tests/FrenchTypography.h"
+#include "tests/TestHome.h"
 
 namespace qorvane {
 namespace {
@@ -78,6 +82,25 @@ TEST(FailureTest, EveryCodeIsToldInBothLanguagesWithEachPartInItsPlace) {
         EXPECT_EQ(told.find(part, at + 1), told.npos) << row.name << " tells " << part << " twice: " << told;
       }
     }
+}
+
+// A code that nothing tells is a row that says nothing true.
+TEST(FailureTest, EveryCodeIsToldSomewhere) {
+  namespace fs = std::filesystem;
+  constexpr std::string_view kPrefix = "FailureCode::";
+  std::set<std::string> told;
+  for (const auto& file :
+       fs::recursive_directory_iterator(fs::path(TEST_DATA_DIR).parent_path() / "qorvane")) {
+    if (file.path().extension() != ".cc" && file.path().extension() != ".h") continue;
+    const std::string source = testing_support::readFile(file.path());
+    for (std::size_t at = 0; (at = source.find(kPrefix, at)) != source.npos;) {
+      at += kPrefix.size();
+      const auto end = std::find_if_not(source.begin() + static_cast<std::ptrdiff_t>(at), source.end(),
+                                        [](unsigned char c) { return std::isalnum(c); });
+      told.emplace(source.begin() + static_cast<std::ptrdiff_t>(at), end);
+    }
+  }
+  for (const Row& row : kRows) EXPECT_TRUE(told.contains(row.name)) << row.name;
 }
 
 TEST(FailureTest, NoTwoCodesTellTheSame) {
