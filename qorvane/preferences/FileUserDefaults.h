@@ -184,7 +184,7 @@ class FileUserDefaults : public UserDefaults {
   std::string setAside(const std::string& file, const Text& key, bool unreadable);
   void copy(const std::string& from, const std::string& staging, const std::string& to) const;
   std::string stagingIn(const std::string& folder, const Text& key) const;
-  void noteFailure(const std::string& key, const Failure& cause) noexcept;
+  void noteFailure(const std::string& key) noexcept;
 
   std::string folder_;
   SystemCalls& calls_;

@@ -96,14 +96,14 @@ void FileUserDefaults::update(const Value& whole, const Text& key, std::shared_p
 bool FileUserDefaults::synchronize() {
   lastFailure_.reset();
   for (auto next = pending_.begin(); next != pending_.end();) {
-    const std::string key = next->first;
+    const std::string& key = next->first;
     std::vector<std::shared_ptr<Merge>> merged;
     try {
       save(Text(key), next->second);
       merged = std::move(next->second.merges);
       next = pending_.erase(next);
     } catch (...) {
-      noteFailure(key, currentFailure());
+      noteFailure(key);
       ++next;
     }
     for (const auto& merge : merged) merge->written();
@@ -113,7 +113,9 @@ bool FileUserDefaults::synchronize() {
   return !lastFailure_;
 }
 
-void FileUserDefaults::noteFailure(const std::string& key, const Failure& cause) noexcept try {
+// Of the exception that is being handled.
+void FileUserDefaults::noteFailure(const std::string& key) noexcept try {
+  const Failure cause = currentFailure();
   lastFailure_ = {FailureCode::cannotSave, {folder_ + "/" + key + ".plist"}, cause.systemError, {cause}};
 } catch (const std::bad_alloc&) {
   lastFailure_ = {.code = FailureCode::outOfMemory, .systemError = ENOMEM};

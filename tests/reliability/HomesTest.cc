@@ -98,14 +98,14 @@ TEST_F(HomesTest, AFullOneKeepsTheOldSettings) {
 
 TEST_F(HomesTest, AReadOnlyOneIsReadAndNotWritten) {
   withFileSystemOfItsOwn([&] {
-    ASSERT_TRUE(save(kOld) && save(kOld));
+    ASSERT_TRUE(save(kNew) && save(kOld));
     ASSERT_EQ(mount(nullptr, home.store().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
     expectFailure(EROFS);
     // A damaged file is noticed there too, and its good copy loaded.
     ASSERT_EQ(mount(nullptr, home.store().c_str(), nullptr, MS_REMOUNT, nullptr), 0);
     writeFile(file(), "junk");
     ASSERT_EQ(mount(nullptr, home.store().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-    EXPECT_TRUE(isIdentical(FileUserDefaults().objectForKey(kKey), kOld));
+    EXPECT_TRUE(isIdentical(FileUserDefaults().objectForKey(kKey), kNew));
     EXPECT_EQ(readFile(file()), "junk");
   });
 }

@@ -57,7 +57,7 @@ TEST_P(KilledTest, AtAnySystemCall) {
     if (HasFailure()) return;
     if (end == End::RanThrough) {
       RecordProperty("stops", stop - 1);
-      EXPECT_GT(stop, 40) << "20 calls are fewer than a save or a load makes";
+      EXPECT_GT(stop, 30) << "15 calls are fewer than a save or a load makes";
       return;
     }
   }

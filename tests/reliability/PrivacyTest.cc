@@ -470,7 +470,7 @@ TEST_F(PrivacyTest, NoLineAndNoReasonQuotesAValue) {
   // A load of damage, and saves that fail at each call.
   for (int failing = 1;; ++failing) {
     fs::remove_all(home.store());
-    ASSERT_TRUE(save(settings));
+    ASSERT_TRUE(save(kOld));
     FaultInjectingSystemCalls calls;
     calls.setSyncing(false);
     calls.setFault([&](const std::string&, int call) { return call == failing ? EIO : 0; });

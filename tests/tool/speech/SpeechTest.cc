@@ -172,6 +172,8 @@ constexpr const char* kCommands[] = {
     "import nowhere",
     "doctor",
     "restore",
+    "undo",
+    "history --forget",
     "WATCH",
     "paths",
     "product",
