@@ -44,13 +44,11 @@ class Dialog {
     if (applied)
       std::cout << "  saved\n";
     else
-      std::cout << "  not saved: "
-                << (edits_.failure()->systemError
-                        ? systemReason(edits_.failure()->systemError, Language::English)
-                        : edits_.failure()->reason(Language::English))
-                << '\n';
+      std::cout << "  not saved: " << edits_.failure()->reason(Language::English) << '\n';
     return applied;
   }
+  /// Why it may not.
+  Text reason() const { return edits_.failure()->reason(Language::English); }
 
  private:
   OptionEdits edits_ = OptionsMgr::edits();
@@ -92,8 +90,16 @@ int main() {
   std::cout << "  the city is \"" << OptionsMgr::preparerCity() << "\"\n";
 
   {
-    Dialog dialog("One whose save fails the first time, and then a value that does not fit");
+    Dialog dialog("One that is saved");
     dialog.type("preparerFirmName", "Impôts Côté & filles");
+    if (!dialog.ok()) {
+      std::cerr << "the dialog: " << dialog.reason() << '\n';
+      return 1;
+    }
+  }
+
+  {
+    Dialog dialog("One whose save fails the first time, and then a value that does not fit");
     dialog.type("preparerCity", "Gaspé");
     {
       FileUserDefaults other;
@@ -103,7 +109,7 @@ int main() {
     dialog.type("preparerEmail", "not an address");
     dialog.showWhatIsOpen();
     dialog.type("preparerEmail", "cote@example.ca");
-    dialog.ok();
+    if (!dialog.ok()) return 1;
   }
 
   {
@@ -117,7 +123,7 @@ int main() {
     OptionsMgr::refresh();  // as when the watch of the settings says that something came
     dialog.showWhatIsOpen();
     dialog.keepMine("preparerCity");
-    dialog.ok();
+    if (!dialog.ok()) return 1;
   }
   std::cout << "\n"
             << OptionsMgr::firmName() << ", " << OptionsMgr::preparerCity() << ", "
