@@ -35,7 +35,7 @@ void printChoices(const Session& session, const ChoiceList& list, const Text& by
   }
   printTable(session,
              {indent + say("neutral"), say("English"), say("French"), say("offered"), say("by default")},
-             rows, out, Holding::Words);
+             rows, out, Overflow::Words);
 }
 
 }  // namespace optionsmgr

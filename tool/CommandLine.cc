@@ -1,6 +1,8 @@
 #include "tool/CommandLine.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <optional>
 #include <string_view>
 
 #include "qorvane/foundation/Exception.h"
@@ -18,22 +20,55 @@ using qorvane::FileUserDefaults;
 
 namespace {
 
-bool isNegativeNumber(std::string_view word) {
-  return word.size() > 1 && word[0] == '-' && (word[1] == '.' || (word[1] >= '0' && word[1] <= '9'));
+// What a locale's name says of the language; none for one that is neither.
+std::optional<bool> isFrenchLocale(const char* name) {
+  const std::string_view locale = name ? name : "";
+  const std::string_view language = locale.substr(0, locale.find_first_of("_.@"));
+  if (language == "fr" || language == "french") return true;
+  if (language == "en" || language == "english") return false;
+  return std::nullopt;
 }
 
-// The display language that the store has for the product and year; English when it cannot be told.
-bool storeIsFrench(const Settings& settings) try {
-  FileUserDefaults files(settings.folder.empty() ? FileUserDefaults::defaultFolder() : settings.folder);
-  const qorvane::Text key =
-      Domain{settings.corporate, settings.year != 0 ? settings.year : Session::seasonYear()}.key();
-  if (files.inspect(key).state != FileUserDefaults::Inspection::State::Good) return false;
-  const qorvane::Value stored = files.objectForKey(key);
-  const qorvane::Dictionary* entries = stored.asDictionary();
-  const qorvane::Value* language = entries ? entries->find(qorvane::optsStr_Language.view()) : nullptr;
-  return language && language->textValue().view() == "French";
+// Any product's and year's settings in the store have French as the display language.
+bool storeIsFrench(const std::string& folder) try {
+  const FileUserDefaults files(folder);
+  return std::ranges::any_of(domainsIn(folder), [&](const Domain& domain) {
+    const qorvane::Value settings = files.inspect(domain.key()).object;
+    const qorvane::Dictionary* entries = settings.asDictionary();
+    const qorvane::Value* language = entries ? entries->find(qorvane::optsStr_Language.view()) : nullptr;
+    return language && language->textValue().view() == "French";
+  });
 } catch (const qorvane::Exception&) {
   return false;
+} catch (const Failure&) {
+  return false;
+}
+
+// What the parser found amiss, worked out from the words: its own sentences are English, and may quote them.
+std::string troubleWith(const Walk& walked, const CLI::ParseError& error) {
+  if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+    for (const CLI::Option* option : walked.verb->get_options())
+      if (option->get_required() && option->count() == 0) return say("{} is required", option->get_name());
+  if (walked.asking) return say("{} takes a value", walked.words.back().text);
+  for (const Word& word : walked.words)
+    if (word.option && word.option->get_items_expected_max() == 0 && word.text.find('=') != word.text.npos)
+      return say("{} takes no value", word.text.substr(0, word.text.find('=')));
+  return say("the command line cannot be understood");
+}
+
+// The arguments in the parser's order, last first: the values behind everything else, marked, so that it
+// takes none for an option or a list.
+std::vector<std::string> parsable(const Walk& walked) {
+  std::vector<std::string> words;
+  for (const Word& word : walked.words)
+    if (word.kind == Word::Kind::OptionValue)
+      words.back() += "=" + word.text;
+    else if (word.kind != Word::Kind::Value && word.kind != Word::Kind::Separator)
+      words.push_back(word.text);
+  const std::vector<std::string> values = walked.values();
+  if (!values.empty()) words.emplace_back("--");
+  for (const std::string& value : values) words.push_back(kValueMark + value);
+  return {words.rbegin(), words.rend()};
 }
 
 }  // namespace
@@ -44,11 +79,13 @@ CommandLine::CommandLine()
   app_.fallthrough();
   // As usual at a shell, what is said last counts.
   app_.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  app_.set_version_flag("--version", OPTIONSMGR_VERSION, Phrase("print the version"));
+  app_.add_flag("-v,--version", version_, Phrase("print the version"));
   app_.set_help_flag("-h,--help", Phrase("print this help"));
 
-  takesOneOf(app_.add_option("--product", product_, Phrase("T1 (personal, the default) or T2 (corporate)")),
-             {"T1", "T2"}, true);
+  takesOneOf(
+      app_.add_option("--product", product_,
+                      Phrase("T1 (personal, the default) or T2 (corporate); for carry-forward also all")),
+      {"T1", "T2", "all"}, true);
   takesNumber(app_.add_option("--year", settings_.year,
                               Phrase("the tax year; by default the current filing season's")),
               1, 9999);
@@ -63,9 +100,9 @@ CommandLine::CommandLine()
                                Phrase("seconds to wait while another program saves; 10 by default")),
                0, 86400);
   takesOneOf(
-      app_.add_option(
-          "--lang", language_,
-          Phrase("en or fr: the language of help and messages; by default the store's display language")),
+      app_.add_option("--lang", language_,
+                      Phrase("en or fr: the language of help and messages; by default the locale's, or "
+                             "else the store's display language")),
       {"en", "fr"});
   app_.add_flag("--json", settings_.json, Phrase("print JSON"));
   app_.add_flag("--quiet", settings_.quiet, Phrase("no reports, only answers and errors"));
@@ -80,136 +117,87 @@ CommandLine::CommandLine()
   addJurisdictionVerbs(verbs_);
   addProductVerbs(verbs_);
   addCompletionVerb(verbs_);
+  addHelpVerb(verbs_);
 }
 
-const CLI::App* CommandLine::verb() const {
-  const auto named = app_.get_subcommands();
-  return named.empty() ? nullptr : named.front();
-}
-
-// The arguments in the parser's order, last first. A negative number would be taken for an option: where
-// there is one, the values behind the verb go to the end, behind a "--".
-std::vector<std::string> CommandLine::parsable(const std::vector<std::string>& words) const {
-  std::vector<std::string> options;
-  std::vector<std::string> values;
-  const CLI::App* verb = nullptr;
-  const bool plain =
-      std::ranges::find(words, "--") != words.end() || std::ranges::none_of(words, isNegativeNumber);
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (plain || (words[i].starts_with('-') && !isNegativeNumber(words[i]))) {
-      options.push_back(words[i]);
-      const CLI::Option* option = app_.get_option_no_throw(words[i]);
-      if (!option && verb) option = verb->get_option_no_throw(words[i]);
-      if (!plain && option && option->get_items_expected_max() > 0 && i + 1 < words.size())
-        options.push_back(words[++i]);
-    } else if (!verb) {
-      const auto named =
-          app_.get_subcommands([&](const CLI::App* known) { return known->get_name() == words[i]; });
-      if (!named.empty()) verb = named.front();
-      options.push_back(words[i]);
-    } else {
-      values.push_back(words[i]);
-    }
-  }
-  if (!values.empty()) options.emplace_back("--");
-  options.insert(options.end(), values.begin(), values.end());
-  return {options.rbegin(), options.rend()};
-}
-
-void CommandLine::settle() {
-  settings_.corporate = product_ == "T2" || product_ == "t2";
-  settings_.productSaid = app_.count("--product") > 0;
-  settings_.yearSaid = settings_.year != 0;
-  speakFrench(language_.empty() ? storeIsFrench(settings_) : language_ == "fr");
-}
-
-CommandLine::Request CommandLine::parse(const std::vector<std::string>& words) try {
-  app_.parse(parsable(words));
-  settle();
-  return Request::Run;
-} catch (const CLI::CallForHelp&) {
-  settle();
-  return Request::Help;
-} catch (const CLI::CallForVersion&) {
-  return Request::Version;
-} catch (const RefusedArgument& refused) {
-  settleFor(words);
-  throw Failure(Exit::Usage, refused.reason() + say(" (see optionsmgr --help)"));
-} catch (const CLI::ParseError& error) {
-  settleFor(words);
-  throw Failure(Exit::Usage, troubleWith(words, error) + say(" (see optionsmgr --help)"));
-}
-
-// Where the words end before the language was read, it is the one that is said somewhere.
-void CommandLine::settleFor(const std::vector<std::string>& words) {
-  const auto said = std::ranges::find(words, "--lang");
-  if (said != words.end() && said + 1 != words.end()) language_ = said[1];
-  if (std::ranges::find(words, "--lang=fr") != words.end()) language_ = "fr";
-  settle();
-}
-
-// What is wrong with words that the parser could not make sense of. It is worked out from the words: the
-// parser's own sentences are English.
-std::string CommandLine::troubleWith(const std::vector<std::string>& words,
-                                     const CLI::ParseError& error) const {
-  if (const auto misspelt = misspeltVerb(words)) return *misspelt;
-  if (!verb()) return say("a verb is required");
-  if (dynamic_cast<const CLI::ExtrasError*>(&error)) return extraWords(words);
-  if (dynamic_cast<const CLI::RequiredError*>(&error))
-    for (const CLI::Option* option : verb()->get_options())
-      if (option->get_required() && option->count() == 0) return say("{} is required", option->get_name());
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::size_t end = words[i].find('=');
-    const std::string name = words[i].substr(0, end);
-    const CLI::Option* const option = optionNamed(name);
-    if (!option) continue;
-    const bool takesValue = option->get_items_expected_max() > 0;
-    if (takesValue && end == words[i].npos && i + 1 == words.size()) return say("{} takes a value", name);
-    if (!takesValue && end != words[i].npos) return say("{} takes no value", name);
-  }
-  return say("the command line cannot be understood");
-}
-
-const CLI::Option* CommandLine::optionNamed(const std::string& name) const {
-  const CLI::Option* const option = app_.get_option_no_throw(name);
-  return option || !verb() ? option : verb()->get_option_no_throw(name);
-}
-
-// A word in the verb's place that is none, and which ones are near. What stands behind an option is its own.
-std::optional<std::string> CommandLine::misspeltVerb(const std::vector<std::string>& words) const {
+const CLI::App* CommandLine::verbNamed(const std::string& name) const {
+  const auto named = app_.get_subcommands([&](const CLI::App* known) { return known->get_name() == name; });
+  if (!named.empty()) return named.front();
   const std::vector<std::string> owned = verbs_.names();
   const std::vector<std::string_view> names(owned.begin(), owned.end());
-  for (std::size_t i = 0; !verb() && i < words.size(); ++i) {
-    const CLI::Option* const option = i > 0 ? app_.get_option_no_throw(words[i - 1]) : nullptr;
-    if (words[i].starts_with('-') || (option && option->get_items_expected_max() > 0)) continue;
-    return say("there is no verb \"{}\"", words[i]) + didYouMean(words[i], names);
-  }
-  return std::nullopt;
+  throw Failure(Exit::Usage, say("there is no verb \"{}\"", name) + didYouMean(name, names) +
+                                 say(" (see optionsmgr --help)"));
 }
 
-// The first option that there is not, with those that are near, or else all words that belong to nothing, in
-// their order.
-std::string CommandLine::extraWords(const std::vector<std::string>& words) const {
-  std::vector<std::string> left = app_.remaining(true);
-  std::vector<std::string> extra;
-  for (const std::string& word : words) {
-    const auto found = std::ranges::find(left, word);
-    if (found == left.end()) continue;
-    left.erase(found);
-    extra.push_back(word);
-  }
-  for (const std::string& word : extra) {
-    if (!word.starts_with("-") || word == "--" || isNegativeNumber(word)) continue;
-    std::vector<std::string> owned;
-    for (const CLI::App* app : {&app_, verb()})
+void CommandLine::settleLanguage(const Walk& walked) const {
+  if (const auto said = walked.valueOf("lang")) return speakFrench(*said == "fr" || *said == "FR");
+  for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
+    if (const auto french = isFrenchLocale(std::getenv(variable))) return speakFrench(*french);
+  speakFrench(storeIsFrench(walked.valueOf("store").value_or(FileUserDefaults::defaultFolder())));
+}
+
+// A word that neither the tool nor the verb knows is named, with what it may have meant.
+void CommandLine::refuseUnknown(const Walk& walked) const {
+  const std::string seeHelp = say(" (see optionsmgr --help)");
+  std::vector<std::string> owned;
+  for (const CLI::App* app : {walked.verb, &app_})
+    if (app)
       for (const CLI::Option* option : app->get_options())
         for (const std::string& name : option->get_lnames()) owned.push_back("--" + name);
-    const std::string name = word.substr(0, word.find('='));
-    return say("there is no option \"{}\"", name) +
-           didYouMean(name, std::vector<std::string_view>(owned.begin(), owned.end()));
+  const std::vector<std::string_view> names(owned.begin(), owned.end());
+  for (const Word& word : walked.words) {
+    const std::string name = word.text.substr(0, word.text.find('='));
+    if (word.kind == Word::Kind::Option && !word.option)
+      throw Failure(Exit::Usage, say("there is no option \"{}\"", name) + didYouMean(name, names) + seeHelp);
   }
-  const std::string all = CLI::detail::join(extra, " ");
-  return extra.size() == 1 ? say("unexpected argument: {}", all) : say("unexpected arguments: {}", all);
+  if (walked.valueOf("store") == "") throw Failure(Exit::Usage, say("--store names no folder"));
+  const std::vector<std::string> values = walked.values();
+  if (!walked.verb && !values.empty()) static_cast<void>(verbNamed(values.front()));
+  std::size_t places = 0;
+  if (walked.verb)
+    for (const CLI::Option* option : walked.verb->get_options())
+      if (option->get_positional()) places += static_cast<std::size_t>(option->get_items_expected_max());
+  std::string extra;
+  for (std::size_t i = places; walked.verb && i < values.size(); ++i)
+    extra += (extra.empty() ? "" : " ") + values[i];
+  if (!extra.empty())
+    throw Failure(Exit::Usage, (values.size() == places + 1 ? say("unexpected argument: {}", extra)
+                                                            : say("unexpected arguments: {}", extra)) +
+                                   seeHelp);
+}
+
+CommandLine::Requested CommandLine::parse(const std::vector<std::string>& words) {
+  const Walk walked = walk(app_, words);
+  settleLanguage(walked);
+  refuseUnknown(walked);
+  const auto has = [&](const char* name) {
+    return std::ranges::any_of(walked.words, [&](const Word& word) {
+      return word.kind == Word::Kind::Option && word.option && word.option->check_lname(name);
+    });
+  };
+  verb_ = walked.verb;
+  if (has("help")) return Requested::Help;
+  if (has("version")) return Requested::Version;
+  if (!verb_) throw Failure(Exit::Usage, say("a verb is required") + say(" (see optionsmgr --help)"));
+  try {
+    app_.parse(parsable(walked));
+  } catch (const RefusedArgument& refused) {
+    throw Failure(Exit::Usage, refused.reason() + say(" (see optionsmgr --help)"));
+  } catch (const CLI::ParseError& error) {
+    throw Failure(Exit::Usage, troubleWith(walked, error) + say(" (see optionsmgr --help)"));
+  }
+  settings_.corporate = product_ == "T2" || product_ == "t2";
+  settings_.bothProducts = product_ == "all" || product_ == "ALL";
+  settings_.productSaid = app_.count("--product") > 0;
+  settings_.yearSaid = settings_.year != 0;
+  settings_.literalValues =
+      std::ranges::any_of(walked.words, [](const Word& word) { return word.kind == Word::Kind::Separator; });
+  if (settings_.bothProducts && verb_->get_name() != "carry-forward")
+    throw Failure(Exit::Usage, say("--product all is for carry-forward only"));
+  if (verb_->get_name() != "help") return Requested::Run;
+  const std::vector<std::string> topic = walked.values();
+  verb_ = topic.empty() ? nullptr : verbNamed(topic.front());
+  return Requested::Help;
 }
 
 }  // namespace optionsmgr

@@ -1,5 +1,5 @@
 // The settings of one product and tax year, as they stand in the preference files: reading them as entries
-// and as options, and changing several of them as one step.
+// and as options.
 #pragma once
 
 #include <compare>
@@ -33,12 +33,29 @@ struct Domain {
 /// The domain that the session's common options name.
 Domain domainOf(const Session& session);
 
+/// Those with a file in the folder, in order; none where there is no folder. Throws Failure when it cannot be
+/// looked into.
+std::vector<Domain> domainsIn(const std::string& folder);
 /// Those with a file in the store, in order.
 std::vector<Domain> storedDomains(Session& session);
 
-/// The entries of the domain as they are on the disk; none without a file. Throws Failure when the file is
-/// damaged or cannot be read, and leaves it as it is.
+/// The entries of the domain, from the bytes of its file that were found good; none without a file. While a
+/// change of several years is unfinished, those from before it (tool/UnfinishedChange.h). Changes nothing and
+/// takes no lock. Throws Failure when the file is damaged or cannot be read.
 std::optional<qorvane::Dictionary> storedEntries(Session& session, const Domain& domain);
+
+/// A store of the domain over those entries, nothing of which reaches the disk. While it lives the running
+/// product is the domain's, so it lives within one function.
+class DomainStore {
+ public:
+  DomainStore(Session& session, const Domain& domain, const qorvane::Dictionary& entries);
+  qorvane::Options& options() { return store_; }
+
+ private:
+  qorvane::ScopedProduct running_;
+  qorvane::MemoryUserDefaults memory_;
+  qorvane::Options store_;
+};
 
 /// An option as a domain's entries have it.
 struct OptionState {
@@ -53,19 +70,5 @@ struct OptionState {
 /// Every option of the table, in its order, for a store of that domain with those entries.
 std::vector<OptionState> optionStates(Session& session, const Domain& domain,
                                       const qorvane::Dictionary& entries);
-
-/// What the domains' entries are to become.
-using Changes = std::map<Domain, qorvane::Dictionary>;
-
-/// Makes all the changes or, when one fails, none: those already made are put back. Called with the lock
-/// held. Several files cannot be changed in one moment, so what is to be undone is written down first, in
-/// the folder .unfinished of the store; when the tool is killed meanwhile, its next run finds the note and
-/// puts the files back (`undoUnfinished`). Throws Failure when nothing was changed, and says so when
-/// something could not be put back.
-void changeAll(Session& session, const Changes& changes);
-
-/// Puts back what a run that was killed had changed. A file that somebody changed after it stays as it is.
-/// Answers whether there was anything; throws Failure when there was and it could not be done.
-bool undoUnfinished(Session& session);
 
 }  // namespace optionsmgr

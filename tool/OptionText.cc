@@ -2,18 +2,20 @@
 #include "tool/speech/Columns.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <span>
 
 #include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Text.h"
+#include "qorvane/jurisdictions/ProvinceCodeMapping.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "tool/ChoiceText.h"
 #include "tool/ColorText.h"
 #include "tool/Failure.h"
 #include "tool/speech/Language.h"
+#include "tool/speech/Suggest.h"
 
 namespace optionsmgr {
 
@@ -25,22 +27,22 @@ using qorvane::OptionType;
 using qorvane::Text;
 using qorvane::Value;
 
-namespace {
-
 std::optional<bool> flagMeant(std::string_view words) {
-  constexpr std::array<std::string_view, 4> kTrue = {"true", "yes", "on", "1"};
-  constexpr std::array<std::string_view, 4> kFalse = {"false", "no", "off", "0"};
+  constexpr std::string_view kTrue[] = {"true", "yes", "on", "1", "oui", "vrai"};
+  constexpr std::string_view kFalse[] = {"false", "no", "off", "0", "non", "faux"};
   std::string low(words);
   std::ranges::transform(low, low.begin(),
                          [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  if (std::ranges::find(kTrue, low) != kTrue.end()) return true;
-  if (std::ranges::find(kFalse, low) != kFalse.end()) return false;
+  if (std::ranges::find(kTrue, low) != std::end(kTrue)) return true;
+  if (std::ranges::find(kFalse, low) != std::end(kFalse)) return false;
   return std::nullopt;
 }
 
+namespace {
+
 // The number that the words are, wholly.
 template <class T>
-std::optional<T> numberMeant(std::string_view words) {
+std::optional<T> wholly(std::string_view words) {
   T number{};
   const char* end = words.data() + words.size();
   const auto [stop, error] = std::from_chars(words.data(), end, number);
@@ -49,6 +51,9 @@ std::optional<T> numberMeant(std::string_view words) {
 }
 
 [[noreturn]] void refuse(const OptionRow& row, std::string_view words, const std::string& wanted) {
+  // What was typed for a secret is one.
+  if (row.secret)
+    throw Failure(Exit::BadData, say("this value does not fit {}: it takes {}", row.name, wanted));
   throw Failure(Exit::BadData, say("\"{}\" does not fit {}: it takes {}", words, row.name, wanted));
 }
 
@@ -64,19 +69,24 @@ std::optional<T> numberMeant(std::string_view words) {
 
 }  // namespace
 
-Value parsedFor(const OptionRow& row, std::string_view words) {
+std::optional<double> numberMeant(std::string_view words) {
+  const auto number = wholly<double>(words);
+  return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
+Value parsedFor(const OptionRow& row, std::string_view words, bool forced) {
   if (!qorvane::detail::isWellFormedUtf8(words))
     throw Failure(Exit::BadData, say("the value for {} is not well-formed UTF-8", row.name));
   switch (row.type) {
     case OptionType::Flag:
       if (const auto flag = flagMeant(words)) return Number(*flag);
-      refuse(row, words, say("true or false (or yes/no, on/off, 1/0)"));
+      refuse(row, words, say("true or false (or yes/no, oui/non, on/off, 1/0)"));
     case OptionType::Integer:
-      if (const auto number = numberMeant<std::int32_t>(words)) return Number(*number);
+      if (const auto number = wholly<std::int32_t>(words)) return Number(*number);
       refuse(row, words, say("a whole number between -2147483648 and 2147483647"));
     case OptionType::Date:
       if (words.empty()) return Text("");
-      if (const auto number = numberMeant<double>(words)) return Number(*number);
+      if (const auto number = numberMeant(words)) return Number(*number);
       refuse(row, words, say("a date as the number that is stored, or an empty text for none"));
     case OptionType::Font:
       if (const auto font = qorvane::fontFromText(words)) return qorvane::fontText(font);
@@ -84,14 +94,16 @@ Value parsedFor(const OptionRow& row, std::string_view words) {
     case OptionType::Color:
       if (const auto color = colorMeant(words)) return qorvane::archiveColor(*color);
       refuse(row, words, say("a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\" (alpha last)"));
-    case OptionType::Text:
     case OptionType::Folder:
+      if (words.empty() || words.starts_with('/') || forced) return Text(words);
+      refuse(row, words, say("an absolute path"));
+    case OptionType::Text:
       break;
   }
   const ChoiceList* list = row.choices;
   // Where nothing is chosen at first, it can be so again.
   const bool cleared = words.empty() && row.fallback() == Value(words);
-  if (list && !cleared && !list->meant(words)) refuseChoice(row, *list, words);
+  if (list && !cleared && !forced && !list->meant(words)) refuseChoice(row, *list, words);
   return row.meant(Text(words));
 }
 
@@ -118,6 +130,12 @@ Json shownAsJson(const OptionRow& row, const Value& value) {
   if (const Number* number = value.asNumber(); number && row.type == OptionType::Date)
     return number->doubleValue();
   return value.textValue().string();
+}
+
+std::string plainEntry(const Value* entry) {
+  if (!entry) return {};
+  const Text text = entry->textValue();
+  return text.isNil() ? "(" + std::string(translated(kindName(entry->kind()))) + ")" : text.string();
 }
 
 std::string masked(const OptionRow& row, const Value& value, bool showSecrets) {
@@ -169,14 +187,14 @@ Phrase typeName(const OptionRow& row) {
 namespace {
 
 // clang-format off
-constexpr Habit kReadHabits[] = {
+constexpr Policy kReadPolicies[] = {
     {"Storing",          "stores-default",            "a missing entry is given the default"},
     {"StoringOverEmpty", "stores-default-over-empty", "a missing or empty entry is given the default"},
     {"NonStoring",       "answers-default",           "a missing entry stays missing and reads as the default"},
     {"ExistingFolder",   "makes-folder",              "a missing or empty entry reads as the default; the folder is made when it is missing"},
     {"",                 "own",                       "in a way of its own"},
 };
-constexpr Habit kWriteHabits[] = {
+constexpr Policy kWritePolicies[] = {
     {"Comparing",             "announces-change",              "a change is announced by the next save"},
     {"ComparingNilAsEmpty",   "announces-change",              "a change is announced by the next save"},
     {"ComparingAsEmpty",      "announces-change",              "a change is announced by the next save"},
@@ -193,27 +211,87 @@ constexpr Habit kWriteHabits[] = {
 };
 // clang-format on
 
-const Habit& habit(std::span<const Habit> habits, std::string_view kind) {
+const Policy& policyNamed(std::span<const Policy> policies, std::string_view kind) {
   // A template's arguments are no part of its name.
-  const auto found = std::ranges::find(habits, kind.substr(0, kind.find('<')), &Habit::kind);
-  return found == habits.end() ? habits.back() : *found;
+  const auto found = std::ranges::find(policies, kind.substr(0, kind.find('<')), &Policy::kind);
+  return found == policies.end() ? policies.back() : *found;
 }
 
 }  // namespace
 
-const Habit& readHabit(const OptionRow& row) { return habit(kReadHabits, row.readKind); }
-const Habit& writeHabit(const OptionRow& row) { return habit(kWriteHabits, row.writeKind); }
+const Policy& readPolicy(const OptionRow& row) { return policyNamed(kReadPolicies, row.readKind); }
+const Policy& writePolicy(const OptionRow& row) { return policyNamed(kWritePolicies, row.writeKind); }
+
+Phrase rangeOf(const OptionRow& row) {
+  switch (row.type) {
+    case OptionType::Flag:
+      return "true or false (or yes/no, oui/non, on/off, 1/0)";
+    case OptionType::Integer:
+      return "a whole number between -2147483648 and 2147483647";
+    case OptionType::Folder:
+      return "an absolute path";
+    case OptionType::Font:
+      return "a font's name and size, such as \"Helvetica, 12\"";
+    case OptionType::Color:
+      return "a colour, such as \"#CCFFFF\" or \"calibrated RGB 0.8 1 1 1\"";
+    case OptionType::Date:
+      return "a number, or an empty text for none";
+    case OptionType::Text:
+      break;
+  }
+  return "any text";
+}
+
+std::string nearestRight(std::string_view words, const qorvane::Failure& refusal) {
+  using qorvane::FailureCode;
+  std::vector<std::string> right;
+  if (refusal.code == FailureCode::notMinutes) {
+    const auto number = wholly<std::int32_t>(words);
+    const bool below = number && *number < refusal.arguments.front().intValue();
+    return say("; the nearest right one is {}",
+               (below ? refusal.arguments.front() : refusal.arguments.back()).view());
+  }
+  if (refusal.code == FailureCode::notALanguage) right = {"English", "French"};
+  if (refusal.code == FailureCode::notAJurisdiction)
+    for (const Text& name : qorvane::ProvinceCodeMapping::provinceList()) right.push_back(name.string());
+  return didYouMean(words, std::vector<std::string_view>(right.begin(), right.end()));
+}
+
+std::vector<std::string> facadeNamesOf(const OptionRow& row) {
+  std::vector<std::string> names;
+  for (const qorvane::FacadeName& name : row.facadeNames) names.emplace_back(name.getter);
+  return names;
+}
+
+std::vector<std::string> relatedTo(const OptionRow& row) {
+  std::vector<std::string> names;
+  for (const OptionRow& other : qorvane::optionTable())
+    if (&other != &row && !row.key().isNil() && other.key() == row.key()) names.emplace_back(other.name);
+  return names;
+}
 
 Json factsAsJson(const OptionRow& row, const Value& value, bool showSecrets) {
   const bool entry = !row.key().isNil();
-  Json facts{{"type", std::string(typeName(row).english())},
+  const auto both = [](const auto& text) {
+    return Json{{"english", text(qorvane::Language::English).string()},
+                {"french", text(qorvane::Language::French).string()}};
+  };
+  Json facts{{"label", both([&](auto language) { return row.label(language); })},
+             {"description", both([&](auto language) { return row.description(language); })},
+             {"group", both([&](auto language) { return row.group().name(language); })},
+             {"type", std::string(typeName(row).english())},
              {"value", maskedJson(row, value, showSecrets)},
              {"default", entry ? shownAsJson(row, row.fallback()) : Json(nullptr)},
              {"key", entry ? Json(row.key().string()) : Json(nullptr)},
              {"stored", entry ? Json(row.stored) : Json(nullptr)},
-             {"read", entry ? Json(readHabit(row).code) : Json(nullptr)},
-             {"set", row.write ? Json(writeHabit(row).code) : Json(nullptr)},
+             {"read", entry ? Json(readPolicy(row).code) : Json(nullptr)},
+             {"set", row.write ? Json(writePolicy(row).code) : Json(nullptr)},
+             {"secret", row.secret},
+             {"machineSpecific", row.machineSpecific},
+             {"facade", facadeNamesOf(row)},
+             {"sameEntry", relatedTo(row)},
              {"choices", nullptr}};
+  facts["group"]["id"] = std::string(row.group().id);
   if (const ChoiceList* list = row.choices)
     facts["choices"] = choicesAsJson(*list, row.fallback().textValue());
   return facts;

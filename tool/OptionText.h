@@ -2,8 +2,10 @@
 // shown.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/Value.h"
@@ -15,9 +17,14 @@
 
 namespace optionsmgr {
 
-/// The value that the words mean for an option of this type. Throws Failure (bad data) with the accepted
-/// forms when they mean none, or are no well-formed UTF-8.
-qorvane::Value parsedFor(const qorvane::OptionRow& row, std::string_view words);
+/// The truth that the words are, in English or French, in digits or as a switch, whatever their case.
+std::optional<bool> flagMeant(std::string_view words);
+/// The finite number that the words are, wholly.
+std::optional<double> numberMeant(std::string_view words);
+
+/// The value that the words mean for an option of this type; forced, also one that it does not know. Throws
+/// Failure (bad data) with the accepted forms when they mean none, or are no well-formed UTF-8.
+qorvane::Value parsedFor(const qorvane::OptionRow& row, std::string_view words, bool forced = false);
 
 /// The value on one line: flags as true or false, numbers in digits, fonts as "name, size", texts as they
 /// are.
@@ -25,6 +32,9 @@ std::string shown(const qorvane::OptionRow& row, const qorvane::Value& value);
 
 /// The same for JSON: flags and integers as such, nil as null.
 Json shownAsJson(const qorvane::OptionRow& row, const qorvane::Value& value);
+
+/// What an entry without an option shows: its text, or its kind in brackets; nothing for null.
+std::string plainEntry(const qorvane::Value* entry);
 
 /// What is shown in a secret's place.
 inline constexpr const char* kMask = "********";
@@ -47,16 +57,28 @@ std::string inWords(const std::string& shown, bool isNil = false);
 Phrase typeName(const qorvane::OptionRow& row);
 
 /// How an option is read or set.
-struct Habit {
+struct Policy {
   std::string_view kind;  // As options.def names it; empty for an option that does it in a way of its own.
   const char* code;       // For programs.
   Phrase words;
 };
-const Habit& readHabit(const qorvane::OptionRow& row);
-const Habit& writeHabit(const qorvane::OptionRow& row);
+const Policy& readPolicy(const qorvane::OptionRow& row);
+const Policy& writePolicy(const qorvane::OptionRow& row);
 
-/// Everything about the option but its name, for programs: type, value, default, stored key and form, how it
-/// is read and set, and its choices. What it does not have is null.
+/// What a value must be, in words; for a type whose values are not counted, or for a choice, "any text".
+Phrase rangeOf(const qorvane::OptionRow& row);
+
+/// The right values that are nearest to words which an option's check refused, such as `; did you mean "x"?`;
+/// empty when none is near.
+std::string nearestRight(std::string_view words, const qorvane::Failure& refusal);
+
+/// The option's names in the facade, each once.
+std::vector<std::string> facadeNamesOf(const qorvane::OptionRow& row);
+/// The other options that are the same entry in the running product.
+std::vector<std::string> relatedTo(const qorvane::OptionRow& row);
+
+/// Everything about the option but its name, for programs, as docs/json.md tells it. What it does not have is
+/// null.
 Json factsAsJson(const qorvane::OptionRow& row, const qorvane::Value& value, bool showSecrets);
 
 }  // namespace optionsmgr

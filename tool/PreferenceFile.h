@@ -1,14 +1,9 @@
 // Preference files that people hand over: settings of one or several products and years in one property list
-// or JSON text, to and from files and pipes.
-//
-// The JSON has the entries as they are stored. What JSON has no form for is an object of one member:
-// {"$data": base64}, {"$date": seconds since 2001}, {"$real": "nan", "inf" or "-inf"}, and {"$dictionary":
-// {…}} for a dictionary that itself begins with a "$".
+// or JSON text (tool/JsonText.h), to and from files and pipes.
 #pragma once
 
+#include <cstdint>
 #include <map>
-#include <nlohmann/json.hpp>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +15,10 @@ namespace optionsmgr {
 
 struct PreferenceFile {
   std::map<Domain, qorvane::Dictionary> settings;
+  /// Entries of a JSON text under the names of options, for the product and year that are asked for.
+  qorvane::Dictionary named;
+  /// Products and years that hold something else than a dictionary.
+  std::vector<Domain> broken;
   /// Names of the top-level entries that are no product's and year's.
   std::vector<std::string> others;
 };
@@ -28,15 +27,14 @@ struct PreferenceFile {
 /// permission, bad data with what is wrong and where.
 PreferenceFile readPreferenceFile(const std::string& path);
 
-enum class ExchangeForm { Binary, Xml, JsonText };
+/// All of a file, or of standard input for "-". Throws Failure as `readPreferenceFile`.
+std::string bytesOfFile(const std::string& path);
 
-/// The settings as a file of that form. Throws Failure (bad data) for what the form cannot hold.
-std::string preferenceFileBytes(const std::map<Domain, qorvane::Dictionary>& settings, ExchangeForm form);
+enum class ExchangeForm : std::uint8_t { Binary, Xml, JsonText };
 
-/// Writes the bytes to the file, wholly or not at all, private to the user. Throws Failure.
-void writeWholeFile(const std::string& path, std::string_view bytes);
-
-qorvane::Value valueFromJson(const nlohmann::ordered_json& json);
-nlohmann::ordered_json jsonFromValue(const qorvane::Value& value);
+/// The settings as a file of that form; in JSON a flag that is stored in one of its two ways is true or
+/// false. Throws Failure (bad data) for what the form cannot hold.
+std::string preferenceFileBytes(Session& session, const std::map<Domain, qorvane::Dictionary>& settings,
+                                ExchangeForm form);
 
 }  // namespace optionsmgr

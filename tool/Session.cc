@@ -12,6 +12,7 @@
 #include "qorvane/siblings/QVSettings.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
+#include "tool/UnfinishedChange.h"
 #include "tool/speech/Language.h"
 #include "tool/speech/Suggest.h"
 
@@ -24,6 +25,7 @@ using qorvane::QVSettings;
 using qorvane::ScopedFileManager;
 using qorvane::ScopedProductSource;
 using qorvane::Text;
+using qorvane::Value;
 
 namespace {
 
@@ -55,7 +57,7 @@ Session::Session(Settings settings)
       files_(settings_.folder.empty() ? FileUserDefaults::defaultFolder() : settings_.folder),
       looking_(&lookingFileManager()),
       running_(product()),
-      standard_(&files_) {
+      standard_(&snapshot_) {
   files_.setLockWait(static_cast<int>(settings_.lockWait * 1000));
 }
 
@@ -89,43 +91,33 @@ void Session::requireFolder() try {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
-void Session::requireUndamaged(const Text& key) {
-  using State = FileUserDefaults::Inspection::State;
-  const auto found = files_.inspect(key);
-  if (found.state != State::Damaged) return;
-  const bool copy = files_.newestGoodGeneration(key).has_value();
-  throw Failure(
-      Exit::BadData,
-      say(copy
-              ? Phrase("{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and puts "
-                       "the last good copy in its place")
-              : Phrase("{} is damaged ({}); nothing was changed. `optionsmgr restore` sets it aside and "
-                       "starts afresh"),
-          files_.pathForKey(key), told(*found.damage)));
-}
-
-std::unique_ptr<Options> Session::load() try {
-  auto store = std::make_unique<Options>(files_, product());
-  requireUndamaged(store->settingsDomainKey());
+std::unique_ptr<Options> Session::load() {
+  const Domain domain = domainOf(*this);
+  const auto entries = storedEntries(*this, domain);
+  snapshot_.setObject(entries ? Value(*entries) : Value(), domain.key());
+  auto store = std::make_unique<Options>(snapshot_, product());
   store->loadOptions();
   return store;
-} catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
-std::unique_ptr<Options> Session::change(const std::function<void(Options&)>& change) try {
-  {
-    const FileUserDefaults::Lock lock(files_);
-    undoUnfinished(*this);
-    const auto store = load();
-    change(*store);
-    store->saveOptions();
-    if (const auto failure = files_.lastFailure())
-      throw Failure(exitFor(failure->systemError), say("{}; nothing was changed", told(*failure)));
+void Session::change(const std::function<void(Options&)>& change) try {
+  const FileUserDefaults::Lock lock(files_);
+  putBackUnfinished(*this);
+  const auto store = load();
+  change(*store);
+  const Domain domain = domainOf(*this);
+  files_.setObject(*store->options(), domain.key());
+  if (!files_.synchronize()) {
+    const auto failure = *files_.lastFailure();
+    throw Failure(exitFor(failure.systemError), say("{}; nothing was changed", told(failure)));
   }
-  return load();
+  tellUnlessSaved(*this, {{domain, *store->options()}});
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), say("{}; nothing was changed", told(error.failure())));
+}
+
+void Session::tellOnce(const std::string& message) {
+  if (told_.insert(message).second) tell(message);
 }
 
 const qorvane::OptionRow& Session::option(const std::string& nameOrKey) {

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "qorvane/desktop/FileManager.h"
@@ -21,10 +22,12 @@ struct Settings {
   int year = 0;  // 0: the current filing season.
   std::string release;
   bool singleFiler = false;
-  std::string folder;        // Empty: the user's own.
-  double lockWait = 10;      // Seconds.
-  bool productSaid = false;  // --product was given.
-  bool yearSaid = false;     // --year was given.
+  std::string folder;          // Empty: the user's own.
+  double lockWait = 10;        // Seconds.
+  bool productSaid = false;    // --product was given.
+  bool bothProducts = false;   // It was "all".
+  bool literalValues = false;  // A "--" stood before values: a lone hyphen is one.
+  bool yearSaid = false;       // --year was given.
   bool json = false;
   bool quiet = false;
   bool noColor = false;
@@ -52,27 +55,28 @@ class Session {
   static std::size_t terminalWidth();
   qorvane::FileUserDefaults& files() { return files_; }
 
-  /// Throws Failure as `load` does. For verbs that ask the facade, which loads a store of its own and would
-  /// set a damaged file aside.
+  /// Throws Failure as `load` does. For verbs that ask the facade, whose store then loads the same.
   void requireSound() { load(); }
 
   /// Throws Failure (cannot create) when the environment names no folder for the store.
   void requireFolder();
 
-  /// Throws Failure (bad data), with the file untouched, when the key's file is damaged.
-  void requireUndamaged(const qorvane::Text& key);
-
   /// The product of the settings, and another one of the same edition and release.
   qorvane::Product product() const { return product(settings_.corporate, settings_.year); }
   qorvane::Product product(bool corporate, int year) const;
 
-  /// A store loaded from the disk as it is now. Throws Failure, with the file untouched, when the file is
-  /// damaged or cannot be read.
+  /// A store loaded from the bytes that are on the disk now and were found good. Nothing that reads through
+  /// it, or through the facade from then on, reaches the disk. Throws Failure, with the file untouched, when
+  /// the file is damaged or cannot be read.
   std::unique_ptr<qorvane::Options> load();
 
-  /// Loads the store, lets the function change it and saves it, all under the store's lock, then loads it
-  /// anew to answer what the disk now holds. Throws Failure when it did not reach the disk.
-  std::unique_ptr<qorvane::Options> change(const std::function<void(qorvane::Options&)>& change);
+  /// Under the store's lock: puts back what an interrupted run left, loads the store, lets the function
+  /// change it and saves it. Throws Failure when nothing was changed; what goes wrong after the save is told
+  /// only.
+  void change(const std::function<void(qorvane::Options&)>& change);
+
+  /// Tells it once in a run.
+  void tellOnce(const std::string& message);
 
   /// The option of that property name or stored key. Throws Failure (not found) with suggestions.
   static const qorvane::OptionRow& option(const std::string& nameOrKey);
@@ -81,11 +85,14 @@ class Session {
   Settings settings_;
   Exit exit_ = Exit::Done;
   qorvane::FileUserDefaults files_;
+  /// What the library loads from: what `load` found.
+  qorvane::MemoryUserDefaults snapshot_;
   // What the facade asks: the product, the store, and a file manager that makes nothing, since whoever only
   // looks at a folder must not make it.
   qorvane::ScopedFileManager looking_;
   qorvane::ScopedProduct running_;
   qorvane::ScopedUserDefaults standard_;
+  std::set<std::string> told_;
 };
 
 }  // namespace optionsmgr

@@ -4,7 +4,6 @@
 
 #include "qorvane/foundation/Version.h"
 #include "tool/CommandLine.h"
-#include "tool/Domains.h"
 #include "tool/Session.h"
 #include "tool/speech/Completion.h"
 #include "tool/speech/Help.h"
@@ -14,18 +13,8 @@ namespace optionsmgr {
 
 namespace {
 
-// What a run that was killed left half done. Who may not write may still read.
-void mend(Session& session) try {
-  if (undoUnfinished(session))
-    tell(say("a run that was killed had changed several years in part; they are as before it"));
-} catch (const Failure& failure) {
-  if (failure.code() != Exit::NoPermission) throw;
-  tell(failure.what());
-}
-
 Exit run(const CommandLine& line) {
   Session session(line.settings());
-  mend(session);
   line.verbs().run(session, std::cout);
   return session.exit();
 }
@@ -51,13 +40,13 @@ Exit runTool(const std::vector<std::string>& words) {
   CommandLine line;
   Exit exit = Exit::Done;
   if (!answeredToScripts(line, words)) switch (line.parse(words)) {
-      case CommandLine::Request::Help:
+      case CommandLine::Requested::Help:
         printHelp(line.app(), line.verbs(), line.verb(), std::cout);
         break;
-      case CommandLine::Request::Version:
+      case CommandLine::Requested::Version:
         std::cout << OPTIONSMGR_VERSION << '\n';
         break;
-      case CommandLine::Request::Run:
+      case CommandLine::Requested::Run:
         exit = run(line);
     }
   std::cout.flush();

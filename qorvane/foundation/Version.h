@@ -4,3 +4,5 @@
 #pragma once
 
 #define OPTIONSMGR_VERSION "1.0.0"
+/// When that version was made, for the manual pages.
+#define OPTIONSMGR_DATE "2026-11-21"

@@ -159,7 +159,11 @@ FileUserDefaults::Contents FileUserDefaults::examineFile(const Text& key, const 
   return contents;
 }
 
-FileUserDefaults::Inspection FileUserDefaults::inspect(const Text& key) const { return examineFile(key); }
+FileUserDefaults::Inspection FileUserDefaults::inspect(const Text& key) const {
+  Contents contents = examineFile(key);
+  if (contents.isGood()) contents.Inspection::object = contents.object(key);
+  return contents;
+}
 
 // ---- loading --------------------------------------------------------------------------------------------
 

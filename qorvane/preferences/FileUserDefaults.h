@@ -63,6 +63,8 @@ class FileUserDefaults : public UserDefaults {
     std::uint64_t generation = 0;
     /// What is wrong with a damaged one; none of another.
     std::optional<Failure> damage;
+    /// What a good one holds under the key: the bytes that were judged.
+    Value object;
   };
   /// Looks at the key's file and changes nothing. Throws FileException when it cannot be read.
   Inspection inspect(const Text& key) const;

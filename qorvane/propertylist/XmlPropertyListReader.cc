@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "qorvane/foundation/Base64.h"
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/propertylist/PropertyListParts.h"
 #include "qorvane/propertylist/Utf16.h"
@@ -39,18 +40,6 @@ bool isXmlCharacter(std::uint32_t c) {
   return c >= 0x20 ? c <= 0xD7FF || (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF)
                    : c == '\t' || c == '\n' || c == '\r';
 }
-
-/// Base64 digits by character: their number, 64 for a blank, 65 for anything else.
-constexpr std::array<std::uint8_t, 256> kBase64 = [] {
-  std::array<std::uint8_t, 256> table;
-  table.fill(65);
-  for (const char blank : {' ', '\t', '\n', '\r'}) table[static_cast<unsigned char>(blank)] = 64;
-  std::uint8_t number = 0;
-  for (const char digit :
-       std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"))
-    table[static_cast<unsigned char>(digit)] = number++;
-  return table;
-}();
 
 class XmlReader {
  public:
@@ -463,36 +452,10 @@ class XmlReader {
   }
 
   Data readData(const Tag& tag, std::string_view text) const {
-    std::string bytes;
-    bytes.resize(text.size() / 4 * 3 + 3);
-    std::size_t size = 0;
-    std::uint32_t group = 0;
-    unsigned digits = 0;
-    std::size_t at = 0;
-    for (; at < text.size(); ++at) {
-      const std::uint8_t digit = kBase64[static_cast<unsigned char>(text[at])];
-      if (digit == 64) continue;
-      if (digit > 64) break;
-      group = group << 6 | digit;
-      if (++digits < 4) continue;
-      bytes[size++] = static_cast<char>(group >> 16);
-      bytes[size++] = static_cast<char>(group >> 8);
-      bytes[size++] = static_cast<char>(group);
-      digits = 0;
-    }
-    unsigned padding = 0;
-    for (; at < text.size(); ++at) {
-      if (text[at] == '=')
-        ++padding;
-      else if (!isBlank(text[at]))
-        fail(tag.at, {FailureCode::xmlNoBase64});
-    }
-    if (digits == 0 ? padding != 0 : digits + padding != 4 || digits == 1)
-      fail(tag.at, {FailureCode::xmlBase64CutShort});
-    if (digits >= 2) bytes[size++] = static_cast<char>(group >> (digits == 2 ? 4 : 10));
-    if (digits == 3) bytes[size++] = static_cast<char>(group >> 2);
-    bytes.resize(size);
-    return Data(std::move(bytes));
+    Base64Bytes read = fromBase64(text);
+    if (read.fault == Base64Bytes::Fault::Character) fail(tag.at, {FailureCode::xmlNoBase64});
+    if (read.fault == Base64Bytes::Fault::Group) fail(tag.at, {FailureCode::xmlBase64CutShort});
+    return Data(std::move(read.bytes));
   }
 
   Date readDate(const Tag& tag, std::string_view text) const {

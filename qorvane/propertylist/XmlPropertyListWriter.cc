@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "qorvane/foundation/Base64.h"
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/propertylist/PropertyListParts.h"
 
@@ -172,28 +173,11 @@ class XmlWriter {
     for (std::size_t at = 0; at < bytes.size(); at += kLine) {
       budget_.checkSize(out_.size());
       indent(depth);
-      putBase64(bytes.substr(at, kLine));
+      out_ += base64(bytes.substr(at, kLine));
       out_ += '\n';
     }
     indent(depth);
     out_ += "</data>\n";
-  }
-
-  void putBase64(std::string_view bytes) {
-    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const auto byte = [&](std::size_t at) {
-      return at < bytes.size() ? static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[at])) : 0U;
-    };
-    std::array<char, 76> line;
-    std::size_t length = 0;
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-      const std::uint32_t group = byte(at) << 16 | byte(at + 1) << 8 | byte(at + 2);
-      line[length++] = kDigits[group >> 18];
-      line[length++] = kDigits[group >> 12 & 63];
-      line[length++] = at + 1 < bytes.size() ? kDigits[group >> 6 & 63] : '=';
-      line[length++] = at + 2 < bytes.size() ? kDigits[group & 63] : '=';
-    }
-    out_.append(line.data(), length);
   }
 
   void putDate(const Date& date, const KeyPath* path) {

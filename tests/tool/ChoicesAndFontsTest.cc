@@ -81,14 +81,18 @@ TEST(ChoicesAndFontsTest, AnythingElseIsRefusedWithTheChoices) {
 TEST(ChoicesAndFontsTest, ADescriptionShowsTheChoicesInBothLanguages) {
   const testing_support::TestHome home;
   EXPECT_EQ(optionsmgr("describe mr69_AuthType").out,
-            "option   mr69_AuthType\n"
-            "type     choice\n"
-            "value    1-Authorization\n"
-            "default  1-Authorization\n"
-            "key      MR69AuthorizationOrPowerOfAttorney\n"
-            "stored   a text, the neutral value of a choice\n"
-            "read     a missing entry stays missing and reads as the default\n"
-            "setting  a change is not announced\n"
+            "label        MR-69: kind of authorization\n"
+            "description  Whether form MR-69 gives an authorization or a power of attorney.\n"
+            "group        Quebec\n"
+            "option       mr69_AuthType\n"
+            "type         choice\n"
+            "value        1-Authorization\n"
+            "default      1-Authorization\n"
+            "key          MR69AuthorizationOrPowerOfAttorney\n"
+            "stored       a text, the neutral value of a choice\n"
+            "read         a missing entry stays missing and reads as the default\n"
+            "setting      a change is not announced\n"
+            "facade       mr69_AuthType\n"
             "choices\n"
             "  neutral  English              French          offered  by default\n"
             "  1        1-Authorization      1-Autorisation  yes      yes\n"
@@ -116,7 +120,9 @@ TEST(ChoicesAndFontsTest, AFontIsItsNameAndItsSize) {
 
 TEST(ChoicesAndFontsTest, ThePasswordIsMaskedUnlessAskedFor) {
   const testing_support::TestHome home;
-  expectSetAndRead({"preparerPassword", "hush", "hush"});
+  EXPECT_EQ(optionsmgr("set preparerPassword hush").code, 0);
+  EXPECT_EQ(optionsmgr("get preparerPassword").code, 2);
+  EXPECT_EQ(optionsmgr("get --show-secrets preparerPassword").out, "hush\n");
   EXPECT_EQ(optionsmgr("--quiet list preparerPassword").out, "preparerPassword  text  ********\n");
   EXPECT_EQ(optionsmgr("--quiet list preparerPassword --show-secrets").out, "preparerPassword  text  hush\n");
   EXPECT_EQ(optionsmgr("describe preparerPassword").out.find("hush"), std::string::npos);

@@ -10,11 +10,26 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace testing_support {
 
 namespace {
+
+// The tests say what they expect in English, whatever locale they run in; what is formatted by the locale
+// stays so. A test of the language sets its own.
+const bool kMessagesAreNobodys = [] {
+  if (const char* const all = std::getenv("LC_ALL"); all && *all) {
+    const std::string locale = all;
+    for (const char* category : {"LC_CTYPE", "LC_NUMERIC", "LC_TIME", "LC_COLLATE", "LC_MONETARY"})
+      setenv(category, locale.c_str(), 1);
+    unsetenv("LC_ALL");
+  }
+  setenv("LC_MESSAGES", "C", 1);
+  unsetenv("LANG");
+  return true;
+}();
 
 // A file with the input, gone with its last descriptor.
 int fileWith(const std::string& input) {

@@ -12,28 +12,12 @@ namespace {
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kNarrowest = 8;
 
-struct Character {
-  UChar32 code;  // Negative for bytes that are no UTF-8.
-  std::string_view bytes;
-
-  std::size_t width() const {
-    if (code < 0) return 1;
-    const int kind = u_charType(code);
-    if (kind == U_NON_SPACING_MARK || kind == U_ENCLOSING_MARK || kind == U_FORMAT_CHAR) return 0;
-    const int width = u_getIntPropertyValue(code, UCHAR_EAST_ASIAN_WIDTH);
-    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
-  }
-};
-
-// Takes the first character off the text.
-Character takeFirst(std::string_view& text) {
-  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  std::size_t at = 0;
-  UChar32 code = -1;
-  U8_NEXT(bytes, at, text.size(), code);
-  const Character first{code, text.substr(0, at)};
-  text.remove_prefix(at);
-  return first;
+std::size_t widthOf(const Character& character) {
+  if (character.code < 0) return 1;
+  const int kind = u_charType(character.code);
+  if (kind == U_NON_SPACING_MARK || kind == U_ENCLOSING_MARK || kind == U_FORMAT_CHAR) return 0;
+  const int width = u_getIntPropertyValue(character.code, UCHAR_EAST_ASIAN_WIDTH);
+  return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
 }
 
 // As many bytes of the text as fit into that many columns.
@@ -41,7 +25,7 @@ std::size_t fitting(std::string_view text, std::size_t width) {
   std::size_t bytes = 0;
   for (std::size_t column = 0; !text.empty(); bytes += takeFirst(text).bytes.size()) {
     std::string_view rest = text;
-    column += takeFirst(rest).width();
+    column += widthOf(takeFirst(rest));
     if (column > width) break;
   }
   return bytes;
@@ -78,9 +62,26 @@ std::vector<std::string> linesOf(const std::string& cell, std::size_t width, con
 
 }  // namespace
 
+Character takeFirst(std::string_view& text) {
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  std::size_t at = 0;
+  UChar32 code = -1;
+  U8_NEXT(bytes, at, text.size(), code);
+  const Character first{code, text.substr(0, at)};
+  text.remove_prefix(at);
+  return first;
+}
+
+bool steersTerminal(const Character& character) {
+  const std::int32_t code = character.code;
+  if (code < 0 || u_charType(code) == U_CONTROL_CHAR) return true;
+  return code == 0x2028 || code == 0x2029 || code == 0x061C || (code >= 0x200E && code <= 0x200F) ||
+         (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
 std::size_t columns(std::string_view text) {
   std::size_t width = 0;
-  while (!text.empty()) width += takeFirst(text).width();
+  while (!text.empty()) width += widthOf(takeFirst(text));
   return width;
 }
 
@@ -88,7 +89,7 @@ std::string oneLine(std::string_view text, char instead) {
   std::string line;
   while (!text.empty()) {
     const Character character = takeFirst(text);
-    if (character.code >= 0 && u_charType(character.code) == U_CONTROL_CHAR)
+    if (steersTerminal(character))
       line += instead;
     else
       line += character.bytes;

@@ -13,6 +13,18 @@ namespace optionsmgr {
 /// two.
 std::size_t columns(std::string_view text);
 
+/// One character of a text that may hold bytes which are no UTF-8.
+struct Character {
+  std::int32_t code;  ///< Its code point; negative for a byte that is no UTF-8.
+  std::string_view bytes;
+};
+/// Takes the first character off the text, which is not empty.
+Character takeFirst(std::string_view& text);
+/// It breaks a line, moves a cursor, or turns the direction of the text behind it: controls of either range,
+/// line and paragraph separators, direction marks, and bytes that are no UTF-8, which a terminal may take for
+/// a control.
+bool steersTerminal(const Character& character);
+
 /// The text with another character instead of each that breaks a line or steers a terminal.
 std::string oneLine(std::string_view text, char instead = ' ');
 

@@ -6,6 +6,7 @@
 #include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
+#include "tool/Words.h"
 #include "tool/speech/Completion.h"
 #include "tool/speech/Language.h"
 #include "tool/verbs/Verbs.h"
@@ -95,50 +96,64 @@ void addNames(const CLI::App& app, std::vector<std::string>& all) {
 
 }  // namespace
 
-std::vector<std::string> completions(const CLI::App& app, Session& session,
-                                     const std::vector<std::string>& words) {
-  const std::string last = words.empty() ? "" : words.back();
-  const CLI::App* verb = nullptr;
-  const CLI::Option* asking = nullptr;  // The option whose value the next word is.
-  std::vector<std::string> values;      // What stands behind the verb.
-  for (std::size_t i = 0; i + 1 < words.size(); ++i) {
-    const std::string& word = words[i];
-    if (asking) {
-      asking = nullptr;
-    } else if (word.starts_with("-")) {
-      const CLI::Option* option = verb ? verb->get_option_no_throw(word) : nullptr;
-      if (!option) option = app.get_option_no_throw(word);
-      if (option && option->get_items_expected_max() > 0) asking = option;
-    } else if (!verb) {
-      for (const CLI::App* known : app.get_subcommands({}))
-        if (known->get_name() == word) verb = known;
-      if (!verb) return {};
-    } else {
-      values.push_back(word);
-    }
-  }
+namespace {
 
+// What may stand where the walk ended, when the last word begins like an option or not.
+std::vector<std::string> candidatesAt(const CLI::App& app, Session& session, const Walk& walked,
+                                      bool option) {
   std::vector<std::string> all;
-  if (asking) {
-    all = valuesOf(*asking, session);
-  } else if (last.starts_with("-")) {
-    if (verb) addNames(*verb, all);
+  const std::vector<std::string> values = walked.values();
+  if (walked.asking) {
+    all = valuesOf(*walked.asking, session);
+  } else if (!walked.verb && !values.empty()) {
+    return {};  // Behind a word that is no verb.
+  } else if (option) {
+    if (walked.verb) addNames(*walked.verb, all);
     addNames(app, all);
-  } else if (!verb) {
+  } else if (!walked.verb) {
     for (const CLI::App* known : app.get_subcommands({})) all.push_back(known->get_name());
   } else {
     std::size_t place = values.size();
-    for (const CLI::Option* option : verb->get_options()) {
-      if (!option->get_positional()) continue;
-      if (place-- > 0) continue;
-      all = option->get_name() == "VALUE" ? valuesOf(values.front()) : valuesOf(*option, session);
-      break;
+    for (const CLI::Option* positional : walked.verb->get_options()) {
+      if (!positional->get_positional()) continue;
+      const auto places = static_cast<std::size_t>(positional->get_items_expected_max());
+      if (place >= places) {
+        place -= places;
+        continue;
+      }
+      if (positional->get_name() == "TOPIC") {
+        for (const CLI::App* known : app.get_subcommands({})) all.push_back(known->get_name());
+        return all;
+      }
+      return positional->get_name() == "VALUE" ? valuesOf(values.front()) : valuesOf(*positional, session);
     }
   }
+  return all;
+}
+
+}  // namespace
+
+std::vector<std::string> completions(const CLI::App& app, Session& session,
+                                     const std::vector<std::string>& words) {
+  const std::string last = words.empty() ? "" : words.back();
+  const Walk walked = walk(app, {words.begin(), words.empty() ? words.end() : words.end() - 1});
+  std::vector<std::string> all = candidatesAt(app, session, walked, last.starts_with("-"));
   std::erase_if(all, [&](const std::string& candidate) { return !candidate.starts_with(last); });
   std::ranges::sort(all);
   all.erase(std::unique(all.begin(), all.end()), all.end());
   return all;
+}
+
+void addHelpVerb(Verbs& verbs) {
+  struct HelpRequest {
+    std::string verb;
+  };
+  verbs.add<HelpRequest>(
+      "help", "print the help of a verb, or of the tool",
+      [](CLI::App& verb, HelpRequest& request) {
+        verb.add_option("TOPIC", request.verb, Phrase("the verb; none for the tool's own help"));
+      },
+      [](Session&, const HelpRequest&, std::ostream&) {}, "  optionsmgr help set\n");
 }
 
 void addCompletionVerb(Verbs& verbs) {

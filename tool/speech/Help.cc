@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "qorvane/foundation/Version.h"
 #include "qorvane/siblings/QVSettings.h"
+#include "tool/EntryForm.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/speech/Columns.h"
@@ -14,7 +16,6 @@
 namespace optionsmgr {
 
 using qorvane::OptionRow;
-using qorvane::Text;
 
 namespace {
 
@@ -104,11 +105,18 @@ void printExamples(const std::string& examples, std::ostream& out) {
 void printHeading(const Phrase& title, std::ostream& out) { out << ".SH " << say(title) << '\n'; }
 
 void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out) {
-  out << ".TH OPTIONSMGR 1 \"\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
+  out << ".TH OPTIONSMGR 1 \"" OPTIONSMGR_DATE "\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
   printHeading("NAME", out);
   out << "optionsmgr \\- " << roff(say("show and change the settings of the tax suite")) << '\n';
   printHeading("SYNOPSIS", out);
   out << ".B optionsmgr\n[" << roff(say("common options")) << "] " << roff(say("VERB")) << " ...\n";
+  printHeading("DESCRIPTION", out);
+  out << roff(say(
+             "Reads and changes the settings that the tax suite keeps in the user's preference files, for "
+             "one "
+             "product and tax year or several. Reading changes nothing and waits for nobody; what is changed "
+             "is on the disk when the tool ends with 0."))
+      << '\n';
   printHeading("EXAMPLES", out);
   printExamples(verbs.examples(nullptr), out);
   printHeading("COMMON OPTIONS", out);
@@ -129,10 +137,66 @@ void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out)
   printHeading("FILES", out);
   out << ".I $XDG_CONFIG_HOME/Qorvane/*.plist\n"
       << roff(say("the preference files; see")) << "\n.BR optionsmgr (5).\n";
+  printHeading("ENVIRONMENT", out);
+  printTerms(
+      {{"HOME, XDG_CONFIG_HOME", say("where the preference files are, unless --store says so")},
+       {"LC_ALL, LC_MESSAGES, LANG",
+        say("the language of help and messages, where they name French or English and --lang is not given")},
+       {"NO_COLOR, TERM", say("no colours when the one is set or the other is dumb")}},
+      out);
+  printHeading("SEE ALSO", out);
+  out << ".BR optionsmgr (5)\n";
+}
+
+// What a manual page says of an option's entry in one product.
+struct EntryLine {
+  std::string key, fallback;
+};
+
+EntryLine entryLine(const OptionRow& row, const qorvane::Product& product) {
+  const bool computed = row.type == qorvane::OptionType::Folder;
+  return {row.key(product).string(), computed ? say("(a folder of the year)") : storedDefault(row, product)};
+}
+
+void printEntries(std::ostream& out) {
+  // Twice through the table, since keys and defaults are a product's.
+  std::vector<EntryLine> lines;
+  for (const bool corporate : {false, true}) {
+    const qorvane::Product product{.corporate = corporate, .taxYear = 2024};
+    std::size_t at = 0;
+    for (const OptionRow& row : qorvane::optionTable()) {
+      const EntryLine line = entryLine(row, product);
+      if (!corporate) {
+        lines.push_back(line);
+        continue;
+      }
+      EntryLine& both = lines[at++];
+      if (both.key != line.key) both.key += " / " + line.key;
+      if (both.fallback != line.fallback) both.fallback += " / " + line.fallback;
+    }
+  }
+  for (const qorvane::OptionGroup& group : qorvane::optionGroups()) {
+    bool first = true;
+    std::size_t at = 0;
+    for (const OptionRow& row : qorvane::optionTable()) {
+      const EntryLine& line = lines[at++];
+      if (&row.group() != &group || line.key.empty()) continue;
+      if (std::exchange(first, false)) out << ".SS " << roff(group.name(language()).string()) << '\n';
+      out << ".TP\n.B " << roff(line.key) << '\n'
+          << roff(row.description(language()).string()) << "\n.br\n"
+          << roff(row.name) << ", " << roff(translated(row.stored)) << ", " << roff(line.fallback) << '\n';
+    }
+  }
+  out << ".SS " << roff(say("Entries that follow others")) << '\n';
+  printTerms({{"PProvCode", say("the code of the preparer's province")},
+              {"PProvandPCode", say("the preparer's province and postal code on one line")},
+              {"HeaderFontSize", say("the size of both fonts in points, with six decimals")},
+              {"App.*", say("the application's own, which the suite keeps and never reads")}},
+             out);
 }
 
 void printFormatManual(std::ostream& out) {
-  out << ".TH OPTIONSMGR 5 \"\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
+  out << ".TH OPTIONSMGR 5 \"" OPTIONSMGR_DATE "\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
   printHeading("NAME", out);
   out << "optionsmgr \\- " << roff(say("the preference files of the tax suite")) << '\n';
   printHeading("DESCRIPTION", out);
@@ -157,38 +221,16 @@ void printFormatManual(std::ostream& out) {
                   "that another program wrote has none."))
       << '\n';
   printHeading("ENTRIES", out);
-  out << roff(
-             say("Each option with its stored key, form and default. Where the products differ, the personal "
-                 "one's is shown first."))
+  out << roff(say("Each option with its stored key, form and default, as it is stored. Where the products "
+                  "differ, the "
+                  "personal one's is shown first."))
       << '\n';
-  // Twice through the table, since keys and defaults are a product's.
-  struct Line {
-    std::string name, stored, key, fallback;
-  };
-  std::vector<Line> lines;
-  for (const bool corporate : {false, true}) {
-    const qorvane::Product product{.corporate = corporate, .taxYear = 2024};
-    std::size_t at = 0;
-    for (const OptionRow& row : qorvane::optionTable()) {
-      const Text key = row.key(product);
-      if (key.isNil()) continue;
-      const bool computed = row.type == qorvane::OptionType::Folder;
-      const std::string fallback =
-          computed ? say("(a folder of the year)") : inQuotes(shown(row, row.fallback(product)));
-      if (!corporate) {
-        lines.push_back({std::string(row.name), std::string(translated(row.stored)), key.string(), fallback});
-        continue;
-      }
-      Line& line = lines[at++];
-      if (line.key != key.view()) line.key += " / " + key.string();
-      if (line.fallback != fallback) line.fallback += " / " + fallback;
-    }
-  }
-  for (const Line& line : lines)
-    out << ".TP\n.B " << roff(line.key) << '\n'
-        << roff(line.name) << ", " << roff(line.stored) << ", " << roff(line.fallback) << '\n';
+  printEntries(out);
+  printHeading("ENVIRONMENT", out);
+  printTerms({{"HOME, XDG_CONFIG_HOME", say("where the preference files are, unless --store says so")}}, out);
+  printHeading("SEE ALSO", out);
+  out << ".BR optionsmgr (1)\n";
 }
-
 }  // namespace
 
 void printHelp(const CLI::App& app, const Verbs& verbs, const CLI::App* verb, std::ostream& out) {

@@ -6,6 +6,16 @@ namespace optionsmgr {
 
 namespace {
 
+struct FrenchRow {
+  std::string_view english;
+  std::string_view french;
+};
+constexpr FrenchRow kFrenchRows[] = {
+#define FRENCH(english, french) {english, french},
+#include "tool/speech/French.def"
+#undef FRENCH
+};
+
 constexpr int placesIn(std::string_view pattern) {
   int places = 0;
   for (; pattern.find("{}") != pattern.npos; ++places) pattern.remove_prefix(pattern.find("{}") + 2);
@@ -34,6 +44,8 @@ std::string_view translated(std::string_view english) {
   const auto* const row = std::ranges::find(kFrenchRows, english, &FrenchRow::english);
   return row == std::end(kFrenchRows) ? english : row->french;
 }
+
+std::string_view Phrase::text() const { return translated(english_); }
 
 std::string filled(std::string_view pattern, std::initializer_list<std::string_view> arguments) {
   std::string text;

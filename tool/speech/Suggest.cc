@@ -33,7 +33,8 @@ std::string didYouMean(std::string_view word, std::span<const std::string_view> 
   constexpr std::size_t kMostCandidates = 3;
   constexpr std::size_t kLongestWord = 100;
   if (word.size() > kLongestWord) return {};
-  const std::size_t near = std::max<std::size_t>(2, word.size() / 3);
+  // A third of the letters may be others; of a short word one.
+  const std::size_t near = std::max<std::size_t>(1, word.size() / 3);
   std::vector<std::pair<std::size_t, std::string_view>> found;
   for (const std::string_view candidate : candidates)
     if (const std::size_t far = distance(word, candidate); far <= near) found.emplace_back(far, candidate);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <optional>
 
 #include "qorvane/desktop/FileManager.h"
@@ -54,7 +55,12 @@ void paths(Session& session, const PathsRequest& request, std::ostream& out) {
   std::optional<qorvane::ScopedFileManager> making;
   if (request.create) making.emplace(nullptr);
   store->createsFolders(request.create);
+  const std::string& own = session.files().folder();
   Json rows = Json::array();
+  rows.push_back({{"name", "store"},
+                  {"from", session.settings().folder.empty() ? "default" : "stored"},
+                  {"exists", std::filesystem::is_directory(own)},
+                  {"path", own}});
   for (const OptionRow& row : qorvane::optionTable()) {
     const bool folderOption = row.type == OptionType::Folder;
     if (!folderOption && !row.key().isNil()) continue;
@@ -80,7 +86,7 @@ void paths(Session& session, const PathsRequest& request, std::ostream& out) {
                      answer(row["exists"].get<bool>()),
                      row["path"].is_null() ? say("(none)") : row["path"].get<std::string>()});
   }
-  printTable(session, {say("folder"), say("set"), say("exists"), say("path")}, lines, out, Holding::Paths);
+  printTable(session, {say("folder"), say("set"), say("exists"), say("path")}, lines, out, Overflow::Paths);
 }
 
 // Each amount in each of the suite's styles, in both languages.
@@ -122,7 +128,7 @@ void format(Session& session, const FormatRequest& request, std::ostream& out) {
     for (const Style& style : kStyles)
       lines.push_back({style.name, shown[style.name]["english"].get<std::string>(),
                        shown[style.name]["french"].get<std::string>()});
-    printTable(session, {say("style"), say("English"), say("French")}, lines, out, Holding::Values);
+    printTable(session, {say("style"), say("English"), say("French")}, lines, out, Overflow::Values);
   }
 }
 

@@ -18,6 +18,7 @@
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
+#include "tool/UnfinishedChange.h"
 #include "tool/speech/Language.h"
 #include "tool/verbs/Verbs.h"
 
@@ -26,7 +27,6 @@ namespace optionsmgr {
 using qorvane::Dictionary;
 using qorvane::FileException;
 using qorvane::FileUserDefaults;
-using qorvane::Options;
 using qorvane::Text;
 using qorvane::Value;
 using State = FileUserDefaults::Inspection::State;
@@ -46,7 +46,7 @@ struct WatchRequest {
 void restore(Session& session, const Nothing&, std::ostream& out) {
   session.requireFolder();
   FileUserDefaults& files = session.files();
-  const Text key = Options().settingsDomainKey();
+  const Text key = domainOf(session).key();
   const auto before = files.inspect(key);
   const auto answer = [&](const char* state) {
     if (session.json()) printJson({{"file", files.pathForKey(key)}, {"state", state}}, out);
@@ -57,9 +57,11 @@ void restore(Session& session, const Nothing&, std::ostream& out) {
       printTable(session, {},
                  {{say(before.state == State::Good ? Phrase("{} is in order") : Phrase("{} does not exist"),
                        files.pathForKey(key))}},
-                 out, Holding::Paths);
+                 out, Overflow::Paths);
     return;
   }
+  const FileUserDefaults::Lock lock(files);
+  putBackUnfinished(session);
   // Reading a damaged file sets it aside, puts the last good copy in its place and logs what it did.
   files.objectForKey(key);
   if (files.inspect(key).state == State::Damaged)

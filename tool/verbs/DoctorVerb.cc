@@ -17,6 +17,8 @@
 #include "tool/Failure.h"
 #include "tool/Output.h"
 #include "tool/PreferenceFile.h"
+#include "tool/UnfinishedChange.h"
+#include "tool/WholeFile.h"
 #include "tool/speech/Language.h"
 #include "tool/verbs/Verbs.h"
 
@@ -67,6 +69,10 @@ class Doctor {
     if (status.st_uid != geteuid()) repair_ = false;
     examineRights(folder, ".", 0700);
     lock();
+    if (repair_ && lock_) {
+      putBackUnfinished(session_);
+      names_ = namesIn(folder);
+    }
     for (const Domain& domain : domains_) examineSettings(domain);
     examineLeftovers(folder);
     return std::move(findings_);
@@ -192,7 +198,11 @@ class Doctor {
       } else if (name.starts_with(".lock-held")) {
         add(name, "note", say("a lock, or what a killed process left of one; it goes by itself"));
       } else if (name == ".unfinished") {
-        add(name, "problem", say("left by an import that was killed; it could not be undone"));
+        // Whoever holds the lock may be at it.
+        add(name, lock_ ? Phrase("problem") : Phrase("note"),
+            say("left by a change of several years that was interrupted; the next change puts it back"));
+      } else if (name.find(".before-import-") != name.npos) {
+        add(name, "note", say("kept from a change of several years that was interrupted; yours to remove"));
       }
     }
   }
@@ -266,7 +276,8 @@ std::string reportOf(Session& session, const std::vector<Finding>& findings) {
 
 void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
   const std::vector<Finding> findings = Doctor(session, request.repair).findings();
-  if (!request.report.empty()) writeWholeFile(request.report, reportOf(session, findings));
+  if (!request.report.empty())
+    writeWholeFile(request.report, reportOf(session, findings), Existing::Replaced);
   const bool ill =
       std::ranges::any_of(findings, [](const Finding& f) { return f.state.english() == "problem"; });
   if (ill) session.setExit(Exit::NotFound);
@@ -279,7 +290,7 @@ void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
     return;
   }
   if (!session.reports()) return;
-  printTable(session, {}, {{session.files().folder()}}, out, Holding::Paths);
+  printTable(session, {}, {{session.files().folder()}}, out, Overflow::Paths);
   std::vector<Row> rows;
   for (const Finding& finding : findings) {
     // The name of a file that was set aside is longer than all else and would leave no room for it.
@@ -287,7 +298,7 @@ void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
     if (isLong) rows.push_back({"  " + finding.file});
     rows.push_back({isLong ? "" : "  " + finding.file, say(finding.state), finding.what});
   }
-  printTable(session, {}, rows, out, Holding::Words);
+  printTable(session, {}, rows, out, Overflow::Words);
   if (ill && !request.repair) out << say("`optionsmgr doctor --repair` mends what can be mended") << '\n';
 }
 

@@ -1,17 +1,23 @@
 // The verbs that hand settings over and take them: export and import.
+#include <fnmatch.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
+#include <utility>
 
-#include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Exception.h"
 #include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
+#include "tool/EntryForm.h"
 #include "tool/Exchange.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
 #include "tool/PreferenceFile.h"
+#include "tool/UnfinishedChange.h"
+#include "tool/WholeFile.h"
 #include "tool/speech/Language.h"
 #include "tool/verbs/Verbs.h"
 
@@ -21,233 +27,393 @@ using qorvane::Dictionary;
 using qorvane::FileException;
 using qorvane::FileUserDefaults;
 using qorvane::OptionRow;
-using qorvane::OptionType;
 using qorvane::Text;
 using qorvane::Value;
+
+namespace fs = std::filesystem;
 
 namespace {
 
 struct ExportRequest {
-  std::string file = "-";
+  std::vector<std::string> words;
   std::string form;
   bool all = false;
+  bool force = false;
+  bool machine = false;
   bool showSecrets = false;
 };
 
 // ---- export ---------------------------------------------------------------------------------------------
 
-ExchangeForm formMeant(const ExportRequest& request) {
+// What the words of an export are: a file, and options.
+struct ExportTarget {
+  std::string file = "-";
+  std::vector<std::string> options;  // Names, keys or patterns; none for everything.
+};
+
+bool isPattern(std::string_view word) { return word.find_first_of("*?[") != word.npos; }
+
+// A word with a dot or a slash names a file, any other one an option: nobody must find a file of the name
+// that he misspelt.
+ExportTarget targetMeant(const std::vector<std::string>& words) {
+  ExportTarget target;
+  bool fileSaid = false;
+  for (const std::string& word : words) {
+    const bool isFile =
+        word == "-" || word.find('/') != word.npos || (!isPattern(word) && word.find('.') != word.npos);
+    if (!isFile) {
+      if (!isPattern(word)) Session::option(word);
+      target.options.push_back(word);
+    } else if (std::exchange(fileSaid, true)) {
+      throw Failure(Exit::Usage, say("there are two files: {} and {}", target.file, word));
+    } else {
+      target.file = word;
+    }
+  }
+  return target;
+}
+
+ExchangeForm formMeant(const Session& session, const ExportRequest& request, const std::string& file) {
   std::string form = request.form;
-  if (form.empty() && request.file == "-") form = "xml";
-  if (form.empty()) form = std::filesystem::path(request.file).extension().string();
+  if (form.empty() && file == "-") form = session.json() ? "json" : "xml";
+  if (form.empty()) form = fs::path(file).extension().string();
   if (form == "xml" || form == ".xml") return ExchangeForm::Xml;
   return form == "json" || form == ".json" ? ExchangeForm::JsonText : ExchangeForm::Binary;
 }
 
-// Takes the secrets out; answers how many there were.
-int withoutSecrets(Session& session, const Domain& domain, Dictionary& entries) {
-  const qorvane::Product product = session.product(domain.corporate, domain.year);
-  int secrets = 0;
-  for (const OptionRow& row : qorvane::optionTable())
-    if (row.secret) {
-      const Value* entry = entries.find(row.key(product).view());
+// What was not exported though it is set.
+struct LeftOut {
+  std::size_t secrets = 0;
+  std::size_t machine = 0;
+};
+
+bool isNamed(const OptionRow& row, const std::vector<std::string>& options) {
+  return options.empty() || std::ranges::any_of(options, [&](const std::string& word) {
+           return fnmatch(word.c_str(), std::string(row.name).c_str(), FNM_CASEFOLD) == 0 ||
+                  row.key().view() == word;
+         });
+}
+
+Dictionary exported(Session& session, const ExportRequest& request, const std::vector<std::string>& options,
+                    const Domain& domain, const Dictionary& entries, LeftOut& left) {
+  const qorvane::ScopedProduct product(session.product(domain.corporate, domain.year));
+  Dictionary taken = options.empty() ? entries : Dictionary();
+  for (const OptionRow& row : qorvane::optionTable()) {
+    const Value* entry = row.key().isNil() ? nullptr : entries.find(row.key().view());
+    if (!entry) continue;
+    const bool secret = row.secret && !request.showSecrets;
+    const bool machine = row.machineSpecific && !request.machine;
+    if (!isNamed(row, options)) continue;
+    if (secret || machine) {
+      taken.remove(row.key());
       // One that is not set hides nothing.
-      if (!entry || entry->textValue() == Text("")) continue;
-      entries.remove(row.key(product));
-      ++secrets;
+      if (!(entry->textValue() == Text(""))) ++(secret ? left.secrets : left.machine);
+    } else if (!options.empty()) {
+      for (const Text& key : row.entries())
+        if (const Value* own = entries.find(key.view());
+            own && (key == row.key() || qorvane::isDerivedEntry(key)))
+          taken.set(key, *own);
     }
-  return secrets;
+  }
+  return taken;
+}
+
+// A file in a store's folder is the store's, whatever its name.
+void requireNoStoreFile(Session& session, const std::string& file) {
+  std::error_code none;
+  fs::path target = fs::weakly_canonical(file, none);
+  if (none) target = fs::absolute(file, none);
+  const bool ours = fs::equivalent(target.parent_path(), session.files().folder(), none);
+  const bool another =
+      Domain::fromKey(target.stem().string()) && fs::exists(target.parent_path() / ".lock", none);
+  if (ours || another)
+    throw Failure(Exit::Usage,
+                  say("{} lies in the folder of the settings themselves; export to another", file));
 }
 
 void exportSettings(Session& session, const ExportRequest& request, std::ostream& out) {
-  std::map<Domain, Dictionary> settings;
-  int secrets = 0;
-  for (const Domain& domain : request.all ? storedDomains(session) : std::vector{domainOf(session)}) {
-    auto entries = storedEntries(session, domain);
-    if (!entries)
-      throw Failure(Exit::NotFound,
-                    say("there are no {} settings in {}", domain.name(), session.files().folder()));
-    if (!request.showSecrets) secrets += withoutSecrets(session, domain, *entries);
-    settings[domain] = *std::move(entries);
+  const ExportTarget target = targetMeant(request.words);
+  if (target.file != "-") {
+    requireNoStoreFile(session, target.file);
+    struct stat status;
+    if (!request.force && lstat(target.file.c_str(), &status) == 0 &&
+        (stat(target.file.c_str(), &status) != 0 || S_ISREG(status.st_mode)))
+      throw Failure(Exit::CannotCreate, say("{} exists; --force replaces it", target.file));
   }
+  std::map<Domain, Dictionary> settings;
+  LeftOut left;
+  for (const Domain& domain : request.all ? storedDomains(session) : std::vector{domainOf(session)}) try {
+      const auto entries = storedEntries(session, domain);
+      if (!entries)
+        throw Failure(Exit::NotFound,
+                      say("there are no {} settings in {}", domain.name(), session.files().folder()));
+      settings[domain] = exported(session, request, target.options, domain, *entries, left);
+    } catch (const Failure& failure) {
+      if (!request.all) throw;
+      tell(say("{} is left out: {}", domain.name(), failure.what()));
+      session.setExit(Exit::BadData);
+    }
   if (settings.empty())
-    throw Failure(Exit::NotFound, say("there are no settings in {}", session.files().folder()));
-  const std::string bytes = preferenceFileBytes(settings, formMeant(request));
-  if (request.file == "-")
+    throw Failure(session.exit() == Exit::Done ? Exit::NotFound : session.exit(),
+                  say("there are no settings in {}", session.files().folder()));
+  const std::string bytes = preferenceFileBytes(session, settings, formMeant(session, request, target.file));
+  if (target.file == "-")
     out << bytes;
   else
-    writeWholeFile(request.file, bytes);
-  if (secrets > 0 && session.reports())
-    tell(say("{} left out, being secret; --show-secrets has them in", std::to_string(secrets)));
+    writeWholeFile(target.file, bytes, request.force ? Existing::Replaced : Existing::Refused);
+  if (!session.reports()) return;
+  if (left.secrets > 0)
+    tell(say("{} left out, being secret; --show-secrets has them in", std::to_string(left.secrets)));
+  if (left.machine > 0)
+    tell(say("{} left out, being this machine's (printer, folders); --machine has them in",
+             std::to_string(left.machine)));
 }
 
 // ---- import ---------------------------------------------------------------------------------------------
 
-// Why the entry is none for the option; empty when it is one. A value that the option does not know, such as
-// a choice of another list, is kept: the program that wrote it knew it.
-std::string objection(const OptionRow& row, const Value& entry) {
-  const bool textOrNumber = entry.asText() || entry.asNumber();
-  switch (row.type) {
-    case OptionType::Color:
-      if (!entry.asData()) return say("it is no colour");
-      try {
-        static_cast<void>(qorvane::unarchiveColor(*entry.asData()));
-      } catch (const qorvane::Exception& error) {
-        return say("it is no colour: {}", told(error.failure()));
-      }
-      return {};
-    case OptionType::Date:
-      return textOrNumber || entry.asDate() ? std::string() : say("it is no date");
-    case OptionType::Folder:
-      if (const Text* path = entry.asText(); path && (path->isNilOrEmpty() || path->view().starts_with('/')))
-        return {};
-      return say("it is no absolute path");
-    default:
-      return textOrNumber ? std::string() : say("it is neither a text nor a number");
+enum class Action : std::uint8_t { New, Changed, Removed, Kept, Unknown, Refused };
+
+Phrase wordFor(Action action) {
+  switch (action) {
+    case Action::New:
+      return "new";
+    case Action::Changed:
+      return "changed";
+    case Action::Removed:
+      return "removed";
+    case Action::Kept:
+      return "kept";
+    case Action::Unknown:
+      return "unknown";
+    case Action::Refused:
+      return "refused";
   }
+  return "unknown";
 }
 
 struct ChangedEntry {
   std::string name;
-  Phrase action;  // "new", "changed", "removed", "unknown".
+  Action action;
   std::string from;
   std::string to;
+  std::string why;  // Of what is kept or refused.
 };
-
-// What an entry without an option shows.
-std::string plain(const Value* entry) {
-  if (!entry) return {};
-  const Text text = entry->textValue();
-  return text.isNil() ? "(" + std::string(translated(kindName(entry->kind()))) + ")" : text.string();
-}
-
-std::vector<ChangedEntry> changesOf(Session& session, const ImportRequest& request, const Domain& domain,
-                                    const Dictionary& before, const Dictionary& after) {
-  std::vector<ChangedEntry> lines;
-  std::set<std::string_view> seen;
-  const auto add = [&](std::string name, const Value* old, const Value* now, std::string from,
-                       std::string to) {
-    if (old && now && isIdentical(*old, *now)) return;
-    if (old || now)
-      lines.push_back({std::move(name),
-                       !old  ? Phrase("new")
-                       : now ? Phrase("changed")
-                             : Phrase("removed"),
-                       std::move(from), std::move(to)});
-  };
-  const auto befores = optionStates(session, domain, before);
-  const auto afters = optionStates(session, domain, after);
-  for (std::size_t i = 0; i < befores.size(); ++i) {
-    const OptionRow& row = *befores[i].row;
-    if (befores[i].key.isNil() || !seen.insert(befores[i].key.view()).second) continue;
-    const auto words = [&](const OptionState& state) {
-      return state.unreadable ? say("(unreadable)") : masked(row, state.value, request.showSecrets);
-    };
-    add(std::string(row.name), before.find(befores[i].key.view()), after.find(befores[i].key.view()),
-        words(befores[i]), words(afters[i]));
-  }
-  for (const Dictionary* entries : {&after, &before})
-    for (const auto& [key, value] : *entries) {
-      if (!seen.insert(key.view()).second) continue;
-      const Value* old = before.find(key.view());
-      const Value* now = after.find(key.view());
-      if (now && (!old || !isIdentical(*old, *now)))
-        lines.push_back({key.string(), "unknown", plain(old), plain(now)});
-      else
-        add(key.string(), old, now, plain(old), plain(now));
-    }
-  return lines;
-}
 
 struct ImportPlan {
   Changes changes;
   std::map<Domain, std::vector<ChangedEntry>> lines;
+  std::string objections;  // A line each; empty when there are none that count.
 };
 
-ImportPlan planned(Session& session, const ImportRequest& request,
-                   const std::map<Domain, Dictionary>& chosen) {
-  ImportPlan plan;
-  for (const auto& [domain, entries] : chosen) {
-    const Dictionary before = storedEntries(session, domain).value_or(Dictionary());
-    Dictionary after = request.replace ? entries : before;
-    if (!request.replace)
-      for (const auto& [key, value] : entries) after.set(key, value);
-    plan.lines[domain] = changesOf(session, request, domain, before, after);
-    if (!plan.lines[domain].empty()) plan.changes[domain] = after;
+// Works out what becomes of each product and year.
+class Planner {
+ public:
+  Planner(Session& session, const ImportRequest& request, const PreferenceFile& file)
+      : session_(session), request_(request), file_(file) {}
+
+  ImportPlan plan() {
+    for (const Domain& domain : file_.broken)
+      object(domain, domain.key().string(), say("it holds no dictionary"));
+    std::map<Domain, Dictionary> given = file_.settings;
+    if (!file_.named.empty()) given[domainOf(session_)];
+    for (const auto& [domain, entries] : given) planFor(domain, entries);
+    return std::move(plan_);
   }
+
+ private:
+  void planFor(const Domain& domain, const Dictionary& given) {
+    const Dictionary before = storedEntries(session_, domain).value_or(Dictionary());
+    const Dictionary good = taken(domain, given, before);
+    Dictionary after = request_.replace ? keptOf(domain, given, before) : before;
+    for (const auto& [key, value] : good) after.set(key, value);
+    if (domain == domainOf(session_)) setNamed(domain, after);
+    settleDerived(session_, domain, good, after);
+    addLines(domain, before, after);
+    if (!isIdentical(before, after)) plan_.changes[domain] = after;
+  }
+
+  // Those of the given entries that can be taken, in the form in which they are stored.
+  Dictionary taken(const Domain& domain, const Dictionary& given, const Dictionary& before) {
+    Dictionary all = before;
+    for (const auto& [key, value] : given) all.set(key, value);
+    DomainStore store(session_, domain, all);
+    Dictionary good;
+    for (const auto& [key, value] : given) {
+      const Value* there = before.find(key.view());
+      const OptionRow* owner = ownerOf(key);
+      Formed formed{value, std::nullopt};
+      // What is there already is nobody's mistake now.
+      if (!there || !isIdentical(*there, value)) {
+        if (owner)
+          formed = formedEntry(*owner, value, store.options());
+        else if (qorvane::isDerivedEntry(key))
+          formed = formedDerivedEntry(value);
+      }
+      if (formed.objection && !(request_.force && formed.objection->mayBeForced))
+        object(domain, key.string(), formed.objection->why);
+      else
+        good.set(key, formed.objection ? value : formed.entry);
+    }
+    return good;
+  }
+
+  // What stays of the entries that the file does not have when it replaces them.
+  Dictionary keptOf(const Domain& domain, const Dictionary& given, const Dictionary& before) {
+    const qorvane::ScopedProduct product(session_.product(domain.corporate, domain.year));
+    Dictionary kept;
+    for (const auto& [key, value] : before) {
+      const OptionRow* owner = ownerOf(key);
+      const bool secret = owner && owner->secret && !request_.secrets;
+      const bool machine = owner && owner->machineSpecific && !request_.machine;
+      const bool size = key.view() == "HeaderFontSize";
+      if (given.find(key.view()) || !(secret || machine || size)) continue;
+      kept.set(key, value);
+      if (size || value.textValue() == Text("")) continue;
+      const std::string shown = secret && !request_.showSecrets ? kMask : plainEntry(&value);
+      plan_.lines[domain].push_back(
+          {std::string(owner->name), Action::Kept, shown, shown,
+           secret ? say("a secret; --secrets removes it") : say("this machine's; --machine removes it")});
+    }
+    return kept;
+  }
+
+  // Sets the options that a JSON text names.
+  void setNamed(const Domain& domain, Dictionary& after) {
+    for (const auto& [name, value] : file_.named) try {
+        const qorvane::ScopedProduct product(session_.product(domain.corporate, domain.year));
+        const OptionRow& row = *qorvane::findProperty(name);
+        if (!row.write) throw Failure(Exit::BadData, say("it cannot be set: the library answers it itself"));
+        if (!value.asText() && !value.asNumber())
+          throw Failure(Exit::BadData, say("it is neither a text nor a number"));
+        const bool truth = value.asNumber() && value.asNumber()->kind() == qorvane::Number::Kind::Boolean;
+        const std::string words = truth ? (value.boolValue() ? "true" : "false") : value.textValue().string();
+        for (const auto& [key, entry] :
+             entriesFor(session_, domain, row, parsedFor(row, words, request_.force), after))
+          after.set(key, entry);
+      } catch (const Failure& failure) {
+        object(domain, name.string(), failure.what());
+      }
+  }
+
+  void object(const Domain& domain, const std::string& name, const std::string& why) {
+    if (request_.skipBad)
+      plan_.lines[domain].push_back({name, Action::Refused, "", "", why});
+    else
+      plan_.objections += "\n  " + domain.name() + ", " + name + ": " + why;
+  }
+
+  void addLines(const Domain& domain, const Dictionary& before, const Dictionary& after) {
+    std::vector<ChangedEntry>& lines = plan_.lines[domain];
+    std::set<std::string_view> seen;
+    const auto add = [&](std::string name, std::string_view key, std::string from, std::string to,
+                         bool unknown) {
+      const Value* old = before.find(key);
+      const Value* now = after.find(key);
+      if (old && now ? isIdentical(*old, *now) : !old && !now) return;
+      const Action action = !now      ? Action::Removed
+                            : unknown ? Action::Unknown
+                            : old     ? Action::Changed
+                                      : Action::New;
+      lines.push_back({std::move(name), action, std::move(from), std::move(to), ""});
+    };
+    const auto befores = optionStates(session_, domain, before);
+    const auto afters = optionStates(session_, domain, after);
+    for (std::size_t i = 0; i < befores.size(); ++i) {
+      const OptionRow& row = *befores[i].row;
+      if (befores[i].key.isNil() || !seen.insert(befores[i].key.view()).second) continue;
+      const auto words = [&](const OptionState& state) {
+        return state.unreadable ? say("(unreadable)") : masked(row, state.value, request_.showSecrets);
+      };
+      add(std::string(row.name), befores[i].key, words(befores[i]), words(afters[i]), false);
+    }
+    const qorvane::ScopedProduct product(session_.product(domain.corporate, domain.year));
+    for (const Dictionary* entries : {&after, &before})
+      for (const auto& [key, value] : *entries)
+        if (seen.insert(key.view()).second)
+          add(key.string(), key, plainEntry(before.find(key.view())), plainEntry(after.find(key.view())),
+              isUnknownEntry(key));
+  }
+
+  Session& session_;
+  const ImportRequest& request_;
+  const PreferenceFile& file_;
+  ImportPlan plan_;
+};
+
+ImportPlan planned(Session& session, const ImportRequest& request, const PreferenceFile& file) {
+  ImportPlan plan = Planner(session, request, file).plan();
+  if (!plan.objections.empty())
+    throw Failure(Exit::BadData,
+                  say("{} was not imported; nothing was changed:{}", request.file, plan.objections));
   return plan;
 }
 
-void check(Session& session, const std::string& file, const std::map<Domain, Dictionary>& chosen) {
-  std::string all;
-  for (const auto& [domain, entries] : chosen) {
-    const qorvane::Product product = session.product(domain.corporate, domain.year);
-    std::set<std::string_view> seen;
-    for (const OptionRow& row : qorvane::optionTable()) {
-      const Text key = row.key(product);
-      const Value* entry = key.isNil() ? nullptr : entries.find(key.view());
-      if (!entry || !seen.insert(key.view()).second) continue;
-      if (const std::string why = objection(row, *entry); !why.empty())
-        all += "\n  " + domain.name() + ", " + key.string() + ": " + why;
+void printPlanAsJson(const ImportRequest& request, const PreferenceFile& file, const ImportPlan& plan,
+                     std::ostream& out) {
+  Json told = Json::object();
+  for (const auto& [domain, lines] : plan.lines) {
+    Json all = Json::array();
+    for (const ChangedEntry& line : lines) {
+      all.push_back({{"name", line.name},
+                     {"action", std::string(wordFor(line.action).english())},
+                     {"from", line.from},
+                     {"to", line.to}});
+      if (!line.why.empty()) all.back()["why"] = line.why;
     }
+    told[domain.name()] = std::move(all);
   }
-  if (!all.empty())
-    throw Failure(Exit::BadData, say("{} was not imported; nothing was changed:{}", file, all));
+  printJson({{"dryRun", request.dryRun}, {"settings", told}, {"leftOut", file.others}}, out);
+}
+
+void printPlan(const Session& session, const ImportRequest& request, const PreferenceFile& file,
+               const ImportPlan& plan, std::ostream& out) {
+  for (const auto& [domain, lines] : plan.lines) {
+    out << domain.name() << (lines.empty() ? say(": nothing to change") : "") << '\n';
+    std::vector<Row> rows;
+    for (const ChangedEntry& line : lines)
+      rows.push_back({"  " + line.name, say(wordFor(line.action)),
+                      !line.why.empty()                ? line.why
+                      : line.action == Action::Changed ? inWords(line.from) + " -> " + inWords(line.to)
+                                                       : line.to});
+    printTable(session, {}, rows, out, Overflow::Values);
+  }
+  for (const std::string& other : file.others)
+    printLine(say("{}: left out, for it is no product's settings", other), out);
+  if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
+}
+
+// What --product and --year choose of the file.
+PreferenceFile chosenOf(const Session& session, const ImportRequest& request) {
+  PreferenceFile file = readPreferenceFile(request.file);
+  const Settings& said = session.settings();
+  const auto isOther = [&](const Domain& domain) {
+    return (said.productSaid && domain.corporate != said.corporate) ||
+           (said.yearSaid && domain.year != said.year);
+  };
+  std::erase_if(file.settings, [&](const auto& item) { return isOther(item.first); });
+  std::erase_if(file.broken, isOther);
+  if (file.settings.empty() && file.broken.empty() && file.named.empty())
+    throw Failure(Exit::NotFound, say("{} holds no settings of that product and year", request.file));
+  return file;
 }
 
 }  // namespace
 
 void importSettings(Session& session, const ImportRequest& request, std::ostream& out) try {
-  PreferenceFile file = readPreferenceFile(request.file);
-  const Settings& said = session.settings();
-  std::erase_if(file.settings, [&](const auto& item) {
-    return (said.productSaid && item.first.corporate != said.corporate) ||
-           (said.yearSaid && item.first.year != said.year);
-  });
-  if (file.settings.empty())
-    throw Failure(Exit::NotFound, say("{} holds no settings of that product and year", request.file));
-  check(session, request.file, file.settings);
-  ImportPlan plan;
-  if (request.dryRun) {
-    plan = planned(session, request, file.settings);
-  } else {
+  const PreferenceFile file = chosenOf(session, request);
+  session.requireSound();
+  ImportPlan plan = planned(session, request, file);
+  if (!request.dryRun && !plan.changes.empty()) {
     const FileUserDefaults::Lock lock(session.files());
-    undoUnfinished(session);
-    plan = planned(session, request, file.settings);
+    putBackUnfinished(session);
+    plan = planned(session, request, file);
     changeAll(session, plan.changes);
-    for (const auto& [domain, entries] : plan.changes) {
-      const auto now = storedEntries(session, domain);
-      if (!now || !isIdentical(Value(*now), Value(entries)))
-        throw Failure(Exit::NotFound, say("{} was saved but reads otherwise", domain.name()));
-    }
+    tellUnlessSaved(session, plan.changes);
   }
-  if (session.json()) {
-    Json told = Json::object();
-    for (const auto& [domain, lines] : plan.lines) {
-      told[domain.name()] = Json::array();
-      for (const ChangedEntry& line : lines)
-        told[domain.name()].push_back({{"name", line.name},
-                                       {"action", std::string(line.action.english())},
-                                       {"from", line.from},
-                                       {"to", line.to}});
-    }
-    printJson({{"dryRun", request.dryRun}, {"settings", told}, {"leftOut", file.others}}, out);
-    return;
-  }
-  if (!session.reports()) return;
-  for (const auto& [domain, lines] : plan.lines) {
-    out << domain.name() << (lines.empty() ? say(": nothing to change") : "") << '\n';
-    std::vector<Row> rows;
-    for (const ChangedEntry& line : lines) {
-      const bool both = line.action.english() == "changed";
-      rows.push_back({"  " + line.name, say(line.action),
-                      both ? inWords(line.from) + " -> " + inWords(line.to) : line.to});
-    }
-    printTable(session, {}, rows, out, Holding::Values);
-  }
-  for (const std::string& other : file.others)
-    out << say("{}: left out, for it is no product's settings", other) << '\n';
-  if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
+  if (session.json())
+    printPlanAsJson(request, file, plan, out);
+  else if (session.reports())
+    printPlan(session, request, file, plan, out);
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
@@ -256,7 +422,10 @@ void addExchangeVerbs(Verbs& verbs) {
   verbs.add<ExportRequest>(
       "export", "write settings as a property list or JSON",
       [](CLI::App& verb, ExportRequest& request) {
-        verb.add_option("FILE", request.file, Phrase("the file; standard output by default, or \"-\""));
+        verb.add_option(
+            "FILE", request.words,
+            Phrase("the file, a name with a dot or a slash; standard output by default, or \"-\". Other "
+                   "words name options, or are patterns of their names: only those are written"));
         takesOneOf(
             verb.add_option(
                 "--format", request.form,
@@ -264,10 +433,13 @@ void addExchangeVerbs(Verbs& verbs) {
                        "files, XML on standard output")),
             {"binary", "xml", "json"});
         verb.add_flag("--all", request.all, Phrase("every product and year in the store"));
+        verb.add_flag("--force", request.force, Phrase("replace a file that exists"));
+        verb.add_flag("--machine", request.machine, Phrase("printer and folders too"));
         verb.add_flag("--show-secrets", request.showSecrets, Phrase("passwords too"));
       },
       exportSettings,
-      "  optionsmgr --year 2024 export settings.plist\n  optionsmgr export --all --format json\n");
+      "  optionsmgr --year 2024 export settings.plist\n  optionsmgr export --all --format json\n  optionsmgr "
+      "export firm.json 'preparer*'\n");
   verbs.add<ImportRequest>(
       "import", "take settings from a preferences file, wholly or not at all",
       [](CLI::App& verb, ImportRequest& request) {
@@ -277,7 +449,13 @@ void addExchangeVerbs(Verbs& verbs) {
                        "those of --product and --year"))
             ->required();
         verb.add_flag("--dry-run", request.dryRun, Phrase("show what would be done, and change nothing"));
-        verb.add_flag("--replace", request.replace, Phrase("settings that the file does not have go"));
+        verb.add_flag(
+            "--replace", request.replace,
+            Phrase("settings that the file does not have go, but not passwords, printer and folders"));
+        verb.add_flag("--secrets", request.secrets, Phrase("with --replace, passwords go too"));
+        verb.add_flag("--machine", request.machine, Phrase("with --replace, printer and folders go too"));
+        verb.add_flag("--skip-bad", request.skipBad, Phrase("leave out what is refused, and take the rest"));
+        verb.add_flag("--force", request.force, Phrase("take values that their option does not know"));
         verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       importSettings,

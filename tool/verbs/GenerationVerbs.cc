@@ -11,6 +11,7 @@
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
+#include "tool/UnfinishedChange.h"
 #include "tool/speech/Language.h"
 #include "tool/verbs/Verbs.h"
 
@@ -166,7 +167,7 @@ void history(Session& session, const HistoryRequest& request, std::ostream& out)
     printJson(told, out);
   else
     printTable(session, {say("number"), say("time"), say("what changed")}, std::move(rows), out,
-               Holding::Values);
+               Overflow::Values);
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
@@ -206,7 +207,7 @@ const OptionState& stateOf(const Past& past, const OptionRow& row) {
 void undo(Session& session, const UndoRequest& request, std::ostream& out) try {
   session.requireFolder();
   const FileUserDefaults::Lock lock(session.files());
-  undoUnfinished(session);
+  putBackUnfinished(session);
   const Domain domain = domainOf(session);
   std::vector<const OptionRow*> rows;
   for (const std::string& name : request.options) {

@@ -94,7 +94,7 @@ void province(Session& session, const ProvinceRequest& request, std::ostream& ou
                 {say("French"), french.string()},
                 {say("image"), std::to_string(image)},
                 {say("found by"), named ? say("its name or code") : say("its postal code")}},
-               out, Holding::Words);
+               out, Overflow::Words);
 }
 
 }  // namespace

@@ -94,7 +94,7 @@ void product(Session& session, const ProductRequest&, std::ostream& out) {
   }
   std::vector<Row> rows;
   for (const auto& [name, value] : all.items()) rows.push_back({name, onOneLine(value)});
-  printTable(session, {}, rows, out, Holding::Values);
+  printTable(session, {}, rows, out, Overflow::Values);
 }
 
 // A pre-release notice in the display language.

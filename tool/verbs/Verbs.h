@@ -13,6 +13,9 @@
 
 namespace optionsmgr {
 
+/// Before every value that is handed to the parser, which takes "[a,b]" for a list and "-1" for an option.
+inline constexpr char kValueMark = '\x01';
+
 class Verbs {
  public:
   using Action = std::function<void(Session& session, std::ostream& out)>;
@@ -29,6 +32,10 @@ class Verbs {
     CLI::App* verb = app_.add_subcommand(name, help);
     const auto request = std::make_shared<Request>();
     declare(*verb, *request);
+    for (CLI::Option* option : verb->get_options())
+      if (option->get_positional())
+        option->transform(
+            [](std::string word) { return word.starts_with(kValueMark) ? word.substr(1) : word; });
     verbs_.push_back({verb,
                       [request, run](Session& session, std::ostream& out) { run(session, *request, out); },
                       examples});
@@ -72,8 +79,10 @@ class Verbs {
   std::vector<Verb> verbs_;
 };
 
-/// list, get, set, reset, describe, range.
+/// list, search, describe, range, and those of addSetVerbs.
 void addOptionVerbs(Verbs& verbs);
+/// get, set, reset.
+void addSetVerbs(Verbs& verbs);
 /// paths, format, vocabulary.
 void addAnswerVerbs(Verbs& verbs);
 /// choices, province.
@@ -89,6 +98,8 @@ void addCareVerbs(Verbs& verbs);
 void addDoctorVerb(Verbs& verbs);
 /// history, undo.
 void addGenerationVerbs(Verbs& verbs);
+/// help, which the command line answers itself.
+void addHelpVerb(Verbs& verbs);
 /// export, import.
 void addExchangeVerbs(Verbs& verbs);
 

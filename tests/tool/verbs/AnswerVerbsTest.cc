@@ -37,7 +37,9 @@ class AnswerVerbsTest : public testing::Test {
 
 TEST_F(AnswerVerbsTest, PathsShowsFoldersAndMakesNone) {
   const json rows = json::parse(shown({"--json", "paths"}));
-  EXPECT_EQ(rows.size(), 13u);
+  EXPECT_EQ(rows.size(), 14u);
+  EXPECT_EQ(rows[0]["name"], "store");
+  EXPECT_EQ(rows[0]["path"], home.store().string());
   for (const json& row : rows) EXPECT_FALSE(row["exists"]) << row;
   EXPECT_FALSE(fs::exists(home.path() / "Documents"));
   EXPECT_FALSE(fs::exists(home.store()));

@@ -67,7 +67,7 @@ TEST_F(ExchangeVerbsTest, WhatIsExportedIsTakenBackUnchangedInEachForm) {
   set("2020", "rc59_AuthExpiryDate", "20211231");
   const Value before = entriesOf("QorvaneT1Settings2020");
   for (const char* name : {"x.plist", "x.xml", "x.json"}) {
-    EXPECT_EQ(optionsmgr({"--year", "2020", "export", path(name)}).exit, 0);
+    EXPECT_EQ(optionsmgr({"--year", "2020", "export", "--machine", "--show-secrets", path(name)}).exit, 0);
     fs::remove_all(home.store());
     const ToolResult imported = optionsmgr({"import", path(name)});
     EXPECT_EQ(imported.exit, 0) << imported.err;
@@ -91,7 +91,7 @@ TEST_F(ExchangeVerbsTest, PipesServeAsFiles) {
   }
   EXPECT_EQ(json::parse(optionsmgr({"--year", "2020", "export", "--format", "json"})
                             .out)["QorvaneT1Settings2020"]["ZSuppress"],
-            "YES");
+            true);
 }
 
 TEST_F(ExchangeVerbsTest, JsonHoldsEveryKindOfValue) {
@@ -153,7 +153,8 @@ TEST_F(ExchangeVerbsTest, UnknownEntriesAreKeptAndSaid) {
             "WindowPlace: left out, for it is no product's settings\n");
   EXPECT_TRUE(isIdentical(entriesOf("QorvaneT1Settings2023"),
                           Value(Dictionary{{"Language", Text("French")}, {"FutureOption", Number(7)}})));
-  EXPECT_EQ(optionsmgr({"import", twoYears()}).out.substr(0, 27), "T1 2023: nothing to change\n");
+  EXPECT_EQ(optionsmgr({"--lang", "en", "import", twoYears()}).out.substr(0, 27),
+            "T1 2023: nothing to change\n");
 }
 
 TEST_F(ExchangeVerbsTest, OneProductOrYearMayBeChosen) {
@@ -162,7 +163,8 @@ TEST_F(ExchangeVerbsTest, OneProductOrYearMayBeChosen) {
   EXPECT_TRUE(fs::exists(home.store() / "QorvaneT2Settings2024.plist"));
   EXPECT_EQ(optionsmgr({"--year", "2023", "import", twoYears()}).exit, 0);
   EXPECT_TRUE(fs::exists(home.store() / "QorvaneT1Settings2023.plist"));
-  expectFailure(optionsmgr({"--year", "1999", "import", twoYears()}), 1, "no settings of that product");
+  expectFailure(optionsmgr({"--lang", "en", "--year", "1999", "import", twoYears()}), 1,
+                "no settings of that product");
 }
 
 TEST_F(ExchangeVerbsTest, APreviewChangesNothing) {
@@ -179,7 +181,7 @@ TEST_F(ExchangeVerbsTest, OthersStayUnlessReplaced) {
   set("2023", "preparerCity", "Gaspé");
   EXPECT_EQ(optionsmgr({"import", twoYears()}).exit, 0);
   EXPECT_EQ(get("2023", "preparerCity"), "Gaspé");
-  const ToolResult replaced = optionsmgr({"import", "--replace", twoYears()});
+  const ToolResult replaced = optionsmgr({"--lang", "en", "import", "--replace", twoYears()});
   EXPECT_NE(replaced.out.find("preparerCity"), std::string::npos) << replaced.out;
   EXPECT_NE(replaced.out.find("removed"), std::string::npos);
   EXPECT_EQ(get("2023", "preparerCity"), "");
@@ -203,7 +205,7 @@ TEST_F(ExchangeVerbsTest, WhatIsNoPreferencesFileIsRefused) {
   expectFailure(withInput("{\"a\": ", {"import", "-"}), 65, "no property list and no JSON");
   expectFailure(withInput("{\"a\": null}", {"import", "-"}), 65, "null");
   expectFailure(withInput("{\"a\": {\"$data\": \"AB=C\"}}", {"import", "-"}), 65, "base64");
-  expectFailure(withInput("{\"a\": {\"$odd\": 1}}", {"import", "-"}), 65, "$odd");
+  expectFailure(withInput("{\"a\": {\"$odd\": 1}}", {"import", "-"}), 65, "no form of a value");
   expectFailure(withInput("{\"a\": 1}", {"import", "-"}), 65, "no settings of a product and year");
   expectFailure(withInput("{\"a\":" + std::string(600, '[') + std::string(600, ']') + "}", {"import", "-"}),
                 65, "deep");
@@ -218,13 +220,194 @@ TEST_F(ExchangeVerbsTest, WhatIsNoPreferencesFileIsRefused) {
 TEST_F(ExchangeVerbsTest, AYearThatCannotBeWrittenPutsTheOthersBack) {
   set("2023", "language", "English");
   const Value before = entriesOf("QorvaneT1Settings2023");
-  // The second file cannot be written: a folder has its place.
-  fs::create_directories(home.store() / "QorvaneT2Settings2024.plist.new" / "in the way");
+  // The second file cannot be written: it is a link to a folder that is not there.
+  fs::create_symlink("nowhere/settings", home.store() / "QorvaneT2Settings2024.plist");
   const ToolResult result = optionsmgr({"import", twoYears()});
   EXPECT_NE(result.exit, 0);
   EXPECT_TRUE(isIdentical(entriesOf("QorvaneT1Settings2023"), before));
   EXPECT_FALSE(fs::exists(home.store() / "QorvaneT2Settings2024.plist"));
   EXPECT_FALSE(fs::exists(home.store() / ".unfinished"));
+}
+
+// ---- what is taken, and in which form ---------------------------------------------------------------------
+
+TEST_F(ExchangeVerbsTest, EntriesAreTakenInTheFormOfTheirOption) {
+  const std::string text =
+      R"({"QorvaneT1Settings2024": {"EncryptXml": true, "ZSuppress": "no", "bDisclaimer": false,
+    "AllowOverriding": 1, "QSolidarityTaxCredit": true, "IsStepModeS": "yes", "AutoSaveFileAfterEvery": 7,
+    "PreparerDefaultDelMode": "Phone", "MainBackColor": "#0080FF", "T1013ConsentED": "20261231", "PCity": 12}})";
+  const ToolResult result = withInput(text, {"--lang", "en", "import", "-"});
+  ASSERT_EQ(result.exit, 0) << result.err;
+  const Dictionary entries = *entriesOf("QorvaneT1Settings2024").asDictionary();
+  const auto expect = [&](const char* key, const Value& value) {
+    const Value* entry = entries.find(key);
+    ASSERT_TRUE(entry) << key;
+    EXPECT_TRUE(isIdentical(*entry, value)) << key << " " << *entry;
+  };
+  expect("EncryptXml", Text("YES"));
+  expect("ZSuppress", Text("NO"));
+  expect("bDisclaimer", Text("0"));
+  expect("AllowOverriding", Text("YES"));
+  expect("IsStepModeS", Number(true));
+  expect("AutoSaveFileAfterEvery", Text("7"));
+  expect("PCity", Text("12"));
+  EXPECT_EQ(get("2024", "mainBackColor").substr(0, 7), "#0080FF");
+}
+
+TEST_F(ExchangeVerbsTest, WhatAnOptionDoesNotKnowIsRefusedUnlessForced) {
+  for (const char* entry :
+       {R"("T1013LevelOfAuthorization": "7")", R"("PreparerDefaultDelMode": "Pigeon")",
+        R"("Language": "Klingon")", R"("PProv": "Narnia")", R"("PDFFileFolder": "Clients/PDF")"}) {
+    const std::string text = std::string(R"({"QorvaneT1Settings2024": {"PCity": "Alma", )") + entry + "}}";
+    expectFailure(withInput(text, {"--lang", "en", "import", "-"}), 65, "T1 2024, ");
+    EXPECT_EQ(get("2024", "preparerCity"), "");
+    const ToolResult rest = withInput(text, {"--lang", "en", "import", "--skip-bad", "-"});
+    EXPECT_EQ(rest.exit, 0) << rest.err;
+    EXPECT_NE(rest.out.find("refused"), std::string::npos) << rest.out;
+    EXPECT_EQ(get("2024", "preparerCity"), "Alma");
+    EXPECT_EQ(withInput(text, {"import", "--force", "-"}).exit, 0) << entry;
+    EXPECT_EQ(withInput(text, {"import", "-"}).exit, 0) << "what is there already is nobody's mistake now";
+    fs::remove_all(home.store());
+  }
+  for (const char* entry :
+       {R"("ZSuppress": "maybe")", R"("T1013ConsentED": "2026-12-31")", R"("PCity": {"$data": "AA=="})",
+        R"("T1013ConsentED": {"$date": 5})", R"("T183AuthorisationExpiryDate": {"$real": "nan"})"}) {
+    const std::string text = std::string(R"({"QorvaneT1Settings2024": {)") + entry + "}}";
+    for (const char* option : {"--dry-run", "--force"})
+      expectFailure(withInput(text, {"--lang", "en", "import", option, "-"}), 65, "T1 2024, ");
+  }
+  expectFailure(withInput(R"({"QorvaneT1Settings2024": "text"})", {"--lang", "en", "import", "-"}), 65,
+                "no dictionary");
+  EXPECT_EQ(
+      withInput(R"({"QorvaneT1Settings2024": {"ZSuppress": "", "T1013ConsentED": ""}})", {"import", "-"})
+          .exit,
+      0);
+}
+
+TEST_F(ExchangeVerbsTest, WhatIsLeftOutOfAnExportSurvivesItsImport) {
+  set("2024", "preparerPassword", "hush");
+  set("2024", "printerNameChosen", "Laser");
+  set("2024", "pdfFileFolder", "/srv/pdf");
+  set("2024", "preparerCity", "Alma");
+  const ToolResult exported = optionsmgr({"--lang", "en", "--year", "2024", "export", path("x.json")});
+  EXPECT_NE(exported.err.find("1 left out, being secret"), std::string::npos) << exported.err;
+  EXPECT_NE(exported.err.find("2 left out, being this machine's"), std::string::npos) << exported.err;
+  const ToolResult same = optionsmgr({"--lang", "en", "--year", "2024", "diff", path("x.json")});
+  EXPECT_EQ(same.exit, 0) << same.out;
+  EXPECT_EQ(same.out, "");
+  EXPECT_NE(same.err.find("preparerPassword"), std::string::npos) << same.err;
+  const ToolResult replaced = optionsmgr({"--lang", "en", "import", "--replace", path("x.json")});
+  EXPECT_EQ(replaced.exit, 0) << replaced.err;
+  EXPECT_NE(replaced.out.find("preparerPassword"), std::string::npos) << "said per entry: " << replaced.out;
+  EXPECT_EQ(optionsmgr({"--year", "2024", "get", "--show-secrets", "preparerPassword"}).out, "hush\n");
+  EXPECT_EQ(get("2024", "printerNameChosen"), "Laser");
+  EXPECT_EQ(optionsmgr({"import", "--replace", "--secrets", "--machine", path("x.json")}).exit, 0);
+  EXPECT_EQ(optionsmgr({"--year", "2024", "get", "--show-secrets", "preparerPassword"}).out, "\n");
+  EXPECT_EQ(get("2024", "printerNameChosen"), "");
+}
+
+TEST_F(ExchangeVerbsTest, AProvinceThatIsImportedAloneLeavesNoStaleCode) {
+  set("2024", "preparerProvince", "Quebec");
+  ASSERT_EQ(withInput(R"({"QorvaneT1Settings2024": {"PProv": "Ontario"}})", {"import", "-"}).exit, 0);
+  const Value entries = entriesOf("QorvaneT1Settings2024");
+  EXPECT_EQ(*entries.asDictionary()->find("PProvCode"), Value(Text("ON")));
+  EXPECT_EQ(entries.asDictionary()->find("PProvandPCode")->textValue().view().substr(0, 7), "Ontario");
+  const ToolResult taken =
+      withInput(R"({"QorvaneT1Settings2024": {"PProv": "Ontario", "PProvCode": "XX"}})", {"import", "-"});
+  EXPECT_EQ(taken.out.find("unknown"), std::string::npos) << taken.out;
+  EXPECT_EQ(*entriesOf("QorvaneT1Settings2024").asDictionary()->find("PProvCode"), Value(Text("XX")))
+      << "a file that has it is taken as it is";
+}
+
+TEST_F(ExchangeVerbsTest, JsonUnderTheNamesOfOptionsIsTakenForTheYearAsked) {
+  const ToolResult result = withInput(
+      "\xEF\xBB\xBF{\"preparerCity\": \"Alma\", \"zsupress\": false, \"autoSaveAfter\": 5, "
+      "\"preparerProvince\": "
+      "\"Quebec\"}",
+      {"--lang", "en", "--year", "2024", "import", "-"});
+  ASSERT_EQ(result.exit, 0) << result.err;
+  EXPECT_EQ(get("2024", "preparerCity"), "Alma");
+  EXPECT_EQ(get("2024", "zsupress"), "false");
+  EXPECT_EQ(get("2024", "autoSaveAfter"), "5");
+  EXPECT_EQ(*entriesOf("QorvaneT1Settings2024").asDictionary()->find("PProvCode"), Value(Text("QC")));
+  expectFailure(
+      withInput(R"({"preparerCity": "Gaspé", "zsupress": "maybe"})", {"--year", "2024", "import", "-"}), 65,
+      "zsupress");
+  EXPECT_EQ(get("2024", "preparerCity"), "Alma");
+}
+
+// ---- what an export writes over ---------------------------------------------------------------------------
+
+TEST_F(ExchangeVerbsTest, AFileThatExistsIsReplacedOnlyWhenForced) {
+  set("2024", "preparerCity", "Alma");
+  writeFile(path("x.json"), "mine");
+  expectFailure(optionsmgr({"--lang", "en", "--year", "2024", "export", path("x.json")}), 73, "--force");
+  EXPECT_EQ(readFile(path("x.json")), "mine");
+  EXPECT_EQ(optionsmgr({"--year", "2024", "export", "--force", path("x.json")}).exit, 0);
+  EXPECT_NE(readFile(path("x.json")), "mine");
+  const std::string own = (home.store() / "QorvaneT1Settings2024.plist").string();
+  const std::string before = readFile(own);
+  for (const std::string& file : {own, own + ".bak", (home.store() / "new.json").string()})
+    EXPECT_EQ(optionsmgr({"--year", "2024", "export", "--force", file}).exit, 2) << file;
+  EXPECT_EQ(readFile(own), before);
+  EXPECT_FALSE(fs::exists(home.store() / "new.json"));
+}
+
+TEST_F(ExchangeVerbsTest, NamesFilterAndAnUnknownOneIsNoFile) {
+  set("2024", "preparerCity", "Alma");
+  set("2024", "preparerProvince", "Quebec");
+  set("2024", "zsupress", "no");
+  const json some = json::parse(
+      optionsmgr({"--year", "2024", "--json", "export", "preparerC*", "PProv"}).out)["QorvaneT1Settings2024"];
+  EXPECT_EQ(some["PCity"], "Alma");
+  EXPECT_EQ(some["PProvCode"], "QC");
+  EXPECT_FALSE(some.contains("ZSuppress"));
+  fs::current_path(home.path());
+  expectFailure(optionsmgr({"--lang", "en", "--year", "2024", "export", "preparerCty"}), 1, "preparerCity");
+  EXPECT_FALSE(fs::exists(home.path() / "preparerCty"));
+  EXPECT_EQ(optionsmgr({"--year", "2024", "export", "preparer*"}).exit, 0);
+  EXPECT_FALSE(fs::exists(home.path() / "preparer*"));
+  fs::current_path("/");
+}
+
+TEST_F(ExchangeVerbsTest, OneBadYearDoesNotStopTheOthers) {
+  set("2023", "preparerCity", "Alma");
+  set("2024", "preparerCity", "Gaspé");
+  writeFile(home.store() / "QorvaneT1Settings2023.plist", "rubbish");
+  const ToolResult result = optionsmgr({"--lang", "en", "export", "--all", "--format", "json"});
+  EXPECT_EQ(result.exit, 65);
+  EXPECT_TRUE(json::parse(result.out).contains("QorvaneT1Settings2024"));
+  EXPECT_NE(result.err.find("T1 2023 is left out"), std::string::npos) << result.err;
+}
+
+TEST_F(ExchangeVerbsTest, JsonIsReadAndWrittenInTimeThatGrowsWithIt) {
+  // Depth and size are bounded; a hundred thousand entries are no burden.
+  expectFailure(withInput("{\"a\":" + std::string(2'000'000, '['), {"import", "-"}), 65, "line 1");
+  std::string many = "{\"QorvaneT1Settings2024\": {\"a\": 1";
+  for (int i = 0; i < 100'000; ++i) many += ",\"key" + std::to_string(i) + "\": \"x\"";
+  ASSERT_EQ(withInput(many + "}}", {"--quiet", "import", "-"}).exit, 0);
+  EXPECT_EQ(
+      json::parse(optionsmgr({"--year", "2024", "--json", "export"}).out)["QorvaneT1Settings2024"].size(),
+      100'001u);
+}
+
+using KilledExportSlow = ExchangeVerbsTest;
+
+TEST_F(KilledExportSlow, NothingIsLeftOfAnExportThatWasKilled) {
+  set("2024", "preparerCity", "Alma");
+  const fs::path folder = home.path() / "out";
+  for (int call = 1;; ++call) {
+    fs::remove_all(folder);
+    fs::create_directory(folder);
+    const std::string file = (folder / "x.json").string();
+    const bool killed = optionsmgrKilledBefore(call, {"--year", "2024", "export", file});
+    if (fs::exists(file)) {
+      EXPECT_TRUE(json::parse(readFile(file)).contains("QorvaneT1Settings2024"));
+    }
+    EXPECT_EQ(optionsmgr({"--year", "2024", "export", "--force", file}).exit, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "the next run removes what is left";
+    if (!killed) break;
+  }
 }
 
 // ---- killed at every call that changes the disk -----------------------------------------------------
@@ -242,8 +425,11 @@ TEST_F(KilledSlow, AnImportOfSeveralYearsIsWholeOrNotAtAll) {
     set("2023", "preparerCity", "Gaspé");
     const Value before = entriesOf(first);
     const bool killed = optionsmgrKilledBefore(call, {"import", file});
-    // The next run of any verb mends what there is to mend.
+    // Whoever reads then is answered for all years from before it, or for all from after it.
     EXPECT_EQ(get("2023", "preparerCity"), "Gaspé");
+    EXPECT_EQ(get("2023", "language"), get("2024", "language", "T2"));
+    // The next change mends what there is to mend.
+    set("2019", "preparerCity", "Alma");
     EXPECT_FALSE(fs::exists(home.store() / ".unfinished"));
     const bool changed = !isIdentical(entriesOf(first), before);
     EXPECT_EQ(!entriesOf(second).isNil(), changed) << "half an import";
@@ -283,14 +469,16 @@ TEST_F(KilledSlow, WhatSomebodyChangedAfterTheKillStays) {
     if (fs::exists(home.store() / ".unfinished" / "Changes.plist") &&
         !entriesOf("QorvaneT2Settings2024").isNil())
       break;
+    set("2019", "preparerCity", "Alma");
     ASSERT_EQ(get("2023", "preparerCity"), "Gaspé");
   }
   FileUserDefaults program;
   program.setObject(Dictionary{{"Language", Text("Newer")}}, "QorvaneT1Settings2023");
   ASSERT_TRUE(program.synchronize());
-  const ToolResult next = optionsmgr({"--year", "2023", "get", "language"});
-  EXPECT_EQ(next.out, "Newer\n");
-  EXPECT_NE(next.err.find("killed"), std::string::npos) << next.err;
+  EXPECT_EQ(get("2023", "language"), "Newer");
+  EXPECT_EQ(get("2024", "language", "T2"), "English");
+  const ToolResult next = optionsmgr({"--lang", "en", "--year", "2019", "set", "preparerCity", "Alma"});
+  EXPECT_NE(next.err.find("T1 2023 was changed since"), std::string::npos) << next.err;
   EXPECT_TRUE(entriesOf("QorvaneT2Settings2024").isNil());
 }
 

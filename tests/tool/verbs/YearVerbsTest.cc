@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "qorvane/foundation/Dictionary.h"
 #include "qorvane/preferences/FileUserDefaults.h"
 #include "tests/TestHome.h"
 #include "tests/tool/ToolRun.h"
@@ -21,7 +22,7 @@ class YearVerbsTest : public testing::Test {
     ASSERT_EQ(result.exit, 0) << result.err;
   }
   static std::string get(const char* year, const char* option) {
-    std::string out = optionsmgr({"--year", year, "get", option}).out;
+    std::string out = optionsmgr({"--year", year, "get", "--show-secrets", option}).out;
     if (!out.empty()) out.pop_back();
     return out;
   }
@@ -31,7 +32,7 @@ class YearVerbsTest : public testing::Test {
     EXPECT_NE(result.err.find(words), std::string::npos) << result.err;
   }
   static ToolResult carry(std::vector<std::string> more = {}) {
-    more.insert(more.begin(), {"carry-forward", "--from", "2024", "--to", "2025"});
+    more.insert(more.begin(), {"--lang", "en", "carry-forward", "--from", "2024", "--to", "2025"});
     return optionsmgr(more);
   }
   std::string file(const char* year) const {
@@ -100,11 +101,13 @@ TEST_F(YearVerbsTest, DiffMasksSecrets) {
 
 TEST_F(YearVerbsTest, DiffSaysWhatIsMissing) {
   set("2024", "language", "French");
-  expectFailure(optionsmgr({"diff", "2024", "2023"}), 1, "there are no T1 2023 settings");
-  expectFailure(optionsmgr({"diff", "no such file", "2024"}), 1, "no such file");
+  expectFailure(optionsmgr({"--lang", "en", "diff", "2024", "2023"}), 2, "there are no T1 2023 settings");
+  expectFailure(optionsmgr({"--lang", "en", "diff", "2024", "10000"}), 2, "10000");
+  expectFailure(optionsmgr({"--lang", "en", "diff", "no such file", "2024"}), 2, "no such file");
   writeFile(home.path() / "x.plist", "rubbish");
-  expectFailure(optionsmgr({"diff", (home.path() / "x.plist").string(), "2024"}), 65, "x.plist");
-  EXPECT_EQ(optionsmgr({"diff"}).exit, 2);
+  expectFailure(optionsmgr({"--lang", "en", "diff", (home.path() / "x.plist").string(), "2024"}), 65,
+                "x.plist");
+  EXPECT_EQ(optionsmgr({"--lang", "en", "diff"}).exit, 2);
 }
 
 // ---- carry-forward --------------------------------------------------------------------------------------
@@ -117,7 +120,7 @@ TEST_F(YearVerbsTest, LastYearsSettingsAreCopiedIntoTheNewYear) {
   const ToolResult result = carry();
   EXPECT_EQ(result.exit, 0) << result.err;
   EXPECT_EQ(result.err, "");
-  EXPECT_NE(result.out.find("T1 2024 to T1 2025: 5 copied, 0 kept, 0 left out\n"), std::string::npos)
+  EXPECT_NE(result.out.find("T1 2024 to T1 2025: 4 copied, 0 kept, 0 left out\n"), std::string::npos)
       << result.out;
   EXPECT_EQ(get("2025", "language"), "French");
   EXPECT_EQ(get("2025", "preparerCity"), "Gaspé");
@@ -183,6 +186,84 @@ TEST_F(YearVerbsTest, SecretsAndFoldersComeOnlyWhenAsked) {
   EXPECT_EQ(result.out.find("hush"), std::string::npos) << result.out;
   EXPECT_EQ(get("2025", "preparerPassword"), "hush");
   EXPECT_EQ(get("2025", "cifFileFolder"), "/srv/cif");
+}
+
+TEST_F(YearVerbsTest, PathsThatNameTheYearNameTheNewOne) {
+  for (const auto& [before, after] : {std::pair{"/srv/2024/T2024/pdf", "/srv/2025/T2025/pdf"},
+                                      {"/srv/T2_2024", "/srv/T2_2025"},
+                                      {"/srv/x2024/20240", "/srv/x2024/20240"}}) {
+    fs::remove_all(home.store());
+    set("2024", "pdfFileFolder", before);
+    set("2024", "printerNameChosen", "Laser");
+    const ToolResult result = carry({"--lang", "en", "--folders"});
+    EXPECT_EQ(result.exit, 0) << result.err;
+    EXPECT_EQ(get("2025", "pdfFileFolder"), after);
+    EXPECT_EQ(get("2025", "printerNameChosen"), "Laser");
+    EXPECT_EQ(result.err.find("pdfFileFolder keeps its path") != std::string::npos,
+              before == std::string(after))
+        << result.err;
+  }
+  fs::remove_all(home.store());
+  set("2024", "printerNameChosen", "Laser");
+  set("2024", "preparerCity", "Alma");
+  EXPECT_EQ(carry().exit, 0);
+  EXPECT_EQ(get("2025", "printerNameChosen"), "");
+}
+
+TEST_F(YearVerbsTest, BothProductsAreCarriedAsOneStep) {
+  set("2024", "preparerCity", "Gaspé");
+  set("2024", "preparerCity", "Matane", "T2");
+  const ToolResult result =
+      optionsmgr({"--lang", "en", "--product", "all", "--year", "2025", "carry-forward"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_EQ(get("2025", "preparerCity"), "Gaspé");
+  EXPECT_EQ(optionsmgr({"--product", "T2", "--year", "2025", "get", "preparerCity"}).out, "Matane\n");
+  EXPECT_EQ(result.out.find(" same "), std::string::npos) << "only what changes is shown: " << result.out;
+  EXPECT_NE(optionsmgr({"--lang", "en", "--product", "all", "--year", "2025", "carry-forward", "--all"})
+                .out.find("  same"),
+            std::string::npos);
+  EXPECT_EQ(optionsmgr({"--product", "all", "list"}).exit, 2);
+}
+
+TEST_F(YearVerbsTest, TheProvincesCodeAndLineComeAlong) {
+  set("2024", "preparerProvince", "Quebec");
+  set("2025", "preparerProvince", "Ontario");
+  EXPECT_EQ(carry({"--overwrite"}).exit, 0);
+  const qorvane::Value entries = qorvane::FileUserDefaults().objectForKey("QorvaneT1Settings2025");
+  EXPECT_EQ(entries.asDictionary()->find("PProvCode")->textValue(), qorvane::Text("QC"));
+  EXPECT_EQ(optionsmgr({"--year", "2025", "reset", "preparerProvince"}).exit, 0);
+  const qorvane::Value reset = qorvane::FileUserDefaults().objectForKey("QorvaneT1Settings2025");
+  EXPECT_FALSE(reset.asDictionary()->find("PProvCode"));
+  EXPECT_FALSE(reset.asDictionary()->find("PProvandPCode"));
+}
+
+TEST_F(YearVerbsTest, BetweenProductsWhatFallsOnOneEntryAndDiffersIsLeft) {
+  set("2024", "preparerCity", "Gaspé");
+  set("2024", "preparerNameOfRepresentative", "Marie Tremblay");
+  set("2024", "repFirstName", "Marie");
+  const ToolResult result =
+      optionsmgr({"--lang", "en", "carry-forward", "--all", "--from", "T1:2024", "--to", "T2:2024"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_EQ(optionsmgr({"--product", "T2", "--year", "2024", "get", "preparerCity"}).out, "Gaspé\n");
+  EXPECT_EQ(optionsmgr({"--product", "T2", "--year", "2024", "get", "repFirstName"}).out, "\n");
+  for (const char* name : {"preparerNameOfRepresentative", "repFirstName"})
+    EXPECT_NE(result.out.find(name), std::string::npos) << result.out;
+}
+
+TEST_F(YearVerbsTest, DiffComparesWhatNoOptionNames) {
+  for (const auto& [year, value] : {std::pair{"2024", "1"}, {"2025", "2"}}) {
+    qorvane::FileUserDefaults files;
+    files.setObject(qorvane::Dictionary{{"FutureOption", qorvane::Text(value)},
+                                        {"PProv", qorvane::Text("Quebec")},
+                                        {"PProvCode", qorvane::Text(value)}},
+                    qorvane::Text("QorvaneT1Settings" + std::string(year)));
+    ASSERT_TRUE(files.synchronize());
+  }
+  const ToolResult all = optionsmgr({"diff", "2024", "2025"});
+  EXPECT_EQ(all.exit, 1);
+  EXPECT_NE(all.out.find("FutureOption  1"), std::string::npos) << all.out;
+  EXPECT_NE(all.out.find("PProvCode"), std::string::npos) << all.out;
+  EXPECT_EQ(optionsmgr({"diff", "--known", "2024", "2025"}).out.find("FutureOption"), std::string::npos);
 }
 
 TEST_F(YearVerbsTest, APreviewChangesNothing) {
