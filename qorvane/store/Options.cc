@@ -78,7 +78,7 @@ void Options::readDictionary(const Text& key) {
   const bool corporate = StoreAccess(*this).running().isT2();
   UserDefaults& store = defaults();
   UserDefaults::Loaded loaded = store.load(key);
-  auto sharing = std::make_unique<Sharing>(key, std::move(loaded.stored));
+  auto sharing = std::make_unique<Sharing>(Sharing{key, std::move(loaded.stored), {}, {}});
   const bool waits = loaded.object.asDictionary() != sharing->base.asDictionary();
   if (waits && !isIdentical(loaded.object, sharing->base)) {
     // What waits to be written is in the dictionary now, so it waits on as this store's, which may take it
@@ -164,7 +164,7 @@ Options::Saved Options::save(UserDefaults& store, const Text& key) {
   if (!sharing_ || sharing_->key != key) {
     store.setObject(whole, key);
     const bool written = store.synchronize();
-    if (written) sharing_ = std::make_unique<Sharing>(key, whole);
+    if (written) sharing_ = std::make_unique<Sharing>(Sharing{key, whole, {}, {}});
     return {written, false};
   }
   Sharing& shared = *sharing_;
