@@ -62,7 +62,7 @@ TEST(ManyWritersSlow, LoseNothing) {
     for (std::size_t number = 0; number < kChanges; ++number) {
       const Change next = change(options, writer, number);
       const ToolResult set = optionsmgr({"--lock-wait", "300", "--year", std::to_string(next.year), "set",
-                                         std::string(next.option->name), next.value});
+                                         "--force", std::string(next.option->name), next.value});
       if (set.exit == 0) continue;
       std::cerr << set.err;
       ++failures;
