@@ -123,6 +123,8 @@ class ProcessState : public testing::EmptyTestEventListener {
 int main(int argc, char** argv) {
   // The suite runs under several locales, as a desktop application would: from the environment.
   std::setlocale(LC_ALL, "");
+  // The tool also takes its language from these: a test of that sets them itself.
+  for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"}) unsetenv(variable);
   // No test may reach the user's own settings, not even one that forgets to ask for a home.
   setenv("HOME", "/nonexistent", 1);
   unsetenv("XDG_CONFIG_HOME");

@@ -161,7 +161,6 @@ class Counting {
     return before;
   }
   friend bool operator==(const Counting& a, const Counting& b) { return a.at_ == b.at_; }
-  friend bool operator!=(const Counting& a, const Counting& b) { return a.at_ != b.at_; }
 
  private:
   const char* at_;
