@@ -52,19 +52,19 @@ void expectRoundTrip(const Color& color) {
   EXPECT_TRUE(isIdentical(back, color)) << back << " for " << color;
 }
 
-TEST(ColorArchive, ReadsTheArchivesOfExistingInstallations) {
+TEST(ColorArchiveTest, ReadsTheArchivesOfExistingInstallations) {
   const double light = 0.8F;
   EXPECT_TRUE(isIdentical(colorOf(kLightGreen), Color::colorWithCalibratedRed(light, 1, light, 1)));
   EXPECT_TRUE(isIdentical(colorOf(kBlack), Color::colorWithCalibratedWhite(0, 1)));
   EXPECT_TRUE(isIdentical(colorOf(kWhiteOfAnOldMachine), Color::whiteColor()));
 }
 
-TEST(ColorArchive, WritesTheBytesThatExistingInstallationsWrite) {
+TEST(ColorArchiveTest, WritesTheBytesThatExistingInstallationsWrite) {
   EXPECT_EQ(hexOf(Color::colorWithCalibratedRed(0.8F, 1, 0.8F, 1)), kLightGreen);
   EXPECT_EQ(hexOf(Color::colorWithCalibratedWhite(0, 1)), kBlack);
 }
 
-TEST(ColorArchive, WritesTheseBytes) {
+TEST(ColorArchiveTest, WritesTheseBytes) {
   const std::string kind = "840163";
   EXPECT_EQ(hexOf(Color::colorWithCalibratedRed(0.8, 1, 1, 1)),
             kStream + kColor + kind + "01" + "840464646464" + "839a9999999999e93f" + "010101" + "86");
@@ -79,7 +79,7 @@ TEST(ColorArchive, WritesTheseBytes) {
                                                               "00" + "830000003f" + "0101" + "86");
 }
 
-TEST(ColorArchive, WritesCatalogueColorsWithBackReferences) {
+TEST(ColorArchiveTest, WritesCatalogueColorsWithBackReferences) {
   EXPECT_EQ(hexOf(Color::colorWithCatalogName("System", "é",
                                               Color::colorWithCatalogName("", "b", Color::whiteColor()))),
             kStream + kColor + "840163" + "06" + "8403404040"  // strings: @ NSColor NSObject c @@@
@@ -92,7 +92,7 @@ TEST(ColorArchive, WritesCatalogueColorsWithBackReferences) {
                 "84" + "93" + "95" + "03" + "84026666" + "0101" + "86" + "86" + "86");
 }
 
-TEST(ColorArchive, BringsBackEverySpace) {
+TEST(ColorArchiveTest, BringsBackEverySpace) {
   for (const Color& color :
        {Color::colorWithCalibratedRed(0.1, 0.2, 0.3, 0.4), Color::colorWithDeviceRed(0.1, 0.2, 0.3, 0.4),
         Color::colorWithSRGBRed(0.1, 0.2, 0.3, 0.4), Color::colorWithCalibratedWhite(0.1, 0.2),
@@ -110,7 +110,7 @@ TEST(ColorArchive, BringsBackEverySpace) {
   }
 }
 
-TEST(ColorArchive, BringsBackEveryBitOfADouble) {
+TEST(ColorArchiveTest, BringsBackEveryBitOfADouble) {
   std::vector<std::uint64_t> bits;
   for (int bit = 0; bit < 64; ++bit) {
     const std::uint64_t one = std::uint64_t{1} << bit;
@@ -138,7 +138,7 @@ TEST(ColorArchive, BringsBackEveryBitOfADouble) {
   }
 }
 
-TEST(ColorArchive, WritesWholeNumbersAsIntegersAndNothingElse) {
+TEST(ColorArchiveTest, WritesWholeNumbersAsIntegersAndNothingElse) {
   const auto component = [](double number) {
     const std::string bytes = hexOf(Color::colorWithDeviceWhite(number, 0));
     const std::string before = kStream + kColor + "840163" + "04" + "84026666";
@@ -159,7 +159,7 @@ TEST(ColorArchive, WritesWholeNumbersAsIntegersAndNothingElse) {
   EXPECT_EQ(component(std::numeric_limits<double>::quiet_NaN()), "830000c07f");
 }
 
-TEST(ColorArchive, ReadsBothByteOrdersAndBothPrecisions) {
+TEST(ColorArchiveTest, ReadsBothByteOrdersAndBothPrecisions) {
   const std::string big = "040b747970656473747265616d8103e8840140";
   const std::string little = "040b73747265616d747970656481e803840140";
   const Color color = Color::colorWithDeviceWhite(0.5, 1000);
@@ -177,12 +177,12 @@ TEST(ColorArchive, ReadsBothByteOrdersAndBothPrecisions) {
             Color::colorWithCatalogName("a", "a", Color::colorWithCalibratedWhite(0, 1)));
 }
 
-TEST(ColorArchive, RefusesPatterns) {
+TEST(ColorArchiveTest, RefusesPatterns) {
   EXPECT_THROW(archiveColor(Color::patternColor()), Exception);
   EXPECT_THROW(archiveColor(Color::colorWithCatalogName("a", "b", Color::patternColor())), Exception);
 }
 
-TEST(ColorArchive, SaysWhatIsWrongAndWhere) {
+TEST(ColorArchiveTest, SaysWhatIsWrongAndWhere) {
   const auto at = [](std::size_t byte, std::string_view why) {
     return "bad colour archive at byte " + std::to_string(byte) + ": " + std::string(why);
   };
@@ -223,7 +223,7 @@ TEST(ColorArchive, SaysWhatIsWrongAndWhere) {
   EXPECT_EQ(refusalOfHex(kBlack + "00"), at(kBlack.size() / 2, "something follows the colour"));
 }
 
-TEST(ColorArchive, RefusesBadCatalogueColors) {
+TEST(ColorArchiveTest, RefusesBadCatalogueColors) {
   const std::string named = kStream + kColor + "840163" + "06" + "8403404040";
   const std::string text =
       "848484084e53537472696e67"
@@ -296,14 +296,14 @@ std::vector<std::string> samples() {
   return result;
 }
 
-TEST(ColorArchive, RefusesEveryTruncation) {
+TEST(ColorArchiveTest, RefusesEveryTruncation) {
   for (const std::string& sample : samples())
     for (std::size_t length = 0; length < sample.size(); ++length)
       EXPECT_THROW(unarchiveColor(Data(sample.substr(0, length))), Exception)
           << toHex(sample) << ' ' << length;
 }
 
-TEST(ColorArchive, AnswersOrRefusesEveryFlippedBit) {
+TEST(ColorArchiveTest, AnswersOrRefusesEveryFlippedBit) {
   int readable = 0;
   for (const std::string& sample : samples()) {
     for (std::size_t bit = 0; bit < sample.size() * 8; ++bit) {

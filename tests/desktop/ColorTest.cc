@@ -25,7 +25,7 @@ std::vector<double> converted(const Color& color, ColorSpace space) {
 
 using Components = std::vector<double>;
 
-TEST(Color, HasTheNamedColors) {
+TEST(ColorTest, HasTheNamedColors) {
   EXPECT_EQ(Color::whiteColor(), Color::colorWithCalibratedWhite(1, 1));
   EXPECT_EQ(Color::grayColor(), Color::colorWithCalibratedWhite(0.5, 1));
   EXPECT_EQ(Color::yellowColor(), Color::colorWithCalibratedRed(1, 1, 0, 1));
@@ -36,7 +36,7 @@ TEST(Color, HasTheNamedColors) {
   EXPECT_EQ(Color::redColor().numberOfComponents(), 4U);
 }
 
-TEST(Color, KeepsItsSpaceAndComponents) {
+TEST(ColorTest, KeepsItsSpaceAndComponents) {
   const Components four{0.1, 0.2, 0.3, 0.4};
   EXPECT_EQ(componentsOf(Color::colorWithCalibratedRed(0.1, 0.2, 0.3, 0.4)), four);
   EXPECT_EQ(componentsOf(Color::colorWithDeviceRed(0.1, 0.2, 0.3, 0.4)), four);
@@ -54,7 +54,7 @@ TEST(Color, KeepsItsSpaceAndComponents) {
   EXPECT_EQ(Color::colorWithDeviceCyan(0, 0, 0, 0, 0).colorSpace(), ColorSpace::DeviceCMYK);
 }
 
-TEST(Color, RefusesComponentsOfCatalogueAndPatternColors) {
+TEST(ColorTest, RefusesComponentsOfCatalogueAndPatternColors) {
   const Color named = Color::colorWithCatalogName("System", "controlColor", Color::grayColor());
   for (const Color& color : {named, Color::patternColor()}) {
     EXPECT_FALSE(color.hasComponents());
@@ -70,7 +70,7 @@ TEST(Color, RefusesComponentsOfCatalogueAndPatternColors) {
   EXPECT_EQ(Color::redColor().namedColor(), nullptr);
 }
 
-TEST(Color, RefusesNamesWithoutEnd) {
+TEST(ColorTest, RefusesNamesWithoutEnd) {
   EXPECT_THROW(Color::colorWithCatalogName(nullptr, "a", Color::redColor()), Exception);
   EXPECT_THROW(Color::colorWithCatalogName("a", nullptr, Color::redColor()), Exception);
   Color color = Color::redColor();
@@ -78,7 +78,7 @@ TEST(Color, RefusesNamesWithoutEnd) {
   EXPECT_THROW(Color::colorWithCatalogName("a", "b", color), Exception);
 }
 
-TEST(Color, ConvertsByPlainArithmetic) {
+TEST(ColorTest, ConvertsByPlainArithmetic) {
   const Color rgb = Color::colorWithCalibratedRed(0.25, 0.5, 0.125, 0.75);
   EXPECT_EQ(converted(rgb, ColorSpace::CalibratedRGB), (Components{0.25, 0.5, 0.125, 0.75}));
   EXPECT_EQ(converted(rgb, ColorSpace::DeviceRGB), (Components{0.25, 0.5, 0.125, 0.75}));
@@ -104,7 +104,7 @@ TEST(Color, ConvertsByPlainArithmetic) {
             (Components{0, 0, 0, 1, 1}));
 }
 
-TEST(Color, ConvertsACatalogueColorThroughTheColorThatItNames) {
+TEST(ColorTest, ConvertsACatalogueColorThroughTheColorThatItNames) {
   const Color inner = Color::colorWithCatalogName("a", "b", Color::grayColor());
   const Color named = Color::colorWithCatalogName("System", "controlColor", inner);
   EXPECT_EQ(converted(named, ColorSpace::CalibratedRGB), (Components{0.5, 0.5, 0.5, 1}));
@@ -115,7 +115,7 @@ TEST(Color, ConvertsACatalogueColorThroughTheColorThatItNames) {
       std::nullopt);
 }
 
-TEST(Color, HasNoConversionFromOrToPatterns) {
+TEST(ColorTest, HasNoConversionFromOrToPatterns) {
   for (const ColorSpace space : {ColorSpace::CalibratedRGB, ColorSpace::SRGB, ColorSpace::DeviceWhite,
                                  ColorSpace::DeviceCMYK, ColorSpace::Named})
     EXPECT_EQ(Color::patternColor().colorUsingColorSpace(space), std::nullopt);
@@ -124,7 +124,7 @@ TEST(Color, HasNoConversionFromOrToPatterns) {
   EXPECT_EQ(Color::patternColor().colorUsingColorSpace(ColorSpace::Pattern), Color::patternColor());
 }
 
-TEST(Color, ComparesSpacesComponentsAndNames) {
+TEST(ColorTest, ComparesSpacesComponentsAndNames) {
   EXPECT_FALSE(Color::colorWithCalibratedRed(1, 0, 0, 1) == Color::colorWithDeviceRed(1, 0, 0, 1));
   EXPECT_FALSE(Color::colorWithCalibratedRed(1, 0, 0, 1) == Color::colorWithCalibratedRed(1, 0, 0, 0.5));
   EXPECT_FALSE(Color::colorWithCatalogName("a", "b", Color::redColor()) ==
@@ -141,7 +141,7 @@ TEST(Color, ComparesSpacesComponentsAndNames) {
       isIdentical(Color::colorWithCalibratedWhite(0.0, 1), Color::colorWithCalibratedWhite(-0.0, 1)));
 }
 
-TEST(Color, Prints) {
+TEST(ColorTest, Prints) {
   std::ostringstream out;
   out << Color::colorWithCatalogName("System", "x", Color::grayColor());
   EXPECT_EQ(out.str(), "catalogue \"System\" \"x\" (calibrated white 0.5 1)");

@@ -45,7 +45,7 @@ class Oracle {
   icu::DecimalFormat format_;
 };
 
-TEST(EverydayAmounts, AreWrittenAndRead) {
+TEST(EverydayAmountsTest, AreWrittenAndRead) {
   const EverydayAmounts english = Oracle("en_CA", u"###,##0.00").everyday();
   EXPECT_EQ(english.text(1234567.891), Text("1,234,567.89"));
   EXPECT_EQ(english.text(0.996), Text("1.00"));
@@ -66,7 +66,7 @@ TEST(EverydayAmounts, AreWrittenAndRead) {
   EXPECT_EQ(english.amount("0"), 0);
 }
 
-TEST(EverydayAmounts, AreNotTheCloseTheLargeAndTheOdd) {
+TEST(EverydayAmountsTest, AreNotTheCloseTheLargeAndTheOdd) {
   const EverydayAmounts amounts = Oracle("en_CA", u"###,##0.00").everyday();
   for (const double amount : {2.675, 0.125, 0.005, 1e9, 1e300, HUGE_VAL, std::nan("")})
     EXPECT_TRUE(amounts.text(amount).isNil()) << amount;
@@ -75,7 +75,7 @@ TEST(EverydayAmounts, AreNotTheCloseTheLargeAndTheOdd) {
     EXPECT_EQ(amounts.amount(text), std::nullopt) << text;
 }
 
-TEST(EverydayAmounts, AreNoneInAFormatThatCannotBeLearned) {
+TEST(EverydayAmountsTest, AreNoneInAFormatThatCannotBeLearned) {
   for (const char16_t* pattern : {u"#,##,##0.00", u"#,##0.##", u"0000.00", u"#,##0.05", u"0.00%", u"0.00E0",
                                   u"@@@", u"#,##0.0000", u"0.00 'in 12 parts'"})
     EXPECT_TRUE(Oracle("en_CA", pattern).everyday().text(12).isNil());
@@ -85,7 +85,7 @@ TEST(EverydayAmounts, AreNoneInAFormatThatCannotBeLearned) {
 }
 
 // Whatever a format shows for its sample, 1234567: what is no such number is not taken for one.
-TEST(EverydayAmounts, AreNoneWhereTheSampleShowsNone) {
+TEST(EverydayAmountsTest, AreNoneWhereTheSampleShowsNone) {
   for (const char* sample :
        {"", "none", "1", "12", "1 and a long way to 2", "1234", "1,234", "1,2345", "1,234.567", "1,234,56",
         "1,234,5670", "1,234,567,00", "1234567.0000", "1234567.and a long way to 0", "9 1234567", "1234567 9",
@@ -98,7 +98,7 @@ TEST(EverydayAmounts, AreNoneWhereTheSampleShowsNone) {
 
 // A million amounts, or ten million in scripts/long, of the kinds that returns hold, and of those that are
 // dear to round.
-TEST(EverydayAmountsSlow, AgreeWithIcu) {
+TEST(EverydayAmountsSlowTest, AgreeWithIcu) {
   std::mt19937_64 random(20201231);
   const auto upTo = [&](std::uint64_t limit) { return static_cast<double>(random() % limit); };
   const Oracle oracles[] = {{"en_CA", u"###,##0.00"}, {"fr_CA", u"#####0.00"}, {"en_CA", u"###,##0"}};

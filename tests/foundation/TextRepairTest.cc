@@ -66,7 +66,7 @@ TEST(TextRepairTest, EverySequenceOfOneOrTwoBytes) {
   }
 }
 
-TEST(TextRepairSlow, EverySequenceOfThreeBytes) {
+TEST(TextRepairSlowTest, EverySequenceOfThreeBytes) {
   // 256 sequences at a time, each ended by a letter; the ends of texts are tested above and below. A first
   // byte of ASCII leaves two bytes by themselves: one of them stands for all.
   for (int a = 0x7F; a < 256; ++a)
@@ -78,7 +78,7 @@ TEST(TextRepairSlow, EverySequenceOfThreeBytes) {
     }
 }
 
-TEST(TextRepairSlow, SequencesOfUpToFourBytesAroundEveryBound) {
+TEST(TextRepairSlowTest, SequencesOfUpToFourBytesAroundEveryBound) {
   constexpr int kBytes[] = {0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xDF,
                             0xE0, 0xE1, 0xEC, 0xED, 0xEE, 0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFF};
   for (const int a : kBytes)

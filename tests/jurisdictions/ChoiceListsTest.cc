@@ -65,7 +65,7 @@ std::vector<List> allLists() {
   return lists;
 }
 
-class EveryList : public testing::TestWithParam<List> {
+class EveryListTest : public testing::TestWithParam<List> {
  protected:
   bool isLabel(const Text& text) const {
     for (const Row& row : GetParam().choices)
@@ -85,10 +85,10 @@ class EveryList : public testing::TestWithParam<List> {
   const ChoiceList& list = *choiceList(GetParam().rules[kClass]);
 };
 
-INSTANTIATE_TEST_SUITE_P(ChoiceLists, EveryList, testing::ValuesIn(allLists()),
+INSTANTIATE_TEST_SUITE_P(ChoiceLists, EveryListTest, testing::ValuesIn(allLists()),
                          [](const auto& test) { return test.param.rules[kClass]; });
 
-TEST_P(EveryList, offersItsLabelsInOrder) {
+TEST_P(EveryListTest, OffersItsLabelsInOrder) {
   for (const std::size_t language : {0u, 1u}) {
     world.speak(kLanguages[language]);
     Row expected;
@@ -97,7 +97,7 @@ TEST_P(EveryList, offersItsLabelsInOrder) {
   }
 }
 
-TEST_P(EveryList, listsItsRows) {
+TEST_P(EveryListTest, ListsItsRows) {
   ASSERT_EQ(list.choices.size(), GetParam().choices.size());
   for (std::size_t i = 0; i < list.choices.size(); ++i) {
     EXPECT_EQ(list.choices[i].neutral.view(), GetParam().choices[i][kNeutral]);
@@ -106,7 +106,7 @@ TEST_P(EveryList, listsItsRows) {
   }
 }
 
-TEST_P(EveryList, ShowsLabelsThatAreProperAndDifferFromEachOther) {
+TEST_P(EveryListTest, ShowsLabelsThatAreProperAndDifferFromEachOther) {
   for (const Language language : {Language::English, Language::French}) {
     std::set<std::string> labels;
     for (const Choice& choice : list.choices) {
@@ -118,7 +118,7 @@ TEST_P(EveryList, ShowsLabelsThatAreProperAndDifferFromEachOther) {
   }
 }
 
-TEST_P(EveryList, KnowsEachChoiceByAnyOfItsTexts) {
+TEST_P(EveryListTest, KnowsEachChoiceByAnyOfItsTexts) {
   for (const Choice& choice : list.choices) {
     for (const Text& text :
          {choice.neutral, choice.english, choice.french, choice.englishLabel, choice.frenchLabel})
@@ -130,7 +130,7 @@ TEST_P(EveryList, KnowsEachChoiceByAnyOfItsTexts) {
   EXPECT_EQ(list.meant("none of them"), nullptr);
 }
 
-TEST_P(EveryList, OffersInEachYearWhatItsClassOffers) {
+TEST_P(EveryListTest, OffersInEachYearWhatItsClassOffers) {
   for (int year = 2009; year < 2025; ++year)
     for (const bool corporate : {false, true}) {
       const Product product{.corporate = corporate, .taxYear = year};
@@ -164,7 +164,7 @@ TEST(ChoiceTest, IsShownWithTheAccentsThatItsStoredLabelLacks) {
   EXPECT_EQ(choiceList("ModeOfDelivery")->choices[1].french, Text("Tlphone")) << "stored as ever";
 }
 
-TEST_P(EveryList, makesANewListOnEachCall) {
+TEST_P(EveryListTest, MakesANewListOnEachCall) {
   std::vector<Text> mine = list.options();
   const std::vector<Text> untouched = list.options();
   EXPECT_NE(mine.data(), untouched.data());
@@ -172,14 +172,14 @@ TEST_P(EveryList, makesANewListOnEachCall) {
   EXPECT_EQ(list.options(), untouched);
 }
 
-TEST_P(EveryList, hasItsDefault) {
+TEST_P(EveryListTest, HasItsDefault) {
   for (const std::size_t language : {0u, 1u}) {
     world.speak(kLanguages[language]);
     EXPECT_EQ(list.defaultValue().view(), rule(kDefault, language));
   }
 }
 
-TEST_P(EveryList, convertsLabelsOfBothLanguagesInEitherLanguage) {
+TEST_P(EveryListTest, ConvertsLabelsOfBothLanguagesInEitherLanguage) {
   const bool identity = rule(kUnknownLabel, 0) == "(argument)";
   for (const char* language : kLanguages) {
     world.speak(language);
@@ -190,7 +190,7 @@ TEST_P(EveryList, convertsLabelsOfBothLanguagesInEitherLanguage) {
   }
 }
 
-TEST_P(EveryList, showsNeutralValuesInTheDisplayLanguage) {
+TEST_P(EveryListTest, ShowsNeutralValuesInTheDisplayLanguage) {
   EXPECT_EQ(list.languageSpecificValue == nullptr, rule(kUnknownValue, 0) == "(none)");
   if (!list.languageSpecificValue) return;
   for (const std::size_t language : {0u, 1u}) {
@@ -200,7 +200,7 @@ TEST_P(EveryList, showsNeutralValuesInTheDisplayLanguage) {
   }
 }
 
-TEST_P(EveryList, knowsNoLabelInAnotherSpelling) {
+TEST_P(EveryListTest, KnowsNoLabelInAnotherSpelling) {
   for (const std::size_t language : {0u, 1u}) {
     world.speak(kLanguages[language]);
     std::vector<Text> unknown = {nullptr, "", "no such choice", "9", "Level"};
@@ -213,7 +213,7 @@ TEST_P(EveryList, knowsNoLabelInAnotherSpelling) {
   }
 }
 
-TEST_P(EveryList, knowsNoNeutralValueInAnotherSpelling) {
+TEST_P(EveryListTest, KnowsNoNeutralValueInAnotherSpelling) {
   if (!list.languageSpecificValue) return;
   for (const std::size_t language : {0u, 1u}) {
     world.speak(kLanguages[language]);
@@ -226,7 +226,7 @@ TEST_P(EveryList, knowsNoNeutralValueInAnotherSpelling) {
   }
 }
 
-TEST_P(EveryList, convertsWithoutAllocating) {
+TEST_P(EveryListTest, ConvertsWithoutAllocating) {
   const Text texts[] = {GetParam().choices.back()[kFrench], GetParam().choices.back()[kNeutral], "unknown"};
   const std::size_t before = testing_support::allocations();
   for (const Text& text : texts) {
@@ -237,7 +237,7 @@ TEST_P(EveryList, convertsWithoutAllocating) {
   EXPECT_EQ(testing_support::allocations(), before);
 }
 
-TEST(ChoiceLists, areEleven) {
+TEST(ChoiceListsTest, AreEleven) {
   EXPECT_EQ(choiceLists().size(), 11u);
   EXPECT_EQ(allLists().size(), 11u);
   EXPECT_EQ(choicesByClass().size(), 11u);
@@ -247,9 +247,9 @@ TEST(ChoiceLists, areEleven) {
 
 // ---- what is particular to one list ---------------------------------------------------------------------
 
-class YearOfReturn : public testing::TestWithParam<int> {};
+class YearOfReturnTest : public testing::TestWithParam<int> {};
 
-TEST_P(YearOfReturn, decidesOverTheFax) {
+TEST_P(YearOfReturnTest, DecidesOverTheFax) {
   StoreWorld world;
   const int year = GetParam();
   QVSettings::setProduct({.taxYear = year});
@@ -274,9 +274,9 @@ TEST_P(YearOfReturn, decidesOverTheFax) {
   EXPECT_EQ(AssessmentOptionsMapping::languageSpecificValue("1"), Text("1-Télécopie au préparateur"));
 }
 
-INSTANTIATE_TEST_SUITE_P(AssessmentOptionsMapping, YearOfReturn, testing::Range(2008, 2028));
+INSTANTIATE_TEST_SUITE_P(AssessmentOptionsMapping, YearOfReturnTest, testing::Range(2008, 2028));
 
-TEST(AssessmentOptionsMapping, takesAnyYear) {
+TEST(AssessmentOptionsMappingTest, TakesAnyYear) {
   StoreWorld world;
   for (const int year : {std::numeric_limits<int>::min(), -2012, 0, std::numeric_limits<int>::max()}) {
     QVSettings::setProduct({.taxYear = year});
@@ -284,7 +284,7 @@ TEST(AssessmentOptionsMapping, takesAnyYear) {
   }
 }
 
-TEST(LevelOfAuthorizationMapping, fallsBackOnTheFirstChoiceBothWays) {
+TEST(LevelOfAuthorizationMappingTest, FallsBackOnTheFirstChoiceBothWays) {
   StoreWorld world;
   EXPECT_EQ(LevelOfAuthorizationMapping::levelOfAuthorizationNeutralValue("level-2 disclose/request changes"),
             Text("1"));
@@ -297,14 +297,14 @@ TEST(LevelOfAuthorizationMapping, fallsBackOnTheFirstChoiceBothWays) {
   EXPECT_EQ(LevelOfAuthorizationMapping::languageSpecificValue("3"), Text("Level-1 Disclose"));
 }
 
-TEST(UseAddressMapping, convertsAnUnknownLabelToNothingAtAll) {
+TEST(UseAddressMappingTest, ConvertsAnUnknownLabelToNothingAtAll) {
   StoreWorld world;
   EXPECT_EQ(UseAddressMapping::useAddressNeutralValue("aucun"), Text(""));
   EXPECT_EQ(UseAddressMapping::useAddressNeutralValue("Aucun "), Text(""));
   EXPECT_EQ(UseAddressMapping::useAddressNeutralValue("Aucun"), Text("Nothing"));
 }
 
-TEST(RC59OptionsMapping, hasOneTextForBothLanguages) {
+TEST(RC59OptionsMappingTest, HasOneTextForBothLanguages) {
   StoreWorld world;
   for (const char* language : kLanguages) {
     world.speak(language);
@@ -312,14 +312,14 @@ TEST(RC59OptionsMapping, hasOneTextForBothLanguages) {
   }
 }
 
-TEST(NoticeOfAssAndRefundMapping, answersAnUnknownValueWithANeutralOne) {
+TEST(NoticeOfAssAndRefundMappingTest, AnswersAnUnknownValueWithANeutralOne) {
   StoreWorld world;
   EXPECT_EQ(NoticeOfAssAndRefundMapping::languageSpecificValue("9"), Text("0"));
   EXPECT_EQ(NoticeOfAssAndRefundMapping::languageSpecificValue("3"),
             Text("NOA Refund-Preparer business address"));
 }
 
-TEST(ModeOfDelivery, convertsAnUnknownLabelToALabelOfTheLanguage) {
+TEST(ModeOfDeliveryTest, ConvertsAnUnknownLabelToALabelOfTheLanguage) {
   StoreWorld world;
   EXPECT_EQ(ModeOfDelivery::modeOfDeliveryNeutralValue("Pigeon"), Text("Paper"));
   EXPECT_EQ(ModeOfDelivery::languageSpecificValue("Pigeon"), Text("Pigeon"));
@@ -328,7 +328,7 @@ TEST(ModeOfDelivery, convertsAnUnknownLabelToALabelOfTheLanguage) {
   EXPECT_EQ(ModeOfDelivery::languageSpecificValue("Pigeon"), Text("Papier"));
 }
 
-TEST(MethodOfContactMapping, returnsItsVeryArgumentInEnglish) {
+TEST(MethodOfContactMappingTest, ReturnsItsVeryArgumentInEnglish) {
   StoreWorld world;
   const Text anything = Text(std::string("Smoke"));
   EXPECT_TRUE(MethodOfContactMapping::languageSpecificValue(anything).isSameObject(anything));
@@ -338,7 +338,7 @@ TEST(MethodOfContactMapping, returnsItsVeryArgumentInEnglish) {
   EXPECT_EQ(MethodOfContactMapping::languageSpecificValue("Tlcopie"), Text(""));
 }
 
-TEST(MR69Mappings, convertTheirFrenchLabelsInEnglish) {
+TEST(MR69MappingsTest, ConvertTheirFrenchLabelsInEnglish) {
   StoreWorld world;
   EXPECT_EQ(MR69OptionsMapping::assessmentOptionNeutralValue("3-L'année courante et les années suivantes"),
             Text("3"));
@@ -346,7 +346,7 @@ TEST(MR69Mappings, convertTheirFrenchLabelsInEnglish) {
             Text("2"));
 }
 
-TEST(CompanyTypeMapping, numbersItsTypes) {
+TEST(CompanyTypeMappingTest, NumbersItsTypes) {
   StoreWorld world;
   const std::vector<Row> types = choicesByClass().at("CompanyTypeMapping");
   for (const std::size_t language : {0u, 1u}) {
@@ -365,7 +365,7 @@ TEST(CompanyTypeMapping, numbersItsTypes) {
     EXPECT_EQ(CompanyTypeMapping::companyTypeCodeFromCoType(unknown), 0) << unknown;
 }
 
-TEST(TypeOfOrganizationMapping, returnsItsVeryArgument) {
+TEST(TypeOfOrganizationMappingTest, ReturnsItsVeryArgument) {
   StoreWorld world;
   const Text anything = Text(std::string("Cooperative"));
   EXPECT_TRUE(TypeOfOrganizationMapping::organizationTypeNeutralValue(anything).isSameObject(anything));

@@ -45,15 +45,15 @@ enum : std::size_t {
   kFrench = 12
 };
 
-class BothProducts : public testing::TestWithParam<ProductKind> {
+class BothProductsTest : public testing::TestWithParam<ProductKind> {
  protected:
   StoreWorld world{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(ProvinceCodeMapping, BothProducts, testing::ValuesIn(kProductKinds),
+INSTANTIATE_TEST_SUITE_P(ProvinceCodeMapping, BothProductsTest, testing::ValuesIn(kProductKinds),
                          [](const auto& test) { return nameOf(test.param); });
 
-TEST_P(BothProducts, convertEveryFormAsTheTableSays) {
+TEST_P(BothProductsTest, ConvertEveryFormAsTheTableSays) {
   for (const char* language : {"English", "French"}) {
     world.speak(language);
     const std::size_t full = language == std::string("English") ? kEnglishFull : kFrenchFull;
@@ -71,7 +71,7 @@ TEST_P(BothProducts, convertEveryFormAsTheTableSays) {
   }
 }
 
-TEST_P(BothProducts, convertEveryNumberAsTheTableSays) {
+TEST_P(BothProductsTest, ConvertEveryNumberAsTheTableSays) {
   for (const Row& row : readTable("numbers.tsv")) {
     SCOPED_TRACE(row[0]);
     const double given = number(row[0]);
@@ -84,7 +84,7 @@ TEST_P(BothProducts, convertEveryNumberAsTheTableSays) {
   }
 }
 
-TEST_P(BothProducts, knowNoNumberBesideTheWholeOnes) {
+TEST_P(BothProductsTest, KnowNoNumberBesideTheWholeOnes) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double strange : {-0.0, std::nextafter(5.0, 6.0), std::nextafter(5.0, 4.0), -5.0, 261.0,
                                4294967301.0, kInfinity, -kInfinity, std::nan("")}) {
@@ -104,12 +104,12 @@ void expectUnknown(const Text& text) {
   EXPECT_TRUE(Map::getFrProvNameFromEngProvName(text).isSameObject(text));
 }
 
-TEST_P(BothProducts, takeNoFormInAnotherSpelling) {
+TEST_P(BothProductsTest, TakeNoFormInAnotherSpelling) {
   for (const Row& row : readTable("names.tsv"))
     for (const Text& text : lookalikes(row[kForm])) expectUnknown(text);
 }
 
-TEST_P(BothProducts, takeNilAndTheEmptyTextForUnknown) {
+TEST_P(BothProductsTest, TakeNilAndTheEmptyTextForUnknown) {
   expectUnknown(nullptr);
   expectUnknown("");
   expectUnknown(Text(std::string()));
@@ -117,7 +117,7 @@ TEST_P(BothProducts, takeNilAndTheEmptyTextForUnknown) {
   EXPECT_EQ(Map::postalProvince(""), Text(""));
 }
 
-TEST_P(BothProducts, findEveryPostalLetterInEitherCase) {
+TEST_P(BothProductsTest, FindEveryPostalLetterInEitherCase) {
   for (const Row& row : readTable("postal-codes.tsv")) {
     const Text code(row[0]);
     EXPECT_EQ(Map::postalProvince(code).view(), row[1]) << code;
@@ -127,7 +127,7 @@ TEST_P(BothProducts, findEveryPostalLetterInEitherCase) {
   }
 }
 
-TEST_P(BothProducts, countOnlyTheLowBitsOfThePostalLetter) {
+TEST_P(BothProductsTest, CountOnlyTheLowBitsOfThePostalLetter) {
   const auto of = [](const char* text) { return Map::postalProvince(Text(std::string(text))).string(); };
   EXPECT_EQ(of("\u0141odz"), "NL");   // U+0141 as A
   EXPECT_EQ(of("\u0142odz"), "NL");   // upper-cased to U+0141
@@ -152,7 +152,7 @@ TEST_P(BothProducts, countOnlyTheLowBitsOfThePostalLetter) {
   EXPECT_EQ(of("~H1"), "");
 }
 
-TEST_P(BothProducts, askTheProductOnEveryCall) {
+TEST_P(BothProductsTest, AskTheProductOnEveryCall) {
   const Text nonResident = "Non-Resident";
   StoreWorld::become(ProductKind::Personal);
   EXPECT_EQ(Map::getOurProvCodeFromProvName(nonResident), 12);
@@ -160,7 +160,7 @@ TEST_P(BothProducts, askTheProductOnEveryCall) {
   EXPECT_EQ(Map::getOurProvCodeFromProvName(nonResident), 15);
 }
 
-TEST_P(BothProducts, convertWithoutAllocating) {
+TEST_P(BothProductsTest, ConvertWithoutAllocating) {
   const Text names[] = {"Quebec", "Québec",         "Nouvelle-Écosse",
                         "NV",     "nowhere at all", Text(std::string("Ontario"))};
   Map::provinceList();
@@ -178,7 +178,7 @@ TEST_P(BothProducts, convertWithoutAllocating) {
   EXPECT_EQ(testing_support::allocations(), before);
 }
 
-TEST(ProvinceCodeMapping, listsTheSameProvincesInTheSameObjectEachTime) {
+TEST(ProvinceCodeMappingTest, ListsTheSameProvincesInTheSameObjectEachTime) {
   StoreWorld world;
   const std::vector<Text>& english = Map::provinceList();
   world.speak("French");
@@ -190,7 +190,7 @@ TEST(ProvinceCodeMapping, listsTheSameProvincesInTheSameObjectEachTime) {
   EXPECT_EQ(&english, &Map::provinceList());
 }
 
-TEST(ProvinceCodeMapping, keepsItsOddities) {
+TEST(ProvinceCodeMappingTest, KeepsItsOddities) {
   StoreWorld world;
   for (const ProductKind product : kProductKinds) {
     world.become(product);

@@ -29,7 +29,7 @@ const std::map<std::string, List> kLists = {
     {"provincesAndTerritoriesExceptQuebec", Province::provincesAndTerritoriesExceptQuebec},
     {"provinceList", [] { return ProvinceCodeMapping::provinceList(); }}};
 
-TEST(Province, listsTheNamesOfTheTable) {
+TEST(ProvinceTest, ListsTheNamesOfTheTable) {
   StoreWorld world;
   const std::vector<Row> rows = readTable("province-lists.tsv");
   ASSERT_EQ(rows.size(), 2 * kLists.size());
@@ -40,7 +40,7 @@ TEST(Province, listsTheNamesOfTheTable) {
   }
 }
 
-TEST(Province, hasTenProvincesInEnglishAndElevenEntriesInFrench) {
+TEST(ProvinceTest, HasTenProvincesInEnglishAndElevenEntriesInFrench) {
   StoreWorld world;
   EXPECT_EQ(Province::provinces().size(), 10u);
   EXPECT_EQ(Province::provincesTerritoriesAndNonResident().back(), Text("Non-Resident"));
@@ -50,7 +50,7 @@ TEST(Province, hasTenProvincesInEnglishAndElevenEntriesInFrench) {
   EXPECT_EQ(Province::provincesTerritoriesAndNonResident().back(), Text("Rsident l'tranger"));
 }
 
-TEST(Province, leavesNothingOfQuebecBetweenItsNeighbours) {
+TEST(ProvinceTest, LeavesNothingOfQuebecBetweenItsNeighbours) {
   StoreWorld world;
   world.speak("French");
   const std::vector<Text> names = Province::provincesAndTerritoriesExceptQuebec();
@@ -59,7 +59,7 @@ TEST(Province, leavesNothingOfQuebecBetweenItsNeighbours) {
   EXPECT_EQ(names[8], Text("Saskatchewan"));
 }
 
-TEST(Province, makesANewListOnEachCall) {
+TEST(ProvinceTest, MakesANewListOnEachCall) {
   StoreWorld world;
   for (const auto& [name, list] : kLists) {
     std::vector<Text> mine = list();
@@ -71,7 +71,7 @@ TEST(Province, makesANewListOnEachCall) {
   }
 }
 
-TEST(Province, speaksTheLanguageOfTheMoment) {
+TEST(ProvinceTest, SpeaksTheLanguageOfTheMoment) {
   StoreWorld world;
   EXPECT_EQ(Province::territoires()[0], Text("Northwest Territories"));
   world.speak("French");
@@ -80,13 +80,13 @@ TEST(Province, speaksTheLanguageOfTheMoment) {
   EXPECT_EQ(Province::territoires()[0], Text("Territoires du Nord-Ouest"));
 }
 
-TEST(Province, recognisesQuebecInAnyCase) {
+TEST(ProvinceTest, RecognisesQuebecInAnyCase) {
   for (const Text& name : std::vector<Text>{"Quebec", "quebec", "QUEBEC", "qUEBEc", "QC", "qc", "Qc",
                                             "Québec", "québec", "QUÉBEC", "quÉbec"})
     EXPECT_TRUE(Province::isQuebec(name)) << name;
 }
 
-TEST(Province, takesNothingElseForQuebec) {
+TEST(ProvinceTest, TakesNothingElseForQuebec) {
   for (const Text& name : std::vector<Text>{nullptr, "", "PQ", "Q", "QCC", "Québec ", " Québec", "Quebec ",
                                             "Province of Quebec", "Québec City", "Que\u0301bec",
                                             "QUE\u0301BEC", "Quèbec", "Q\u0421", "\uFF31\uFF23", "Ontario"})
@@ -94,7 +94,7 @@ TEST(Province, takesNothingElseForQuebec) {
   EXPECT_FALSE(Province::isQuebec(Text(std::string("qc\0", 3))));
 }
 
-TEST(Province, preparesReturnsInOntarioByDefault) {
+TEST(ProvinceTest, PreparesReturnsInOntarioByDefault) {
   StoreWorld world;
   EXPECT_EQ(Province::defaultProvince(), Text("Ontario"));
   world.speak("French");

@@ -183,9 +183,9 @@ TEST_F(PreferenceWatchTest, WithoutAFolderThereIsNothingToWatch) {
   EXPECT_THROW(PreferenceWatch{none}, FileException);
 }
 
-using PreferenceWatchSlow = PreferenceWatchTest;
+using PreferenceWatchSlowTest = PreferenceWatchTest;
 
-TEST_F(PreferenceWatchSlow, LeavesNoDescriptorOpen) {
+TEST_F(PreferenceWatchSlowTest, LeavesNoDescriptorOpen) {
   const auto open = [] {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
   };
@@ -201,7 +201,7 @@ TEST_F(PreferenceWatchSlow, LeavesNoDescriptorOpen) {
 }
 
 // More files than the kernel's queue has room for.
-TEST_F(PreferenceWatchSlow, AStormEndsInTheTrueState) {
+TEST_F(PreferenceWatchSlowTest, AStormEndsInTheTrueState) {
   constexpr int kFiles = 40'000;
   fs::create_directories(home.store());
   fs::permissions(home.store(), fs::perms(0700));

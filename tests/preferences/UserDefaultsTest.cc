@@ -11,7 +11,7 @@
 namespace qorvane {
 namespace {
 
-TEST(MemoryUserDefaults, KeepsObjectsAndNeverFails) {
+TEST(MemoryUserDefaultsTest, KeepsObjectsAndNeverFails) {
   MemoryUserDefaults memory;
   EXPECT_TRUE(memory.empty());
   EXPECT_TRUE(memory.objectForKey("key").isNil());
@@ -38,7 +38,7 @@ class CountingMerge : public UserDefaults::Merge {
   int told = 0;
 };
 
-TEST(MemoryUserDefaults, AnUpdateIsOneSetOfTheWholeObject) {
+TEST(MemoryUserDefaultsTest, AnUpdateIsOneSetOfTheWholeObject) {
   MemoryUserDefaults memory;
   memory.setObject(Text("standing"), "key");
   const auto merge = std::make_shared<CountingMerge>();
@@ -53,7 +53,7 @@ TEST(MemoryUserDefaults, AnUpdateIsOneSetOfTheWholeObject) {
   EXPECT_THROW(memory.update(Array{Value()}, "key", merge), Exception);
 }
 
-TEST(MemoryUserDefaults, AnybodyMayLockIt) {
+TEST(MemoryUserDefaultsTest, AnybodyMayLockIt) {
   MemoryUserDefaults memory;
   const UserDefaults::Lock outer(memory);
   const UserDefaults::Lock inner(memory);
@@ -61,7 +61,7 @@ TEST(MemoryUserDefaults, AnybodyMayLockIt) {
   EXPECT_TRUE(memory.synchronize());
 }
 
-TEST(FaultInjectingUserDefaults, FailsAsItIsTold) {
+TEST(FaultInjectingUserDefaultsTest, FailsAsItIsTold) {
   using Fault = FaultInjectingUserDefaults::Fault;
   FaultInjectingUserDefaults store;
   store.setObject(Number(1), "key");

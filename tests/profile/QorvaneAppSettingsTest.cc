@@ -18,7 +18,7 @@ void expectReleaseBuild() {
   EXPECT_TRUE(QorvaneAppSettings::isMRQApproved());
 }
 
-TEST(QorvaneAppSettings, FollowsTheRunningProductAndNothingElse) {
+TEST(QorvaneAppSettingsTest, FollowsTheRunningProductAndNothingElse) {
   for (const bool corporate : {false, true})
     for (const bool professional : {false, true})
       for (const bool second : {false, true}) {
@@ -50,7 +50,7 @@ class Silent : public QVSettings::Source {
   }
 };
 
-TEST(QorvaneAppSettings, TheFixedAnswersAskNobody) {
+TEST(QorvaneAppSettingsTest, TheFixedAnswersAskNobody) {
   const Silent silent;
   QVSettings::setSource(&silent);
   QorvaneAppSettings::initialize();

@@ -54,7 +54,7 @@ void expectRoundTrip(const Value& value) {
   EXPECT_TRUE(isIdentical(back, value)) << back << "\n" << value;
 }
 
-TEST(BinaryPropertyList, WritesTheseBytes) {
+TEST(BinaryPropertyListTest, WritesTheseBytes) {
   const Dictionary value{{"b", Text("é\U0001F341")},
                          {"a", Array{Number(1), Number(true), Text("b"), Number(0.5)}}};
   EXPECT_EQ(toHex(binary(value)),
@@ -81,15 +81,17 @@ TEST(BinaryPropertyList, WritesTheseBytes) {
             "0000000000000029");  // the table
 }
 
-TEST(BinaryPropertyList, BringsBackOneOfEverything) { expectRoundTrip(testing_support::oneOfEverything()); }
+TEST(BinaryPropertyListTest, BringsBackOneOfEverything) {
+  expectRoundTrip(testing_support::oneOfEverything());
+}
 
-TEST(BinaryPropertyList, BringsBackEveryKindAtTheTop) {
+TEST(BinaryPropertyListTest, BringsBackEveryKindAtTheTop) {
   for (const Value& value : {Value(Text("t")), Value(Text("")), Value(Number(5)), Value(Number(false)),
                              Value(Data()), Value(Date{0.25}), Value(Array{}), Value(Dictionary{})})
     expectRoundTrip(value);
 }
 
-TEST(BinaryPropertyList, BringsBackEveryIntegerInItsShortestForm) {
+TEST(BinaryPropertyListTest, BringsBackEveryIntegerInItsShortestForm) {
   for (const Number& number : testing_support::awkwardIntegers()) expectRoundTrip(number);
   const auto body = [](Number number) {
     const std::string bytes = binary(number);
@@ -104,7 +106,7 @@ TEST(BinaryPropertyList, BringsBackEveryIntegerInItsShortestForm) {
   EXPECT_EQ(body(std::uint64_t{1} << 63), "1400000000000000008000000000000000");
 }
 
-TEST(BinaryPropertyList, BringsBackEveryBitOfADouble) {
+TEST(BinaryPropertyListTest, BringsBackEveryBitOfADouble) {
   for (const double real : testing_support::awkwardReals()) expectRoundTrip(Number(real));
   for (int bit = 0; bit < 64; ++bit) {
     expectRoundTrip(Number(std::bit_cast<double>(std::uint64_t{1} << bit)));
@@ -115,7 +117,7 @@ TEST(BinaryPropertyList, BringsBackEveryBitOfADouble) {
   expectRoundTrip(Date{-0.0});
 }
 
-TEST(BinaryPropertyList, BringsBackTextsOfEveryLength) {
+TEST(BinaryPropertyListTest, BringsBackTextsOfEveryLength) {
   std::string ascii;
   std::string wide;
   for (int length = 0; length < 600; ++length) {
@@ -128,7 +130,7 @@ TEST(BinaryPropertyList, BringsBackTextsOfEveryLength) {
   expectRoundTrip(Dictionary{{Text(std::string("k\0y", 3)), Text(std::string(1, '\0'))}});
 }
 
-TEST(BinaryPropertyList, BringsBackRandomValues) {
+TEST(BinaryPropertyListTest, BringsBackRandomValues) {
   std::mt19937_64 random(20210430);
   for (int i = 0; i < 300; ++i) {
     const Value value = testing_support::randomValue(random);
@@ -139,7 +141,7 @@ TEST(BinaryPropertyList, BringsBackRandomValues) {
   }
 }
 
-TEST(BinaryPropertyList, KeepsTheOrderOfADictionary) {
+TEST(BinaryPropertyListTest, KeepsTheOrderOfADictionary) {
   const Dictionary value{{"c", Number(1)}, {"a", Number(2)}, {"b", Number(3)}};
   std::string keys;
   const Value back = readPropertyList(binary(value));
@@ -147,7 +149,7 @@ TEST(BinaryPropertyList, KeepsTheOrderOfADictionary) {
   EXPECT_EQ(keys, "cab");
 }
 
-TEST(BinaryPropertyList, WritesEqualTextsAndNumbersOnce) {
+TEST(BinaryPropertyListTest, WritesEqualTextsAndNumbersOnce) {
   Array once{Text("some text"), Number(77777), Number(true), Data("some data"), Number(1.25), Date{5}};
   Array often;
   for (int i = 0; i < 10; ++i)
@@ -160,7 +162,7 @@ TEST(BinaryPropertyList, WritesEqualTextsAndNumbersOnce) {
       Array{Number(1), Number(true), Number(1.0), Date{1.0}, Number(0.0), Number(-0.0), Number(false)});
 }
 
-TEST(BinaryPropertyList, WritesAsManyObjectsAsTwoAndFourByteReferencesName) {
+TEST(BinaryPropertyListTest, WritesAsManyObjectsAsTwoAndFourByteReferencesName) {
   for (const int count : {254, 255, 256, 257, 65535, 65536, 70000}) {
     Array array;
     for (int i = 0; i < count; ++i) array.emplace_back(Number(i));
@@ -168,7 +170,7 @@ TEST(BinaryPropertyList, WritesAsManyObjectsAsTwoAndFourByteReferencesName) {
   }
 }
 
-TEST(BinaryPropertyList, LeavesRoomForASeal) {
+TEST(BinaryPropertyListTest, LeavesRoomForASeal) {
   const Value value = testing_support::settingsLikeValue();
   std::size_t reserved = 0;
   std::string bytes =
@@ -186,7 +188,7 @@ TEST(BinaryPropertyList, LeavesRoomForASeal) {
   EXPECT_EQ(reserved, plain.size() - 32 - (bytes.size() - 32 - reserved - 40));
 }
 
-TEST(BinaryPropertyList, ReadsWhatOthersWriteOtherwise) {
+TEST(BinaryPropertyListTest, ReadsWhatOthersWriteOtherwise) {
   EXPECT_TRUE(isIdentical(readObject("223e200000"), Number(0.15625))) << "four-byte real";
   EXPECT_TRUE(isIdentical(readObject("12ffffffff"), Number(4294967295))) << "no sign in four bytes";
   EXPECT_TRUE(isIdentical(readObject("130000000000000001"), Number(1))) << "wider than needed";
@@ -199,7 +201,7 @@ TEST(BinaryPropertyList, ReadsWhatOthersWriteOtherwise) {
   EXPECT_TRUE(isIdentical(readObject("6100e9"), Text("é")));
 }
 
-TEST(BinaryPropertyList, ReadsHalvesOfSurrogatePairsAsReplacementCharacters) {
+TEST(BinaryPropertyListTest, ReadsHalvesOfSurrogatePairsAsReplacementCharacters) {
   EXPECT_TRUE(isIdentical(readObject("61d83c"), Text("\uFFFD")));
   EXPECT_TRUE(isIdentical(readObject("62df410061"), Text("\uFFFDa")));
   EXPECT_TRUE(isIdentical(readObject("62d83c0061"), Text("\uFFFDa")));
@@ -207,20 +209,20 @@ TEST(BinaryPropertyList, ReadsHalvesOfSurrogatePairsAsReplacementCharacters) {
   EXPECT_TRUE(isIdentical(readObject("64d83cdf41dbffdfff"), Text("\U0001F341\U0010FFFF")));
 }
 
-TEST(BinaryPropertyList, ReadsTheLastOfTwoValuesUnderOneKey) {
+TEST(BinaryPropertyListTest, ReadsTheLastOfTwoValuesUnderOneKey) {
   const Value value =
       readPropertyList(fileOf({fromHex("d3010301020404"), "Qa", fromHex("1001"), "Qb", fromHex("1002")}));
   EXPECT_EQ(value, Value(Dictionary{{"a", Number(2)}, {"b", Number(2)}}));
 }
 
-TEST(BinaryPropertyList, SharesWhatIsReferredToTwice) {
+TEST(BinaryPropertyListTest, SharesWhatIsReferredToTwice) {
   const Value value = readPropertyList(fileOf({fromHex("a20101"), fromHex("a102"), fromHex("5161")}));
   const Array& array = *value.asArray();
   EXPECT_EQ(array[0].asArray(), array[1].asArray());
   EXPECT_EQ(value, Value(Array{Array{Text("a")}, Array{Text("a")}}));
 }
 
-TEST(BinaryPropertyList, SaysWhatIsWrongAndWhere) {
+TEST(BinaryPropertyListTest, SaysWhatIsWrongAndWhere) {
   const auto at8 = [](std::string_view why) {
     return "bad binary property list at byte 8: " + std::string(why);
   };
@@ -257,7 +259,7 @@ TEST(BinaryPropertyList, SaysWhatIsWrongAndWhere) {
   EXPECT_EQ(refusal("bplist00"), "bad binary property list at byte 8: it is cut short");
 }
 
-TEST(BinaryPropertyList, RefusesABadTrailer) {
+TEST(BinaryPropertyListTest, RefusesABadTrailer) {
   const std::string good = fileOf({fromHex("a0")});
   ASSERT_EQ(good.size(), 8U + 1 + 1 + 32);
   const auto with = [&](std::size_t place, std::string_view bytes) {
@@ -289,7 +291,7 @@ TEST(BinaryPropertyList, RefusesABadTrailer) {
   EXPECT_EQ(refusal(changed), at(9, "an offset points outside the objects"));
 }
 
-TEST(BinaryPropertyList, ReadsOffsetsAndReferencesOfEveryWidth) {
+TEST(BinaryPropertyListTest, ReadsOffsetsAndReferencesOfEveryWidth) {
   for (std::size_t width = 1; width <= 8; ++width) {
     const std::string pad(width - 1, '\0');
     std::string bytes = "bplist00";
@@ -311,7 +313,7 @@ Value nestedArrays(std::size_t depth) {
   return value;
 }
 
-TEST(BinaryPropertyList, NestsAsDeepAsTheLimit) {
+TEST(BinaryPropertyListTest, NestsAsDeepAsTheLimit) {
   expectRoundTrip(nestedArrays(512));
   const std::string bytes = binary(nestedArrays(10));
   EXPECT_NO_THROW(readPropertyList(bytes, {.depth = 10}));
@@ -322,7 +324,7 @@ TEST(BinaryPropertyList, NestsAsDeepAsTheLimit) {
   EXPECT_NO_THROW(readPropertyList(binary(Number(1)), {.depth = 0}));
 }
 
-TEST(BinaryPropertyList, CountsTheDepthOfASharedContainerWhereverItAppears) {
+TEST(BinaryPropertyListTest, CountsTheDepthOfASharedContainerWhereverItAppears) {
   // 0: [1, 3]; 1: [2]; 2: []; 3: [4]; 4: [1]: the second appearance of 1 is two levels deeper than the first.
   const std::string bytes =
       fileOf({fromHex("a20103"), fromHex("a102"), fromHex("a0"), fromHex("a104"), fromHex("a101")});
@@ -331,7 +333,7 @@ TEST(BinaryPropertyList, CountsTheDepthOfASharedContainerWhereverItAppears) {
             "bad binary property list at byte 11: containers are nested too deep");
 }
 
-TEST(BinaryPropertyList, SurvivesDeepNestingOfAMillionLevels) {
+TEST(BinaryPropertyListTest, SurvivesDeepNestingOfAMillionLevels) {
   constexpr std::uint32_t kLevels = 1'000'000;
   std::string bytes = "bplist00";
   std::string offsets;
@@ -370,7 +372,7 @@ std::string sharedReferenceBomb(int levels, bool dictionaries) {
   return fileOf(objects);
 }
 
-TEST(BinaryPropertyList, RefusesSharedReferenceBombs) {
+TEST(BinaryPropertyListTest, RefusesSharedReferenceBombs) {
   EXPECT_EQ(refusal(sharedReferenceBomb(40, false)),
             "bad binary property list at byte 61: there are too many objects");
   EXPECT_NE(refusal(sharedReferenceBomb(35, true)).find("there are too many objects"), std::string::npos);
@@ -379,7 +381,7 @@ TEST(BinaryPropertyList, RefusesSharedReferenceBombs) {
   EXPECT_TRUE(isIdentical(readPropertyList(binary(large)), large));
 }
 
-TEST(BinaryPropertyList, CountsObjectsExactly) {
+TEST(BinaryPropertyListTest, CountsObjectsExactly) {
   // The array itself, two texts (one of them twice), a dictionary with a key and a value.
   const Value value = Array{Text("a"), Text("b"), Text("a"), Dictionary{{"a", Text("c")}}};
   const std::string bytes = binary(value);
@@ -389,14 +391,14 @@ TEST(BinaryPropertyList, CountsObjectsExactly) {
 }
 
 // Before memory is taken for them.
-TEST(BinaryPropertyList, CountsTheReferencesOfAContainerFirst) {
+TEST(BinaryPropertyListTest, CountsTheReferencesOfAContainerFirst) {
   const std::string bytes = fileOf({fromHex("ae0101010101010101010101010101"), fromHex("09")});
   EXPECT_NO_THROW(readPropertyList(bytes, {.objects = 15}));
   EXPECT_EQ(refusal(bytes, {.objects = 13}),
             "bad binary property list at byte 8: there are too many objects");
 }
 
-TEST(BinaryPropertyList, RefusesOverlappingObjects) {
+TEST(BinaryPropertyListTest, RefusesOverlappingObjects) {
   // Forty blocks, each said to hold the bytes of all others.
   std::vector<std::string> objects{"\xA8\1\2\3\4\5\6\7\x08"};
   for (int i = 0; i < 8; ++i) objects.push_back(fromHex("4f1018"));
@@ -404,14 +406,14 @@ TEST(BinaryPropertyList, RefusesOverlappingObjects) {
   EXPECT_NE(refusal(fileOf(objects)).find("objects overlap"), std::string::npos);
 }
 
-TEST(BinaryPropertyList, RefusesMoreBytesThanTheLimit) {
+TEST(BinaryPropertyListTest, RefusesMoreBytesThanTheLimit) {
   const std::string bytes = binary(Text("a"));
   EXPECT_NO_THROW(readPropertyList(bytes, {.size = bytes.size()}));
   EXPECT_EQ(refusal(bytes, {.size = bytes.size() - 1}),
             "the property list is too large: 43 bytes, where 42 are allowed");
 }
 
-TEST(BinaryPropertyList, AnswersOrRefusesEveryTruncation) {
+TEST(BinaryPropertyListTest, AnswersOrRefusesEveryTruncation) {
   const std::string bytes = binary(testing_support::oneOfEverything());
   const std::size_t step = bytes.size() / 3000 + 1;
   for (std::size_t length = 0; length < bytes.size();
@@ -420,7 +422,7 @@ TEST(BinaryPropertyList, AnswersOrRefusesEveryTruncation) {
     EXPECT_THROW(readPropertyList(std::string(bytes.substr(0, length))), Exception) << length;
 }
 
-TEST(BinaryPropertyList, AnswersOrRefusesEveryFlippedBit) {
+TEST(BinaryPropertyListTest, AnswersOrRefusesEveryFlippedBit) {
   const Dictionary sample{{"text", Text("abc")},
                           {"wide", Text("é\U0001F341")},
                           {"numbers", Array{Number(1), Number(-1), Number(1.5), Number(true)}},
@@ -451,13 +453,13 @@ std::string writeRefusal(const Value& value) {
   return "written without a word";
 }
 
-TEST(BinaryPropertyList, RefusesNilAndSaysWhere) {
+TEST(BinaryPropertyListTest, RefusesNilAndSaysWhere) {
   EXPECT_EQ(writeRefusal(Value()), "no property list can be written: there is nothing (nil) at the top");
   EXPECT_EQ(writeRefusal(Dictionary{{"a", Array{Text("x"), Dictionary{{"b", Array{Value()}}}}}}),
             "no property list can be written: there is nothing (nil) at \"a[1].b[0]\"");
 }
 
-TEST(BinaryPropertyList, RefusesToWriteWhatItWouldNotRead) {
+TEST(BinaryPropertyListTest, RefusesToWriteWhatItWouldNotRead) {
   EXPECT_NE(writeRefusal(nestedArrays(513)).find("the value is nested too deep at \"[0][0][0]"),
             std::string::npos);
   // One array in two places, and so on: small in memory, endless on disk.
@@ -470,7 +472,7 @@ TEST(BinaryPropertyList, RefusesToWriteWhatItWouldNotRead) {
                Exception);
 }
 
-TEST(BinaryPropertyList, WritesALargeTextInManyPlacesOnce) {
+TEST(BinaryPropertyListTest, WritesALargeTextInManyPlacesOnce) {
   const Text large(std::string(1 << 20, 'x'));
   Array array(100'000, large);
   const std::string bytes = binary(array);

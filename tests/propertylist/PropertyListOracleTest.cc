@@ -78,7 +78,7 @@ class Tree {
   plist_t root_;
 };
 
-TEST(PropertyListOracle, LibplistReadsWhatWeWrite) {
+TEST(PropertyListOracleTest, LibplistReadsWhatWeWrite) {
   const Dictionary value{{"text", Text("Zoé <&> \U0001F341")},
                          {"data", Data(std::string("\0\1\xFF", 3))},
                          {"yes", Number(true)},
@@ -121,7 +121,7 @@ TEST(PropertyListOracle, LibplistReadsWhatWeWrite) {
   }
 }
 
-TEST(PropertyListOracle, WeReadWhatLibplistWrites) {
+TEST(PropertyListOracleTest, WeReadWhatLibplistWrites) {
   const Tree tree(plist_new_dict());
   plist_dict_set_item(tree.root(), "text", plist_new_string("Zoé <&> \U0001F341"));
   plist_dict_set_item(tree.root(), "data", plist_new_data("\0\1\xFF", 3));
@@ -146,7 +146,7 @@ TEST(PropertyListOracle, WeReadWhatLibplistWrites) {
   }
 }
 
-TEST(PropertyListOracle, LibplistBringsBackRandomValues) {
+TEST(PropertyListOracleTest, LibplistBringsBackRandomValues) {
   std::mt19937_64 random(7);
   for (int i = 0; i < 200; ++i) {
     // Its texts end at a NUL, and its XML knows neither control characters nor NaN bits.
@@ -162,7 +162,7 @@ TEST(PropertyListOracle, LibplistBringsBackRandomValues) {
   }
 }
 
-TEST(PropertyListOracle, LibplistPassesOverTheReservedBytes) {
+TEST(PropertyListOracleTest, LibplistPassesOverTheReservedBytes) {
   const Value value = testing_support::settingsLikeValue();
   std::size_t reserved = 0;
   std::string bytes =
@@ -175,7 +175,7 @@ TEST(PropertyListOracle, LibplistPassesOverTheReservedBytes) {
 
 #else
 
-TEST(PropertyListOracle, Libplist) { GTEST_SKIP() << "built without libplist"; }
+TEST(PropertyListOracleTest, Libplist) { GTEST_SKIP() << "built without libplist"; }
 
 #endif
 
@@ -258,7 +258,7 @@ Value samePythonValue() {
   };
 }
 
-TEST(PropertyListOracle, PythonReadsWhatWeWrite) {
+TEST(PropertyListOracleTest, PythonReadsWhatWeWrite) {
   if (!Python::isPresent()) GTEST_SKIP() << "no python3 with plistlib";
   const Python python;
   for (const PropertyListFormat format : kFormats)
@@ -272,7 +272,7 @@ for name in 'binary', 'XML':
             0);
 }
 
-TEST(PropertyListOracle, WeReadWhatPythonWrites) {
+TEST(PropertyListOracleTest, WeReadWhatPythonWrites) {
   if (!Python::isPresent()) GTEST_SKIP() << "no python3 with plistlib";
   const Python python;
   ASSERT_EQ(python(std::string(kPythonValue) + R"(
@@ -295,7 +295,7 @@ for name, form in ('binary', plistlib.FMT_BINARY), ('XML', plistlib.FMT_XML):
   }
 }
 
-TEST(PropertyListOracle, PythonBringsBackRandomValues) {
+TEST(PropertyListOracleTest, PythonBringsBackRandomValues) {
   if (!Python::isPresent()) GTEST_SKIP() << "no python3 with plistlib";
   const Python python;
   std::mt19937_64 random(11);

@@ -39,7 +39,7 @@ void expectRoundTrip(const Value& value) {
   EXPECT_TRUE(isIdentical(back, value)) << back << "\n" << value;
 }
 
-TEST(XmlPropertyList, WritesThisDocument) {
+TEST(XmlPropertyListTest, WritesThisDocument) {
   const Dictionary value{
       {"b <&> é", Text("x\r\n\ty")},
       {"a", Array{Number(1), Number(true), Number(false), Number(0.5), Array{}, Dictionary{}}},
@@ -71,9 +71,9 @@ TEST(XmlPropertyList, WritesThisDocument) {
 )");
 }
 
-TEST(XmlPropertyList, BringsBackOneOfEverything) { expectRoundTrip(testing_support::oneOfEverything()); }
+TEST(XmlPropertyListTest, BringsBackOneOfEverything) { expectRoundTrip(testing_support::oneOfEverything()); }
 
-TEST(XmlPropertyList, BringsBackRandomValues) {
+TEST(XmlPropertyListTest, BringsBackRandomValues) {
   std::mt19937_64 random(20200430);
   for (int i = 0; i < 300; ++i) {
     const Value value = testing_support::randomValue(
@@ -86,7 +86,7 @@ TEST(XmlPropertyList, BringsBackRandomValues) {
   }
 }
 
-TEST(XmlPropertyList, BringsBackEveryIntegerAndReal) {
+TEST(XmlPropertyListTest, BringsBackEveryIntegerAndReal) {
   for (const Number& number : testing_support::awkwardIntegers()) expectRoundTrip(number);
   for (const double real : testing_support::awkwardReals()) expectRoundTrip(Number(real));
   std::mt19937_64 random(1);
@@ -96,7 +96,7 @@ TEST(XmlPropertyList, BringsBackEveryIntegerAndReal) {
   }
 }
 
-TEST(XmlPropertyList, WritesRealsInTheirShortestForm) {
+TEST(XmlPropertyListTest, WritesRealsInTheirShortestForm) {
   const auto body = [](double real) {
     const std::string document = xml(Number(real));
     return document.substr(kProlog.size(), document.find('\n', kProlog.size()) - kProlog.size());
@@ -110,7 +110,7 @@ TEST(XmlPropertyList, WritesRealsInTheirShortestForm) {
   EXPECT_EQ(body(-HUGE_VAL), "<real>-infinity</real>");
 }
 
-TEST(XmlPropertyList, ReadsTheUsualSpellingsOfReals) {
+TEST(XmlPropertyListTest, ReadsTheUsualSpellingsOfReals) {
   struct Case {
     const char* text;
     double real;
@@ -143,7 +143,7 @@ TEST(XmlPropertyList, ReadsTheUsualSpellingsOfReals) {
         << text;
 }
 
-TEST(XmlPropertyList, ReadsIntegers) {
+TEST(XmlPropertyListTest, ReadsIntegers) {
   struct Case {
     const char* text;
     Number number;
@@ -173,7 +173,7 @@ TEST(XmlPropertyList, ReadsIntegers) {
         << text;
 }
 
-TEST(XmlPropertyList, ReadsTexts) {
+TEST(XmlPropertyListTest, ReadsTexts) {
   const auto text = [](std::string_view content) {
     return readBody("<string>" + std::string(content) + "</string>");
   };
@@ -189,7 +189,7 @@ TEST(XmlPropertyList, ReadsTexts) {
   EXPECT_EQ(readBody("<string></string >"), Value(Text("")));
 }
 
-TEST(XmlPropertyList, ReadsData) {
+TEST(XmlPropertyListTest, ReadsData) {
   const auto data = [](std::string_view content) {
     return readBody("<data>" + std::string(content) + "</data>");
   };
@@ -210,7 +210,7 @@ TEST(XmlPropertyList, ReadsData) {
   for (std::size_t length = 0; length < 200; ++length) expectRoundTrip(Data(std::string(length, '\xC3')));
 }
 
-TEST(XmlPropertyList, ReadsDates) {
+TEST(XmlPropertyListTest, ReadsDates) {
   const auto date = [](std::string_view content) {
     return readBody("<date>" + std::string(content) + "</date>");
   };
@@ -232,7 +232,7 @@ TEST(XmlPropertyList, ReadsDates) {
         << bad;
 }
 
-TEST(XmlPropertyList, MovesAFractionOfASecondToTheWholeSecondBefore) {
+TEST(XmlPropertyListTest, MovesAFractionOfASecondToTheWholeSecondBefore) {
   const auto back = [](double seconds) {
     return readPropertyList(xml(Date{seconds})).asDate()->secondsSince2001;
   };
@@ -242,7 +242,7 @@ TEST(XmlPropertyList, MovesAFractionOfASecondToTheWholeSecondBefore) {
   EXPECT_EQ(back(252423993599.9), 252423993599.0);
 }
 
-TEST(XmlPropertyList, ReadsWhatStandsBetweenTheElements) {
+TEST(XmlPropertyListTest, ReadsWhatStandsBetweenTheElements) {
   const Value value = Dictionary{{"a", Number(true)}};
   EXPECT_EQ(readPropertyList(
                 "\xEF\xBB\xBF \n<?xml-style?><!-- <plist> --><plist version='1.0' \n x=\"a>b\"><!---->\n"
@@ -256,7 +256,7 @@ TEST(XmlPropertyList, ReadsWhatStandsBetweenTheElements) {
             value);
 }
 
-TEST(XmlPropertyList, ReadsUtf16WithAByteOrderMark) {
+TEST(XmlPropertyListTest, ReadsUtf16WithAByteOrderMark) {
   const std::u16string document =
       u"\uFEFF<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>é\U0001F341</string></plist>";
   std::string big;
@@ -291,12 +291,12 @@ TEST(XmlPropertyList, ReadsUtf16WithAByteOrderMark) {
             "bad XML property list at line 1, column 1: the encoding is not supported, UTF-8 is");
 }
 
-TEST(XmlPropertyList, ReadsTheLastOfTwoValuesUnderOneKey) {
+TEST(XmlPropertyListTest, ReadsTheLastOfTwoValuesUnderOneKey) {
   const Value value = readBody("<dict><key>a</key><true/><key>b</key><true/><key>a</key><false/></dict>");
   EXPECT_EQ(xml(value), xml(Dictionary{{"a", Number(false)}, {"b", Number(true)}}));
 }
 
-TEST(XmlPropertyList, SaysWhatIsWrongAndWhere) {
+TEST(XmlPropertyListTest, SaysWhatIsWrongAndWhere) {
   struct Case {
     const char* document;
     const char* why;
@@ -365,7 +365,7 @@ TEST(XmlPropertyList, SaysWhatIsWrongAndWhere) {
     EXPECT_EQ(refusal(document), "bad XML property list at " + std::string(why)) << document;
 }
 
-TEST(XmlPropertyList, IsRecognisedByItsBeginning) {
+TEST(XmlPropertyListTest, IsRecognisedByItsBeginning) {
   EXPECT_EQ(formatOf("bplist00"), PropertyListFormat::Binary);
   EXPECT_EQ(formatOf("<plist>"), PropertyListFormat::Xml);
   EXPECT_EQ(formatOf(" \r\n\t<?xml"), PropertyListFormat::Xml);
@@ -385,7 +385,7 @@ std::string nestedArrays(std::size_t depth) {
   return documentOf(body);
 }
 
-TEST(XmlPropertyList, NestsAsDeepAsTheLimit) {
+TEST(XmlPropertyListTest, NestsAsDeepAsTheLimit) {
   EXPECT_NO_THROW(readPropertyList(nestedArrays(512)));
   EXPECT_EQ(refusal(nestedArrays(513)),
             "bad XML property list at line 1, column 3592: containers are nested too deep");
@@ -397,19 +397,19 @@ TEST(XmlPropertyList, NestsAsDeepAsTheLimit) {
             std::string::npos);
 }
 
-TEST(XmlPropertyList, CountsObjectsExactly) {
+TEST(XmlPropertyListTest, CountsObjectsExactly) {
   const std::string document = documentOf("<array><true/><dict><key>a</key><string/></dict></array>");
   EXPECT_NO_THROW(readPropertyList(document, {.objects = 5}));
   EXPECT_EQ(refusal(document, {.objects = 4}),
             "bad XML property list at line 1, column 40: there are too many objects");
 }
 
-TEST(XmlPropertyList, RefusesMoreBytesThanTheLimit) {
+TEST(XmlPropertyListTest, RefusesMoreBytesThanTheLimit) {
   EXPECT_EQ(refusal("<plist><true/></plist>", {.size = 21}),
             "the property list is too large: 22 bytes, where 21 are allowed");
 }
 
-TEST(XmlPropertyList, AnswersOrRefusesEveryTruncation) {
+TEST(XmlPropertyListTest, AnswersOrRefusesEveryTruncation) {
   const std::string document = xml(testing_support::settingsLikeValue());
   const std::size_t end = document.find_last_not_of('\n') + 1;
   for (std::size_t length = 0; length < end; length += 1 + length / 500)
@@ -418,7 +418,7 @@ TEST(XmlPropertyList, AnswersOrRefusesEveryTruncation) {
     EXPECT_THROW(readPropertyList(std::string(document.substr(0, length))), Exception) << length;
 }
 
-TEST(XmlPropertyList, AnswersOrRefusesEveryFlippedBit) {
+TEST(XmlPropertyListTest, AnswersOrRefusesEveryFlippedBit) {
   const Dictionary sample{{"text & é", Text("a<c")},
                           {"numbers", Array{Number(1), Number(-1), Number(1.5), Number(true)}},
                           {"rest", Dictionary{{"data", Data("xyz")}, {"date", Date{5}}}}};
@@ -448,7 +448,7 @@ std::string writeRefusal(const Value& value) {
   return "written without a word";
 }
 
-TEST(XmlPropertyList, RefusesWhatItCannotHoldAndSaysWhere) {
+TEST(XmlPropertyListTest, RefusesWhatItCannotHoldAndSaysWhere) {
   const auto at = [](std::string_view what) {
     return "no property list can be written: " + std::string(what);
   };
@@ -469,7 +469,7 @@ TEST(XmlPropertyList, RefusesWhatItCannotHoldAndSaysWhere) {
   expectRoundTrip(Text("\uFFFD\uF000\uFFFC"));
 }
 
-TEST(XmlPropertyList, RefusesToWriteWhatItWouldNotRead) {
+TEST(XmlPropertyListTest, RefusesToWriteWhatItWouldNotRead) {
   Value deep = Array{};
   for (int i = 1; i < 512; ++i) deep = Array{std::move(deep)};
   expectRoundTrip(deep);

@@ -19,10 +19,10 @@ void replay(const char* folder, void (*target)(std::string_view)) {
   EXPECT_GT(files, 0);
 }
 
-TEST(FuzzCorpus, Arguments) { replay("arguments", fuzzing::fuzzArguments); }
-TEST(FuzzCorpus, ColorArchives) { replay("color", fuzzing::fuzzColorArchive); }
-TEST(FuzzCorpus, Imports) { replay("import", fuzzing::fuzzImport); }
-TEST(FuzzCorpus, PropertyLists) { replay("plist", fuzzing::fuzzPropertyList); }
+TEST(FuzzCorpusTest, Arguments) { replay("arguments", fuzzing::fuzzArguments); }
+TEST(FuzzCorpusTest, ColorArchives) { replay("color", fuzzing::fuzzColorArchive); }
+TEST(FuzzCorpusTest, Imports) { replay("import", fuzzing::fuzzImport); }
+TEST(FuzzCorpusTest, PropertyLists) { replay("plist", fuzzing::fuzzPropertyList); }
 
 }  // namespace
 }  // namespace qorvane

@@ -52,7 +52,7 @@ Change change(const std::vector<const OptionRow*>& options, std::size_t writer, 
           "writer " + std::to_string(writer) + ", change " + std::to_string(number)};
 }
 
-TEST(ManyWritersSlow, LoseNothing) {
+TEST(ManyWritersSlowTest, LoseNothing) {
   const TestHome home;
   const auto options = textOptions();
   ASSERT_GT(options.size(), 2 * kWriters);

@@ -14,7 +14,7 @@ int thisYear() {
   return today.tm_year + 1900;
 }
 
-TEST(QVSettings, WithNothingSaidItIsTheProfessionalPersonalProductOfTheSeason) {
+TEST(QVSettingsTest, WithNothingSaidItIsTheProfessionalPersonalProductOfTheSeason) {
   const int before = thisYear();
   const int season = QVSettings::YOR();
   EXPECT_TRUE(season == before - 1 || season == thisYear() - 1) << season;
@@ -24,7 +24,7 @@ TEST(QVSettings, WithNothingSaidItIsTheProfessionalPersonalProductOfTheSeason) {
   EXPECT_FALSE(QVSettings::isT2VER(""));
 }
 
-TEST(QVSettings, ASourceOfItsOwnIsAskedEachTimeUntilItIsTakenAway) {
+TEST(QVSettingsTest, ASourceOfItsOwnIsAskedEachTimeUntilItIsTakenAway) {
   class Counting : public QVSettings::Source {
    public:
     bool isT2() const override { return true; }

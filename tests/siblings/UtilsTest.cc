@@ -7,7 +7,7 @@
 namespace qorvane {
 namespace {
 
-TEST(Utils, NilAndTheEmptyTextAreNothing) {
+TEST(UtilsTest, NilAndTheEmptyTextAreNothing) {
   EXPECT_TRUE(Utils::isStringNilOrEmpty(Text()));
   EXPECT_TRUE(Utils::isStringNilOrEmpty(Text("")));
   EXPECT_FALSE(Utils::isStringNilOrEmpty(Text(" ")));
@@ -16,7 +16,7 @@ TEST(Utils, NilAndTheEmptyTextAreNothing) {
   EXPECT_FALSE(Utils::isStringNilOrEmpty(Value(Text("x"))));
 }
 
-TEST(Utils, AnEntryOfAnotherKindIsSomething) {
+TEST(UtilsTest, AnEntryOfAnotherKindIsSomething) {
   for (const Value& entry : {Value(Number(0)), Value(Data("")), Value(Array()), Value(Dictionary())})
     EXPECT_FALSE(Utils::isStringNilOrEmpty(entry));
 }

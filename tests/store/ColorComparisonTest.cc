@@ -7,7 +7,7 @@
 namespace qorvane {
 namespace {
 
-TEST(ColorComparison, HasNoTolerance) {
+TEST(ColorComparisonTest, HasNoTolerance) {
   const Color color = Color::colorWithCalibratedRed(0.8, 1, 1, 1);
   EXPECT_FALSE(areDifferentColors(color, color));
   EXPECT_FALSE(areDifferentColors(color, Color::colorWithCalibratedRed(0.8, 1, 1, 1)));
@@ -19,20 +19,20 @@ TEST(ColorComparison, HasNoTolerance) {
   EXPECT_TRUE(areDifferentColors(color, Color::colorWithCalibratedRed(0.8, 1, 1, down))) << "alpha counts";
 }
 
-TEST(ColorComparison, TakesComponentsAsNumbers) {
+TEST(ColorComparisonTest, TakesComponentsAsNumbers) {
   EXPECT_FALSE(
       areDifferentColors(Color::colorWithCalibratedWhite(0.0, 1), Color::colorWithCalibratedWhite(-0.0, 1)));
   const Color nan = Color::colorWithCalibratedWhite(std::nan(""), 1);
   EXPECT_TRUE(areDifferentColors(nan, nan));
 }
 
-TEST(ColorComparison, DoesNotAskForTheSpace) {
+TEST(ColorComparisonTest, DoesNotAskForTheSpace) {
   EXPECT_FALSE(areDifferentColors(Color::redColor(), Color::colorWithDeviceRed(1, 0, 0, 1)));
   EXPECT_FALSE(areDifferentColors(Color::redColor(), Color::colorWithSRGBRed(1, 0, 0, 1)));
   EXPECT_FALSE(areDifferentColors(Color::whiteColor(), Color::colorWithDeviceWhite(1, 1)));
 }
 
-TEST(ColorComparison, CallsOtherCountsOfComponentsDifferent) {
+TEST(ColorComparisonTest, CallsOtherCountsOfComponentsDifferent) {
   const Color white = Color::colorWithCalibratedRed(1, 1, 1, 1);
   const Color cmyk = Color::colorWithDeviceCyan(1, 1, 1, 1, 1);
   for (const Color& first : {Color::whiteColor(), white, cmyk})
@@ -41,7 +41,7 @@ TEST(ColorComparison, CallsOtherCountsOfComponentsDifferent) {
           << first << second;
 }
 
-TEST(ColorComparison, ComparesACatalogueColorByRedGreenAndBlue) {
+TEST(ColorComparisonTest, ComparesACatalogueColorByRedGreenAndBlue) {
   const auto named = [](const Color& color) { return Color::colorWithCatalogName("System", "x", color); };
   const Color red = named(Color::redColor());
   EXPECT_FALSE(areDifferentColors(red, Color::redColor()));
@@ -55,7 +55,7 @@ TEST(ColorComparison, ComparesACatalogueColorByRedGreenAndBlue) {
   EXPECT_TRUE(areDifferentColors(Color::colorWithCalibratedRed(1, 0, 0.1, 1), red));
 }
 
-TEST(ColorComparison, CallsAPatternDifferent) {
+TEST(ColorComparisonTest, CallsAPatternDifferent) {
   EXPECT_TRUE(areDifferentColors(Color::patternColor(), Color::redColor()));
   EXPECT_TRUE(areDifferentColors(Color::redColor(), Color::patternColor()));
   EXPECT_TRUE(areDifferentColors(Color::patternColor(), Color::patternColor()));

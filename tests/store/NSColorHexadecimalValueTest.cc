@@ -25,7 +25,7 @@ Color colorOfCodes(int red, int green, int blue) {
   return Color::colorWithCalibratedRed(component(red), component(green), component(blue), 0);
 }
 
-TEST(NSColorHexadecimalValue, Encodes) {
+TEST(NSColorHexadecimalValueTest, Encodes) {
   EXPECT_EQ(encoded(Color::whiteColor()), Text("#FFFFFF"));
   EXPECT_EQ(encoded(Color::grayColor()), Text("#7F7F7F")) << "half is 7F";
   EXPECT_EQ(encoded(Color::yellowColor()), Text("#FFFF00"));
@@ -38,7 +38,7 @@ TEST(NSColorHexadecimalValue, Encodes) {
   EXPECT_EQ(encoded(Color::colorWithCalibratedRed(1, 0, 0, 0)), Text("#FF0000")) << "no alpha";
 }
 
-TEST(NSColorHexadecimalValue, EncodesOtherSpacesThroughCalibratedRGB) {
+TEST(NSColorHexadecimalValueTest, EncodesOtherSpacesThroughCalibratedRGB) {
   EXPECT_EQ(encoded(Color::colorWithDeviceRed(1, 0.5, 0, 1)), Text("#FF7F00"));
   EXPECT_EQ(encoded(Color::colorWithSRGBRed(1, 0.5, 0, 1)), Text("#FF7F00"));
   EXPECT_EQ(encoded(Color::colorWithDeviceWhite(0.5, 1)), Text("#7F7F7F"));
@@ -46,18 +46,18 @@ TEST(NSColorHexadecimalValue, EncodesOtherSpacesThroughCalibratedRGB) {
   EXPECT_EQ(encoded(Color::colorWithCatalogName("System", "x", Color::redColor())), Text("#FF0000"));
 }
 
-TEST(NSColorHexadecimalValue, EncodesNilWithoutACalibratedForm) {
+TEST(NSColorHexadecimalValueTest, EncodesNilWithoutACalibratedForm) {
   EXPECT_TRUE(encoded(Color::patternColor()).isNil());
   EXPECT_TRUE(encoded(Color::colorWithCatalogName("a", "b", Color::patternColor())).isNil());
 }
 
-TEST(NSColorHexadecimalValue, EncodesComponentsOutsideTheRange) {
+TEST(NSColorHexadecimalValueTest, EncodesComponentsOutsideTheRange) {
   EXPECT_EQ(encodedRGB(-0.1, -1000, std::nan("")), Text("#000000"));
   EXPECT_EQ(encodedRGB(2, 1, 1), Text("#1FFFFFF")) << "no digit is dropped";
   EXPECT_EQ(encodedRGB(HUGE_VAL, -HUGE_VAL, 1e300), Text("#FFFFFFFF00FFFFFFFF"));
 }
 
-TEST(NSColorHexadecimalValue, Decodes) {
+TEST(NSColorHexadecimalValueTest, Decodes) {
   const auto color = decoded("#CCFFFF");
   ASSERT_TRUE(color);
   EXPECT_TRUE(isIdentical(*color, colorOfCodes(204, 255, 255)));
@@ -67,14 +67,14 @@ TEST(NSColorHexadecimalValue, Decodes) {
   EXPECT_EQ(decoded("#0a1B2c"), colorOfCodes(0x0A, 0x1B, 0x2C));
 }
 
-TEST(NSColorHexadecimalValue, DoesNotLookAtTheFirstUnit) {
+TEST(NSColorHexadecimalValueTest, DoesNotLookAtTheFirstUnit) {
   const Color color = colorOfCodes(0xCC, 0xFF, 0xFF);
   for (const char* text : {"xCCFFFF", "0CCFFFF", " CCFFFF", "éCCFFFF", "日CCFFFF", "\uFFFDCCFFFF"})
     EXPECT_EQ(decoded(Text(std::string(text))), color) << text;
   EXPECT_EQ(decoded(Text(std::string("\0CCFFFF", 7))), color);
 }
 
-TEST(NSColorHexadecimalValue, WantsSevenUnits) {
+TEST(NSColorHexadecimalValueTest, WantsSevenUnits) {
   for (const char* text : {"", "#", "#CCFFF", "#CCFFFFF", "CCFFFF", "#CCFFFF ", "ééé", "éCCFFF"})
     EXPECT_EQ(decoded(Text(std::string(text))), std::nullopt) << text;
   EXPECT_EQ(decoded(nullptr), std::nullopt);
@@ -87,7 +87,7 @@ TEST(NSColorHexadecimalValue, WantsSevenUnits) {
   EXPECT_EQ(decoded(Text(std::string(1 << 20, 'F'))), std::nullopt);
 }
 
-TEST(NSColorHexadecimalValue, ScansPairsLeniently) {
+TEST(NSColorHexadecimalValueTest, ScansPairsLeniently) {
   struct Case {
     const char* pair;
     int code;
@@ -135,7 +135,7 @@ bool comesBack(int red, int green, int blue) {
   return color && encoded(*color) == text;
 }
 
-TEST(NSColorHexadecimalValue, BringsBackEveryCodeOfEveryChannel) {
+TEST(NSColorHexadecimalValueTest, BringsBackEveryCodeOfEveryChannel) {
   for (int code = 0; code < 256; ++code) {
     EXPECT_TRUE(comesBack(code, 0, 255)) << code;
     EXPECT_TRUE(comesBack(255, code, 0)) << code;
@@ -149,7 +149,7 @@ constexpr int kStep = 97;  // A prime: the sample, for slow instrumented builds,
 constexpr int kStep = 1;
 #endif
 
-TEST(NSColorHexadecimalValueSlow, BringsBackEveryText) {
+TEST(NSColorHexadecimalValueSlowTest, BringsBackEveryText) {
   int lost = 0;
   for (int code = 0; code < 1 << 24; code += kStep)
     lost += !comesBack(code >> 16, code >> 8 & 255, code & 255);

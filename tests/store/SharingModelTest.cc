@@ -333,7 +333,7 @@ void play(int steps, unsigned firstSeed) {
 TEST(SharingModelTest, RandomProgramsDoWhatTheModelSays) { play(10'000, 0); }
 
 // With OPTIONSMGR_LONG set, a million steps.
-TEST(SharingModelSlow, RandomProgramsDoWhatTheModelSays) {
+TEST(SharingModelSlowTest, RandomProgramsDoWhatTheModelSays) {
   play(std::getenv("OPTIONSMGR_LONG") ? 1'000'000 : 50'000, 1'000'000);
 }
 

@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Vocabulary, PublishedListGoldenTest,
                          testing::Values("option-keys", "return-elements", "return-elements-t2",
                                          "notifications", "help-topics", "province-names", "choice-labels"));
 
-TEST(Vocabulary, namesEachConstantOnce) {
+TEST(VocabularyTest, NamesEachConstantOnce) {
   std::set<std::string_view> names;
   for (const VocabularyEntry& entry : vocabulary()) {
     EXPECT_TRUE(names.insert(entry.name).second) << entry.name;
@@ -88,7 +88,7 @@ TEST(Vocabulary, namesEachConstantOnce) {
   }
 }
 
-TEST(Vocabulary, listsTheConstantsThemselves) {
+TEST(VocabularyTest, ListsTheConstantsThemselves) {
   const auto found = [](std::string_view name) {
     return std::ranges::find(vocabulary(), name, &VocabularyEntry::name)->string;
   };
@@ -96,7 +96,7 @@ TEST(Vocabulary, listsTheConstantsThemselves) {
   EXPECT_TRUE(found("T2BN").isSameObject(T2BN));
 }
 
-TEST(Vocabulary, isTheSameObjectInEveryTranslationUnit) {
+TEST(VocabularyTest, IsTheSameObjectInEveryTranslationUnit) {
   EXPECT_TRUE(elsewhere::preparerCity().isSameObject(optsStr_PreparerCity));
   EXPECT_TRUE(elsewhere::surname().isSameObject(Surname));
   EXPECT_TRUE(elsewhere::federal().isSameObject(Federal));
@@ -106,12 +106,12 @@ TEST(Vocabulary, isTheSameObjectInEveryTranslationUnit) {
 constinit Text keptFromLoad = optsStr_ZSuppress;
 static_assert(T2CompanyName.view() == "CompanyName");
 
-TEST(Vocabulary, isReadableFromTheMomentOfLoading) {
+TEST(VocabularyTest, IsReadableFromTheMomentOfLoading) {
   EXPECT_TRUE(keptFromLoad.isSameObject(optsStr_ZSuppress));
   EXPECT_EQ(elsewhere::readAtLoad(), Text("preparer"));
 }
 
-TEST(OptionKeys, shareAnEntryInFourPlacesOnly) {
+TEST(OptionKeysTest, ShareAnEntryInFourPlacesOnly) {
   std::map<std::string, std::set<std::string>> names;
   for (const auto& [name, string] : exported("option-keys")) names[string].insert(name);
   std::erase_if(names, [](const auto& row) { return row.second.size() == 1; });
@@ -124,7 +124,7 @@ TEST(OptionKeys, shareAnEntryInFourPlacesOnly) {
   EXPECT_EQ(names, shared);
 }
 
-TEST(OptionKeys, leadFromOneNameOfASharedEntryToTheOther) {
+TEST(OptionKeysTest, LeadFromOneNameOfASharedEntryToTheOther) {
   std::map<std::string_view, int> settings;
   settings[optsStr_RC59RepID] = 1;
   settings[optsStr_PreparerRepresentativeName] = 2;
@@ -139,7 +139,7 @@ TEST(OptionKeys, leadFromOneNameOfASharedEntryToTheOther) {
   EXPECT_FALSE(settings.contains(optsStr_T1013BussinessNo));
 }
 
-TEST(OptionKeys, keepTheirOddStrings) {
+TEST(OptionKeysTest, KeepTheirOddStrings) {
   EXPECT_EQ(optsStr_UseDefaultLegacyFileName, Text("optsStr_UseDefaultLegacyFileName"));
   EXPECT_EQ(optsStr_PreparerEfileNumber, Text("preparer"));
   EXPECT_EQ(optsStr_T4AP, Text("T4A(P)"));
@@ -153,13 +153,13 @@ TEST(OptionKeys, keepTheirOddStrings) {
            "taxpayer."));
 }
 
-TEST(ReturnElements, keepTheirOddStrings) {
+TEST(ReturnElementsTest, KeepTheirOddStrings) {
   EXPECT_EQ(FirstName, Text("Firstnames"));
   EXPECT_EQ(IsQDisabled, Text("qDisabled"));
   EXPECT_EQ(LogEntryPreviousAmtOwing, Text("prevamtOwing"));
 }
 
-TEST(ReturnElementsT2, shareTwoElements) {
+TEST(ReturnElementsT2Test, ShareTwoElements) {
   EXPECT_EQ(T2S21ForeignBusinessIncome, Text("S21"));
   EXPECT_EQ(T2S21ForeignNonBusinessIncome, Text("S21"));
   EXPECT_EQ(T2CorpEmail, Text("AuthorizedEmailId"));
@@ -167,22 +167,22 @@ TEST(ReturnElementsT2, shareTwoElements) {
   EXPECT_EQ(T2IDCorpEmail, Text("CorpEmail"));
 }
 
-TEST(HelpTopics, shareATopicOnPurpose) {
+TEST(HelpTopicsTest, ShareATopicOnPurpose) {
   for (const Text& topic :
        {helpPrintFormatEditID, helpRRSPcalculatorID, helpDiagnosticsID, helpViewOverridenCellsDiaID})
     EXPECT_EQ(topic, Text("1910105"));
   EXPECT_EQ(helpPrintDialogID, helpPrintFormatUseID);
 }
 
-TEST(ProvinceNames, writeNonResidentWithABlank) { EXPECT_EQ(Non_Resident, Text("Non Resident")); }
+TEST(ProvinceNamesTest, WriteNonResidentWithABlank) { EXPECT_EQ(Non_Resident, Text("Non Resident")); }
 
-TEST(ChoiceLabels, keepTheirOddNames) {
+TEST(ChoiceLabelsTest, KeepTheirOddNames) {
   EXPECT_EQ(useaAddress_ForAllEng, Text("For all purposes"));
   EXPECT_EQ(assesmentOpts_FaxToPreFr, Text("1-Télécopie au préparateur"));
   EXPECT_EQ(rc69Opts_AccViewEng, Text("1-Allow View only"));
 }
 
-TEST(Vocabulary, ownsItsGroupsByEmptyClasses) {
+TEST(VocabularyTest, OwnsItsGroupsByEmptyClasses) {
   EXPECT_TRUE(std::is_empty_v<OptionStrings>);
   EXPECT_TRUE(std::is_empty_v<ReturnElements>);
   EXPECT_TRUE(std::is_empty_v<ReturnElementsT2>);

@@ -391,9 +391,9 @@ TEST_F(ExchangeVerbsTest, JsonIsReadAndWrittenInTimeThatGrowsWithIt) {
       100'001u);
 }
 
-using KilledExportSlow = ExchangeVerbsTest;
+using KilledExportSlowTest = ExchangeVerbsTest;
 
-TEST_F(KilledExportSlow, NothingIsLeftOfAnExportThatWasKilled) {
+TEST_F(KilledExportSlowTest, NothingIsLeftOfAnExportThatWasKilled) {
   set("2024", "preparerCity", "Alma");
   const fs::path folder = home.path() / "out";
   for (int call = 1;; ++call) {
@@ -412,9 +412,9 @@ TEST_F(KilledExportSlow, NothingIsLeftOfAnExportThatWasKilled) {
 
 // ---- killed at every call that changes the disk -----------------------------------------------------
 
-using KilledSlow = ExchangeVerbsTest;
+using KilledSlowTest = ExchangeVerbsTest;
 
-TEST_F(KilledSlow, AnImportOfSeveralYearsIsWholeOrNotAtAll) {
+TEST_F(KilledSlowTest, AnImportOfSeveralYearsIsWholeOrNotAtAll) {
   const std::string file = twoYears();
   const Text first = "QorvaneT1Settings2023";
   const Text second = "QorvaneT2Settings2024";
@@ -443,7 +443,7 @@ TEST_F(KilledSlow, AnImportOfSeveralYearsIsWholeOrNotAtAll) {
   EXPECT_GT(wholes, 1) << "the last calls only tidy up";
 }
 
-TEST_F(KilledSlow, ACarryForwardIsWholeOrNotAtAll) {
+TEST_F(KilledSlowTest, ACarryForwardIsWholeOrNotAtAll) {
   for (int call = 1;; ++call) {
     SCOPED_TRACE(call);
     fs::remove_all(home.store());
@@ -459,7 +459,7 @@ TEST_F(KilledSlow, ACarryForwardIsWholeOrNotAtAll) {
   }
 }
 
-TEST_F(KilledSlow, WhatSomebodyChangedAfterTheKillStays) {
+TEST_F(KilledSlowTest, WhatSomebodyChangedAfterTheKillStays) {
   const std::string file = twoYears();
   set("2023", "preparerCity", "Gaspé");
   // The last moment at which both files are changed and the note still stands.
