@@ -41,6 +41,7 @@ Text absolutePathInEnvironment(const char* variable) { return textOfPath(pathInE
 std::string homePath() { return pathInEnvironment("HOME"); }
 std::string configPath() { return variableOrBelowHome("XDG_CONFIG_HOME", ".config"); }
 std::string dataPath() { return variableOrBelowHome("XDG_DATA_HOME", ".local/share"); }
+std::string statePath() { return variableOrBelowHome("XDG_STATE_HOME", ".local/state"); }
 
 Text homeDirectory() { return textOfPath(homePath()); }
 Text configDirectory() { return textOfPath(configPath()); }

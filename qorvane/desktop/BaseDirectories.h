@@ -27,6 +27,9 @@ Text dataDirectory();
 std::string homePath();
 std::string configPath();
 std::string dataPath();
+/// For what an application keeps from run to run, as bytes: XDG_STATE_HOME, else .local/state below the home;
+/// empty where there is neither.
+std::string statePath();
 
 /// The path as a text; nil for the empty one and for bytes that are no UTF-8.
 Text textOfPath(const std::string& path);

@@ -27,6 +27,11 @@ class OpenFile {
     do descriptor_ = calls.open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
     while (descriptor_ < 0 && errno == EINTR);
   }
+  /// The file of that name in an open folder, whatever the folder is called by now.
+  OpenFile(SystemCalls& calls, const OpenFile& folder, const std::string& name, int flags) : calls_(calls) {
+    do descriptor_ = calls.openat(folder.descriptor_, name.c_str(), flags | O_CLOEXEC | O_NOCTTY);
+    while (descriptor_ < 0 && errno == EINTR);
+  }
   ~OpenFile() {
     const int error = errno;
     close();

@@ -14,6 +14,7 @@
 namespace qorvane::inline v1 {
 
 int SystemCalls::open(const char* path, int flags, mode_t mode) { return ::open(path, flags, mode); }
+int SystemCalls::openat(int folder, const char* name, int flags) { return ::openat(folder, name, flags); }
 ssize_t SystemCalls::read(int file, void* bytes, std::size_t count) { return ::read(file, bytes, count); }
 ssize_t SystemCalls::write(int file, const void* bytes, std::size_t count) {
   return ::write(file, bytes, count);
@@ -86,6 +87,10 @@ bool FaultInjectingSystemCalls::fails(const char* name) {
 
 int FaultInjectingSystemCalls::open(const char* path, int flags, mode_t mode) {
   return fails("open") ? -1 : SystemCalls::open(path, flags, mode);
+}
+
+int FaultInjectingSystemCalls::openat(int folder, const char* name, int flags) {
+  return fails("openat") ? -1 : SystemCalls::openat(folder, name, flags);
 }
 ssize_t FaultInjectingSystemCalls::read(int file, void* bytes, std::size_t count) {
   return fails("read") ? -1 : SystemCalls::read(file, bytes, count);

@@ -27,6 +27,7 @@ class SystemCalls {
   virtual ~SystemCalls() = default;
 
   virtual int open(const char* path, int flags, mode_t mode);
+  virtual int openat(int folder, const char* name, int flags);
   virtual ssize_t read(int file, void* bytes, std::size_t count);
   virtual ssize_t write(int file, const void* bytes, std::size_t count);
   virtual int fstat(int file, struct ::stat* status);
@@ -89,6 +90,7 @@ class FaultInjectingSystemCalls : public SystemCalls {
   void forgetCalls() { calls_.clear(); }
 
   int open(const char* path, int flags, mode_t mode) override;
+  int openat(int folder, const char* name, int flags) override;
   ssize_t read(int file, void* bytes, std::size_t count) override;
   ssize_t write(int file, const void* bytes, std::size_t count) override;
   int fstat(int file, struct ::stat* status) override;

@@ -1,0 +1,115 @@
+// Layers: what is set for many desks at once, beyond the user's own settings. Internal to the layered store.
+//
+// A layer is a folder that the library reads and never writes. For a key such as QorvaneT1Settings2025 it may
+// hold two property lists, each with its name as the key of its dictionary:
+//
+//   QorvaneT1Settings2025.plist   the year's
+//   QorvaneT1Settings.plist       for every year that has no entry of its own in the year's
+//
+// and in either a top-level array `Locked` of the entries that nearer layers may not set ("*": all). Whoever
+// could change a folder or file decides what every desk reads, so one that anyone but those trusted could
+// change is left out, with one line of the log. What is missing, damaged, huge or foreign is left out
+// likewise; what is there and cannot be read just now (an input error, no descriptors, no memory) throws, for
+// leaving it out would be an answer.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/foundation/Text.h"
+#include "qorvane/foundation/Value.h"
+
+namespace qorvane::inline v1 {
+
+class SystemCalls;
+
+/// Where a layer stands and who may have written it.
+struct LayerFolder {
+  enum class Kind : std::uint8_t { Machine, Firm };
+  Kind kind;
+  /// Absolute. The folder may be a link; its files may not.
+  std::string path;
+  /// Who is trusted besides root.
+  uid_t owner;
+};
+
+/// The folders in force, the nearest first: Qorvane below each folder of XDG_CONFIG_DIRS (/etc/xdg where that
+/// names none; what is no absolute path counts for nothing), then the firm's. The firm's is `current` in
+/// Qorvane/firm below XDG_STATE_HOME, or in the folder that root's Firm.plist names together with its owner.
+std::vector<LayerFolder> layerFolders(SystemCalls& calls);
+
+/// What one folder says of a key.
+class Layer {
+ public:
+  struct Entry {
+    const Value* value;
+    bool everyYear;
+  };
+
+  /// Reads the folder's two files; nothing when neither counts.
+  static std::optional<Layer> read(const LayerFolder& folder, const Text& key, SystemCalls& calls);
+
+  LayerFolder::Kind kind() const { return kind_; }
+  const std::string& folder() const { return folder_; }
+  /// The entry of that stored key, the year's before the one of every year; none when it has neither.
+  std::optional<Entry> find(std::string_view entryKey) const;
+  /// Whether one of its files locks the entry.
+  bool locks(std::string_view entryKey) const;
+  const std::vector<Text>& locked() const { return locked_; }
+  bool locksAll() const { return locksAll_; }
+  const Dictionary& year() const { return year_; }
+  const Dictionary& everyYear() const { return everyYear_; }
+  /// What the year's file says of where an entry came from, as it stands there; null when it does not say.
+  const Value* origin(std::string_view entryKey) const { return origins_.find(entryKey); }
+
+ private:
+  bool take(int folder, const std::string& name, Dictionary& entries, uid_t owner, SystemCalls& calls);
+
+  LayerFolder::Kind kind_ = LayerFolder::Kind::Machine;
+  std::string folder_;
+  Dictionary year_, everyYear_, origins_;
+  std::vector<Text> locked_;
+  bool locksAll_ = false;
+};
+
+/// The farther layers of a key, the nearest first.
+class Layers {
+ public:
+  Layers() = default;
+  explicit Layers(std::vector<Layer> layers) : layers_(std::move(layers)) {}
+  static Layers read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls);
+
+  /// What counts for an entry: the value, null for none; the layer that it comes from, null for the user's
+  /// own or none; the layer that locks it, null for none.
+  struct Standing {
+    const Value* value = nullptr;
+    const Layer* layer = nullptr;
+    bool everyYear = false;
+    const Layer* lock = nullptr;
+  };
+  /// user: the user's entry, or null; chosen: it was set on purpose, and so does not yield to a farther
+  /// value.
+  Standing standing(std::string_view entryKey, const Value* user, bool chosen) const;
+
+  bool empty() const { return layers_.empty(); }
+  /// Whether any layer has the entry.
+  bool has(std::string_view entryKey) const;
+  /// The farthest layer that locks the entry and has it, or has one behind it that does; else null.
+  const Layer* lockOf(std::string_view entryKey) const;
+  auto begin() const { return layers_.begin(); }
+  auto end() const { return layers_.end(); }
+
+ private:
+  std::vector<Layer> layers_;
+};
+
+/// The key of every year: without its digits at the end.
+std::string_view everyYearKey(std::string_view key);
+
+}  // namespace qorvane::inline v1
