@@ -1,0 +1,13 @@
+# Writes the migrations as a C++ source: cmake -DOUT=… -DFOLDER=… -P embed.cmake
+file(GLOB files ${FOLDER}/*.sql)
+list(SORT files)
+set(text "#include \"firm/Migrations.h\"\n\nnamespace optionsmgr::firm {\n\nnamespace {\nconstexpr Migration kMigrations[] = {\n")
+foreach(file IN LISTS files)
+  cmake_path(GET file STEM name)
+  string(SUBSTRING ${name} 0 4 digits)
+  math(EXPR number "${digits}")
+  file(READ ${file} sql)
+  string(APPEND text "{${number}, \"${name}\", R\"sql(${sql})sql\"},\n")
+endforeach()
+string(APPEND text "};\n}\n\nstd::span<const Migration> migrations() { return kMigrations; }\n\n}\n")
+file(WRITE ${OUT} "${text}")
