@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 using namespace optionsmgr::firm;
 using testing_support::FirmServer;
 
-class FirmBadDays : public testing::Test {
+class FirmBadDaysTest : public testing::Test {
  protected:
   void SetUp() override {
     if (!FirmServer::available()) GTEST_SKIP() << "postgresql-15 is not installed";
@@ -57,7 +57,7 @@ class FirmBadDays : public testing::Test {
   std::string place_;
 };
 
-TEST_F(FirmBadDays, AServerThatIsDownKeepsTheFilesAndThatIsBackIsFollowed) {
+TEST_F(FirmBadDaysTest, AServerThatIsDownKeepsTheFilesAndThatIsBackIsFollowed) {
   Agent agent({}, -1);
   EXPECT_EQ(synced(agent), "2");
   const std::string before = current();
@@ -70,7 +70,7 @@ TEST_F(FirmBadDays, AServerThatIsDownKeepsTheFilesAndThatIsBackIsFollowed) {
   EXPECT_NE(current(), before);
 }
 
-TEST_F(FirmBadDays, AServerThatStandsStillIsGivenUp) {
+TEST_F(FirmBadDaysTest, AServerThatStandsStillIsGivenUp) {
   // The kernel still takes connections for it: only a clock of our own ends the wait.
   Agent agent({}, -1);
   EXPECT_EQ(synced(agent), "2");
@@ -87,13 +87,13 @@ TEST_F(FirmBadDays, AServerThatStandsStillIsGivenUp) {
   EXPECT_EQ(synced(agent), "2");
 }
 
-TEST_F(FirmBadDays, TheFirstHostThatAnswersIsTaken) {
+TEST_F(FirmBadDaysTest, TheFirstHostThatAnswersIsTaken) {
   setenv("PGHOST", ((home_.path() / "nowhere").string() + "," + server_->folder().string()).c_str(), 1);
   Agent agent({}, -1);
   EXPECT_EQ(synced(agent), "2");
 }
 
-TEST_F(FirmBadDays, ANetworkWithoutTlsIsRefusedUnlessItIsLoopbackAndSaidToBeFine) {
+TEST_F(FirmBadDaysTest, ANetworkWithoutTlsIsRefusedUnlessItIsLoopbackAndSaidToBeFine) {
   server_->stop();
   server_->listen();
   server_->start();
@@ -110,7 +110,7 @@ TEST_F(FirmBadDays, ANetworkWithoutTlsIsRefusedUnlessItIsLoopbackAndSaidToBeFine
   EXPECT_THROW(Connection(), DatabaseError);
 }
 
-TEST_F(FirmBadDays, YesterdaysBackupIsTakenOverOnlyWhenItIsSaidToBeOne) {
+TEST_F(FirmBadDaysTest, YesterdaysBackupIsTakenOverOnlyWhenItIsSaidToBeOne) {
   Agent agent({}, -1);
   const std::filesystem::path data = server_->folder() / "data";
   server_->stop();
@@ -132,7 +132,7 @@ TEST_F(FirmBadDays, YesterdaysBackupIsTakenOverOnlyWhenItIsSaidToBeOne) {
   EXPECT_NE(current(), before);
 }
 
-TEST_F(FirmBadDays, AnOlderHistoryIsRefused) {
+TEST_F(FirmBadDaysTest, AnOlderHistoryIsRefused) {
   Agent agent({}, -1);
   EXPECT_EQ(synced(agent), "2");
   initialize(*server_->connect("postgres", "postgres"), true);
@@ -142,7 +142,7 @@ TEST_F(FirmBadDays, AnOlderHistoryIsRefused) {
   EXPECT_EQ(synced(agent), say(Word::refusedHistory));
 }
 
-TEST_F(FirmBadDays, AnAgentTooOldForTheStoreKeepsItsFiles) {
+TEST_F(FirmBadDaysTest, AnAgentTooOldForTheStoreKeepsItsFiles) {
   Agent agent({}, -1);
   EXPECT_EQ(synced(agent), "2");
   const std::string before = current();

@@ -80,7 +80,7 @@ const Case kCases[] = {
 };
 // clang-format on
 
-TEST(FirmDesk, PlacesThenYearsThenLocks) {
+TEST(FirmDeskTest, PlacesThenYearsThenLocks) {
   for (const Case& row : kCases) {
     SCOPED_TRACE(row.name);
     const auto files =
@@ -90,7 +90,7 @@ TEST(FirmDesk, PlacesThenYearsThenLocks) {
   }
 }
 
-TEST(FirmDesk, AStarLocksEveryKeyThatThePlaceOrAFartherOneHas) {
+TEST(FirmDeskTest, AStarLocksEveryKeyThatThePlaceOrAFartherOneHas) {
   PlaceState firm = placeWith("firm", {"0:f"});
   Setting all;
   all.key = "*";
@@ -99,7 +99,7 @@ TEST(FirmDesk, AStarLocksEveryKeyThatThePlaceOrAFartherOneHas) {
   EXPECT_EQ(told(filesOf({placeWith("desk", {"0:d"}), firm}), "QorvaneT1Settings"), "f! firm");
 }
 
-TEST(FirmDesk, ProductsDoNotMix) {
+TEST(FirmDeskTest, ProductsDoNotMix) {
   PlaceState place = placeWith("firm", {"0:f"});
   place.settings[0].corporate = true;
   const auto files = filesOf({place});
@@ -107,13 +107,13 @@ TEST(FirmDesk, ProductsDoNotMix) {
   EXPECT_EQ(told(files, "QorvaneT2Settings"), "f firm");
 }
 
-TEST(FirmDesk, AValueThatCannotBeReadIsPassedOver) {
+TEST(FirmDeskTest, AValueThatCannotBeReadIsPassedOver) {
   PlaceState place = placeWith("firm", {"0:f"});
   place.settings[0].value = "\"half";
   EXPECT_EQ(told(filesOf({place}), "QorvaneT1Settings"), "-");
 }
 
-TEST(FirmJson, EveryKindComesBackWithKindAndBits) {
+TEST(FirmJsonTest, EveryKindComesBackWithKindAndBits) {
   const std::vector<Value> values = {Text("Qu\xc3\xa9"
                                           "bec \"1\""),
                                      Text(""),
@@ -138,7 +138,7 @@ TEST(FirmJson, EveryKindComesBackWithKindAndBits) {
     EXPECT_FALSE(valueOf(bad)) << bad;
 }
 
-TEST(FirmHistory, ADeskFollowsOneHistoryForward) {
+TEST(FirmHistoryTest, ADeskFollowsOneHistoryForward) {
   const History followed{.system = 1, .timeline = 2, .restored = 5, .number = 10};
   EXPECT_EQ(standingOf(followed, std::nullopt), Standing::Same);
   EXPECT_EQ(standingOf({1, 2, 5, 10}, followed), Standing::Same);
@@ -151,7 +151,7 @@ TEST(FirmHistory, ADeskFollowsOneHistoryForward) {
   EXPECT_EQ(standingOf({7, 1, 0, 1}, followed), Standing::TakenOver);  // Another server.
 }
 
-class FirmStates : public testing::Test {
+class FirmStatesTest : public testing::Test {
  protected:
   std::string folder() const { return (home_.path() / "state").string(); }
   std::string target() const { return fs::read_symlink(folder() + "/current"); }
@@ -168,7 +168,7 @@ class FirmStates : public testing::Test {
   testing_support::TestHome home_;
 };
 
-TEST_F(FirmStates, AStateIsAFolderOfItsOwnAndTheLinkMoves) {
+TEST_F(FirmStatesTest, AStateIsAFolderOfItsOwnAndTheLinkMoves) {
   States states(folder());
   EXPECT_FALSE(states.followed());
   states.publish(files("one"), {1, 1, 0, 4});
@@ -183,7 +183,7 @@ TEST_F(FirmStates, AStateIsAFolderOfItsOwnAndTheLinkMoves) {
   EXPECT_TRUE(fs::exists(folder() + "/states/1/QorvaneT1Settings.plist"));
 }
 
-TEST_F(FirmStates, WhatIsThereAlreadyIsNotWrittenAgain) {
+TEST_F(FirmStatesTest, WhatIsThereAlreadyIsNotWrittenAgain) {
   States states(folder());
   states.publish(files("one"), {1, 1, 0, 4});
   states.publish(files("one"), {1, 1, 0, 5});
@@ -194,7 +194,7 @@ TEST_F(FirmStates, WhatIsThereAlreadyIsNotWrittenAgain) {
   EXPECT_EQ(states.followed()->timeline, 2);
 }
 
-TEST_F(FirmStates, OldStatesGo) {
+TEST_F(FirmStatesTest, OldStatesGo) {
   States states(folder());
   for (int i = 1; i <= 6; ++i) states.publish(files(std::to_string(i)), {1, 1, 0, i});
   std::size_t left = 0;
@@ -203,7 +203,7 @@ TEST_F(FirmStates, OldStatesGo) {
   EXPECT_EQ(current(), "6");
 }
 
-TEST_F(FirmStates, AStateThatCannotBeWrittenLeavesTheOneBefore) {
+TEST_F(FirmStatesTest, AStateThatCannotBeWrittenLeavesTheOneBefore) {
   States states(folder());
   states.publish(files("one"), {1, 1, 0, 4});
   // In the way of the next link: a folder that no link can replace.
@@ -217,7 +217,7 @@ TEST_F(FirmStates, AStateThatCannotBeWrittenLeavesTheOneBefore) {
   EXPECT_EQ(current(), "two");
 }
 
-TEST_F(FirmStates, AFolderHasOneAgent) {
+TEST_F(FirmStatesTest, AFolderHasOneAgent) {
   States states(folder());
   try {
     const States second(folder());

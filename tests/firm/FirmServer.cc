@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -104,7 +105,7 @@ void FirmServer::start() {
 
 void FirmServer::stop() {
   if (process_ < 0) return;
-  kill(-process_, SIGCONT);
+  signal(SIGCONT);
   kill(process_, SIGINT);
   ended(process_);
   process_ = -1;
@@ -124,7 +125,13 @@ void FirmServer::listen() {
   port_ = ntohs(address.sin_port);
 }
 
-void FirmServer::signal(int number) { kill(-process_, number); }
+void FirmServer::signal(int number) {
+  kill(process_, number);
+  // Each of them makes a group of its own.
+  const std::string own = std::to_string(process_);
+  std::istringstream children(readFile("/proc/" + own + "/task/" + own + "/children"));
+  for (pid_t child = 0; children >> child;) kill(child, number);
+}
 
 std::string FirmServer::log() const { return readFile(folder_ / "log"); }
 

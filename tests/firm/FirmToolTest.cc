@@ -30,7 +30,7 @@ using testing_support::readFile;
 using testing_support::sharedServer;
 using testing_support::ToolResult;
 
-class FirmTool : public FirmWorld {
+class FirmToolTest : public FirmWorld {
  protected:
   void SetUp() override {
     FirmWorld::SetUp();
@@ -92,7 +92,7 @@ class FirmTool : public FirmWorld {
   fs::path log_;
 };
 
-TEST_F(FirmTool, AnAdministratorSetsAndReadsBack) {
+TEST_F(FirmToolTest, AnAdministratorSetsAndReadsBack) {
   done("boss", {"set", "--place", "Laval", "preparerCity", "Laval", "autoSaveAfter", "7", "-m", "spring"});
   EXPECT_EQ(done("boss", {"get", "--place", "Laval", "preparerCity"}).out, "Laval\n");
   EXPECT_EQ(done("boss", {"get", "--place", "Firm/Laval", "autoSaveAfter"}).out, "7\n");
@@ -106,7 +106,7 @@ TEST_F(FirmTool, AnAdministratorSetsAndReadsBack) {
   EXPECT_EQ(as("boss", {"get", "--place", "Laval", "preparerCity"}).exit, 1);
 }
 
-TEST_F(FirmTool, StoredFormsAreTheOptionsOwn) {
+TEST_F(FirmToolTest, StoredFormsAreTheOptionsOwn) {
   // A flag that is kept as YES, one that is kept as 1, and a choice by its label.
   done("boss",
        {"set", "--place", "Laval", "zsupress", "yes", "bDisclaimer", "on", "preparerProvince", "Quebec"});
@@ -122,7 +122,7 @@ TEST_F(FirmTool, StoredFormsAreTheOptionsOwn) {
   EXPECT_EQ(as("boss", {"set", "--place", "Laval", "noSuchOption", "1"}).exit, 1);
 }
 
-TEST_F(FirmTool, WhatOneMayNotIsTold) {
+TEST_F(FirmToolTest, WhatOneMayNotIsTold) {
   EXPECT_EQ(as("one", {"set", "--place", "Laval", "preparerCity", "Laval"}).exit, 77);
   EXPECT_EQ(as("boss", {"set", "--place", "Alma", "preparerCity", "Laval"}).exit, 1);  // Not in sight.
   const ToolResult secret = as("boss", {"set", "--place", "Laval", "preparerPassword", "hush-hush"});
@@ -135,14 +135,14 @@ TEST_F(FirmTool, WhatOneMayNotIsTold) {
   EXPECT_EQ(as("boss", {"no-such-verb"}).exit, 2);
 }
 
-TEST_F(FirmTool, EveryMessageIsSpokenInFrenchToo) {
+TEST_F(FirmToolTest, EveryMessageIsSpokenInFrenchToo) {
   const ToolResult result =
       as("boss", {"--lang", "fr", "set", "--place", "Nulle part", "preparerCity", "Laval"});
   EXPECT_EQ(result.exit, 1);
   EXPECT_NE(result.err.find("il n'y a pas de lieu « Nulle part »"), std::string::npos) << result.err;
 }
 
-TEST_F(FirmTool, AnUndoneChangeReadsAsBeforeAndNotOverALaterOne) {
+TEST_F(FirmToolTest, AnUndoneChangeReadsAsBeforeAndNotOverALaterOne) {
   done("boss", {"set", "--place", "Laval", "preparerCity", "Laval"});
   done("boss", {"set", "--place", "Laval", "preparerCity", "Alma", "preparerFirmName", "F"});
   done("boss", {"undo", "--place", "Laval"});
@@ -155,7 +155,7 @@ TEST_F(FirmTool, AnUndoneChangeReadsAsBeforeAndNotOverALaterOne) {
   EXPECT_EQ(as("boss", {"get", "--place", "Laval", "preparerCity"}).exit, 1);
 }
 
-TEST_F(FirmTool, PlacesAndGrantsByName) {
+TEST_F(FirmToolTest, PlacesAndGrantsByName) {
   done("postgres", {"place", "add", "Team", "--under", "Alma", "--kind", "team"});
   done("postgres", {"place", "move", "Firm/Alma/Desk", "--under", "Team"});
   EXPECT_NE(done("two", {"place", "list"}).out.find("Firm/Alma/Team/Desk"), std::string::npos);
@@ -168,7 +168,7 @@ TEST_F(FirmTool, PlacesAndGrantsByName) {
   done("two", {"set", "--place", "Team", "preparerCity", "Alma"});
 }
 
-TEST_F(FirmTool, ADeskFetchesItsChainOnce) {
+TEST_F(FirmToolTest, ADeskFetchesItsChainOnce) {
   done("postgres", {"set", "--place", "Firm", "preparerCity", "Everywhere"});
   done("boss", {"set", "--place", "Laval", "--year", "2024", "preparerCity", "Laval"});
   done("one", {"sync"});
@@ -179,7 +179,7 @@ TEST_F(FirmTool, ADeskFetchesItsChainOnce) {
   EXPECT_EQ(fs::read_symlink(states() / "current"), before) << "it was written again";
 }
 
-TEST_F(FirmTool, ALoginWithoutAPlaceIsRefusedAndTheFilesStay) {
+TEST_F(FirmToolTest, ALoginWithoutAPlaceIsRefusedAndTheFilesStay) {
   done("boss", {"set", "--place", "Laval", "preparerCity", "Laval"});
   done("one", {"sync"});
   done("postgres", {"revoke", role("one"), "--place", "Laval/Desk"});
@@ -189,7 +189,7 @@ TEST_F(FirmTool, ALoginWithoutAPlaceIsRefusedAndTheFilesStay) {
   EXPECT_EQ(atDesk("QorvaneT1Settings", "PCity"), "Laval");
 }
 
-TEST_F(FirmTool, ServersThatAreNotThereAreTold) {
+TEST_F(FirmToolTest, ServersThatAreNotThereAreTold) {
   sharedServer().choose(role("one"), database());
   setenv("PGHOST", (home_.path() / "nowhere").c_str(), 1);
   const ToolResult result = optionsmgr({"sync"});
@@ -197,7 +197,7 @@ TEST_F(FirmTool, ServersThatAreNotThereAreTold) {
   EXPECT_NE(result.err.find("cannot be reached"), std::string::npos) << result.err;
 }
 
-TEST_F(FirmTool, AnAgentHearsOfAChangeAndEndsCleanly) {
+TEST_F(FirmToolTest, AnAgentHearsOfAChangeAndEndsCleanly) {
   startAgent("one", "3600");
   await([&] { return fs::exists(states() / "current"); });
   done("boss", {"set", "--place", "Laval", "preparerCity", "Laval"});
@@ -217,7 +217,7 @@ TEST_F(FirmTool, AnAgentHearsOfAChangeAndEndsCleanly) {
   EXPECT_NE(done("one", {"status"}).out.find("none runs here"), std::string::npos);
 }
 
-TEST_F(FirmTool, AnAgentGoesOnWhenItsConnectionsAreCut) {
+TEST_F(FirmToolTest, AnAgentGoesOnWhenItsConnectionsAreCut) {
   startAgent("one", "0.2");
   await([&] { return fs::exists(states() / "current"); });
   owner_->ask("SELECT pg_terminate_backend(a.pid) FROM pg_stat_activity a WHERE a.usename = $1",
@@ -228,7 +228,7 @@ TEST_F(FirmTool, AnAgentGoesOnWhenItsConnectionsAreCut) {
   EXPECT_EQ(stopAgent(), 0);
 }
 
-TEST_F(FirmTool, TheMachinesConfigurationNamesFolderAndPlace) {
+TEST_F(FirmToolTest, TheMachinesConfigurationNamesFolderAndPlace) {
   const auto plist = qorvane::writePropertyList(
       qorvane::Dictionary{{"Folder", qorvane::Text((home_.path() / "kept").string())}},
       qorvane::PropertyListFormat::Xml);

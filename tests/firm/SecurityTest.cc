@@ -16,7 +16,7 @@ using testing_support::sharedServer;
 constexpr const char* kDenied = "42501";      // Not permitted by the database.
 constexpr const char* kNotAllowed = "OM077";  // Not permitted by the store.
 
-class FirmSecurity : public FirmWorld {
+class FirmSecurityTest : public FirmWorld {
  protected:
   void SetUp() override {
     FirmWorld::SetUp();
@@ -32,7 +32,7 @@ class FirmSecurity : public FirmWorld {
   }
 };
 
-TEST_F(FirmSecurity, ADeskSeesItsChainAndNothingBesideIt) {
+TEST_F(FirmSecurityTest, ADeskSeesItsChainAndNothingBesideIt) {
   const auto one = as("one");
   EXPECT_EQ(count(*one, "settings"), "2");
   EXPECT_EQ(count(*one, "settings WHERE place = " + place("Firm/Alma")), "0");
@@ -47,7 +47,7 @@ TEST_F(FirmSecurity, ADeskSeesItsChainAndNothingBesideIt) {
             "place");
 }
 
-TEST_F(FirmSecurity, AnAdministratorSeesAboveAndBelowButNotBeside) {
+TEST_F(FirmSecurityTest, AnAdministratorSeesAboveAndBelowButNotBeside) {
   const auto boss = as("boss");
   EXPECT_EQ(count(*boss, "places"), "3");
   EXPECT_EQ(count(*boss, "settings"), "2");
@@ -56,7 +56,7 @@ TEST_F(FirmSecurity, AnAdministratorSeesAboveAndBelowButNotBeside) {
   EXPECT_EQ(writeRefusal(*boss, place("Firm/Alma"), "City", "\"mine\""), kNotAllowed);
 }
 
-TEST_F(FirmSecurity, ALoginWithoutAGrantIsRefusedAndNotAnsweredWithNothing) {
+TEST_F(FirmSecurityTest, ALoginWithoutAGrantIsRefusedAndNotAnsweredWithNothing) {
   const auto stranger = as("stranger");
   const auto rows = stranger->ask("SELECT refused FROM optionsmgr.state(NULL, '{}')");
   ASSERT_EQ(rows.size(), 1U);
@@ -64,7 +64,7 @@ TEST_F(FirmSecurity, ALoginWithoutAGrantIsRefusedAndNotAnsweredWithNothing) {
   EXPECT_EQ(count(*stranger, "settings"), "0");
 }
 
-TEST_F(FirmSecurity, ADeskWritesNothing) {
+TEST_F(FirmSecurityTest, ADeskWritesNothing) {
   const auto one = as("one");
   EXPECT_EQ(writeRefusal(*one, place("Firm/Laval/Desk"), "City", "\"mine\""), kNotAllowed);
   EXPECT_EQ(writeRefusal(*one, place("Firm"), "City", "\"mine\""), kNotAllowed);
@@ -86,7 +86,7 @@ TEST_F(FirmSecurity, ADeskWritesNothing) {
             kNotAllowed);
 }
 
-TEST_F(FirmSecurity, NobodyForgesHistory) {
+TEST_F(FirmSecurityTest, NobodyForgesHistory) {
   for (const char* const login : {"one", "boss"}) {
     const auto connection = as(login);
     EXPECT_EQ(refusal(*connection, "UPDATE optionsmgr.changes SET who = 'two'"), kDenied);
@@ -111,7 +111,7 @@ TEST_F(FirmSecurity, NobodyForgesHistory) {
       kDenied);
 }
 
-TEST_F(FirmSecurity, ARoleTakenOnSinceLoginOpensNothing) {
+TEST_F(FirmSecurityTest, ARoleTakenOnSinceLoginOpensNothing) {
   // Somebody made the desk a member of an administrator's role, as one inherits rights elsewhere.
   owner_->run("GRANT " + role("boss") + " TO " + role("one"), std::chrono::seconds(10));
   const auto one = as("one");
@@ -121,7 +121,7 @@ TEST_F(FirmSecurity, ARoleTakenOnSinceLoginOpensNothing) {
   EXPECT_EQ(writeRefusal(*one, place("Firm/Laval"), "City", "\"mine\""), kNotAllowed);
 }
 
-TEST_F(FirmSecurity, ARoleThatIsMadeAgainInheritsNothingOfItsName) {
+TEST_F(FirmSecurityTest, ARoleThatIsMadeAgainInheritsNothingOfItsName) {
   owner_->run("DROP ROLE " + role("one"), std::chrono::seconds(10));
   owner_->run("CREATE ROLE " + role("one") + " LOGIN IN ROLE optionsmgr_desk", std::chrono::seconds(10));
   const auto one = as("one");
@@ -129,12 +129,12 @@ TEST_F(FirmSecurity, ARoleThatIsMadeAgainInheritsNothingOfItsName) {
   EXPECT_EQ(one->ask("SELECT refused FROM optionsmgr.state(NULL, '{}')").text(0, 0), "grant");
 }
 
-TEST_F(FirmSecurity, ARoleThatIsCalledOtherwiseKeepsItsPlace) {
+TEST_F(FirmSecurityTest, ARoleThatIsCalledOtherwiseKeepsItsPlace) {
   owner_->run("ALTER ROLE " + role("one") + " RENAME TO " + role("first"), std::chrono::seconds(10));
   EXPECT_EQ(count(*as("first"), "settings"), "2");
 }
 
-TEST_F(FirmSecurity, NoTemporaryTableStandsInForOneOfOurs) {
+TEST_F(FirmSecurityTest, NoTemporaryTableStandsInForOneOfOurs) {
   const auto one = as("one");
   EXPECT_EQ(refusal(*one, "CREATE TEMPORARY TABLE sight (role oid, place bigint, admin boolean)"), kDenied);
   EXPECT_EQ(refusal(*one, "CREATE TABLE public.sight (role oid, place bigint, admin boolean)"), kDenied);
@@ -154,7 +154,7 @@ TEST_F(FirmSecurity, NoTemporaryTableStandsInForOneOfOurs) {
   EXPECT_EQ(count(*again, "settings"), "2");
 }
 
-TEST_F(FirmSecurity, LargeObjectsAreClosed) {
+TEST_F(FirmSecurityTest, LargeObjectsAreClosed) {
   const auto one = as("one");
   for (const char* const call :
        {"SELECT lo_create(0)", "SELECT lo_creat(-1)", "SELECT lo_from_bytea(0, 'x')", "SELECT lo_get(1)",
@@ -164,7 +164,7 @@ TEST_F(FirmSecurity, LargeObjectsAreClosed) {
     EXPECT_EQ(refusal(*one, call), kDenied) << call;
 }
 
-TEST_F(FirmSecurity, AnOddFunctionInAPredicateSeesNoHiddenRow) {
+TEST_F(FirmSecurityTest, AnOddFunctionInAPredicateSeesNoHiddenRow) {
   // The planner may not hand hidden rows to a function that would tell of them, by its complaint for
   // instance.
   const auto one = as("one");
@@ -177,7 +177,7 @@ TEST_F(FirmSecurity, AnOddFunctionInAPredicateSeesNoHiddenRow) {
             "");
 }
 
-TEST_F(FirmSecurity, SecretsAreRefusedAndNeitherMessageNorLogTellsThem) {
+TEST_F(FirmSecurityTest, SecretsAreRefusedAndNeitherMessageNorLogTellsThem) {
   EXPECT_EQ(writeRefusal(*owner_, place("Firm"), "PreparerPassword", "\"hush-hush\""), "23514");
   // The same for what the store does not take by its form or its size.
   EXPECT_EQ(writeRefusal(*owner_, place("Firm"), "City", "hush-hush"), "23514");
@@ -190,7 +190,7 @@ TEST_F(FirmSecurity, SecretsAreRefusedAndNeitherMessageNorLogTellsThem) {
 }
 
 // What holds for every object, so that one that is added later cannot be forgotten.
-TEST_F(FirmSecurity, EveryFunctionIsClosedAndEveryTableIsUnderRowSecurity) {
+TEST_F(FirmSecurityTest, EveryFunctionIsClosedAndEveryTableIsUnderRowSecurity) {
   const auto told = [&](const char* sql) {
     std::string all;
     const auto rows = owner_->ask(sql);
@@ -226,7 +226,7 @@ TEST_F(FirmSecurity, EveryFunctionIsClosedAndEveryTableIsUnderRowSecurity) {
       "");
 }
 
-TEST_F(FirmSecurity, ACopyThatStandsInAnotherClusterShowsNothingBeforeItIsTakenOver) {
+TEST_F(FirmSecurityTest, ACopyThatStandsInAnotherClusterShowsNothingBeforeItIsTakenOver) {
   owner_->run("UPDATE optionsmgr.firm SET system = system + 1", std::chrono::seconds(10));
   EXPECT_EQ(count(*as("one"), "settings"), "0");
   EXPECT_EQ(writeRefusal(*as("boss"), place("Firm/Laval"), "City", "\"mine\""), kNotAllowed);

@@ -20,7 +20,7 @@ using testing_support::FirmWorld;
 using testing_support::refusal;
 using testing_support::sharedServer;
 
-class FirmWriting : public FirmWorld {
+class FirmWritingTest : public FirmWorld {
  protected:
   std::string token(const std::string& path) {
     return owner_->ask("SELECT p.token FROM optionsmgr.places p WHERE p.id = $1::bigint", {place(path)})
@@ -40,7 +40,7 @@ class FirmWriting : public FirmWorld {
   }
 };
 
-TEST_F(FirmWriting, AChangeRenewsItsPlacesTokenAloneAndHasItsHistory) {
+TEST_F(FirmWritingTest, AChangeRenewsItsPlacesTokenAloneAndHasItsHistory) {
   const std::string laval = token("Firm/Laval");
   const std::string alma = token("Firm/Alma");
   const std::string before = number();
@@ -58,7 +58,7 @@ TEST_F(FirmWriting, AChangeRenewsItsPlacesTokenAloneAndHasItsHistory) {
   EXPECT_EQ(row.at(0, 3), done.number);
 }
 
-TEST_F(FirmWriting, AWriteThatChangesNothingTakesNoNumber) {
+TEST_F(FirmWritingTest, AWriteThatChangesNothingTakesNoNumber) {
   write(*owner_, place("Firm"), "City", "\"Alma\"");
   const std::string before = number();
   const std::string old = token("Firm");
@@ -70,7 +70,7 @@ TEST_F(FirmWriting, AWriteThatChangesNothingTakesNoNumber) {
   EXPECT_EQ(token("Firm"), old);
 }
 
-TEST_F(FirmWriting, ValuesAreKeptAsTheExactText) {
+TEST_F(FirmWritingTest, ValuesAreKeptAsTheExactText) {
   for (const char* const value : {"\"1.10\"", "\"\\u00e9\"", "\"  two  \"", "\"\"",
                                   "\"Qu\xc3\xa9"
                                   "bec\""}) {
@@ -80,7 +80,7 @@ TEST_F(FirmWriting, ValuesAreKeptAsTheExactText) {
   }
 }
 
-TEST_F(FirmWriting, ALockOutlivesItsValueAndGoesByItself) {
+TEST_F(FirmWritingTest, ALockOutlivesItsValueAndGoesByItself) {
   write(*owner_, place("Firm"), "City", "\"Alma\"", "true");
   EXPECT_EQ(write(*owner_, place("Firm"), "City", std::nullopt).changed, 1);
   const auto row = owner_->ask("SELECT s.value, s.locked FROM optionsmgr.settings s WHERE s.key = 'City'");
@@ -91,7 +91,7 @@ TEST_F(FirmWriting, ALockOutlivesItsValueAndGoesByItself) {
   EXPECT_EQ(owner_->ask("SELECT FROM optionsmgr.settings").size(), 0U);
 }
 
-TEST_F(FirmWriting, AnEntryThatChangedSinceIsNotOverwrittenWhereOneAsksForIt) {
+TEST_F(FirmWritingTest, AnEntryThatChangedSinceIsNotOverwrittenWhereOneAsksForIt) {
   const std::string none = "00000000-0000-0000-0000-000000000000";
   EXPECT_EQ(writeRefusal(*owner_, place("Firm"), "City", "\"one\"", none), "");
   const std::string seen = settingToken("Firm", "City");
@@ -101,7 +101,7 @@ TEST_F(FirmWriting, AnEntryThatChangedSinceIsNotOverwrittenWhereOneAsksForIt) {
   EXPECT_EQ(writeRefusal(*owner_, place("Firm"), "City", "\"four\"", settingToken("Firm", "City")), "");
 }
 
-TEST_F(FirmWriting, ABatchIsOneNumberOrNothing) {
+TEST_F(FirmWritingTest, ABatchIsOneNumberOrNothing) {
   const std::string before = number();
   constexpr const char* batch =
       "SELECT w.number, w.changed FROM optionsmgr.write($1::uuid, 'import', $2::bigint[], $3::text[], "
@@ -149,7 +149,7 @@ TEST_F(FirmWriting, ABatchIsOneNumberOrNothing) {
   EXPECT_EQ(refusal(*owner_, batch, twice), "OM065");
 }
 
-TEST_F(FirmWriting, AdministratorsAtOnceAllStand) {
+TEST_F(FirmWritingTest, AdministratorsAtOnceAllStand) {
   constexpr int kWriters = 6;
   constexpr int kEach = 25;
   std::vector<std::unique_ptr<Connection>> connections;
@@ -197,7 +197,7 @@ TEST_F(FirmWriting, AdministratorsAtOnceAllStand) {
             0U);
 }
 
-TEST_F(FirmWriting, APlaceThatMovesTakesItsDeskAlongAndRenewsEveryTokenBelow) {
+TEST_F(FirmWritingTest, APlaceThatMovesTakesItsDeskAlongAndRenewsEveryTokenBelow) {
   write(*owner_, place("Firm/Laval"), "City", "\"Laval\"");
   write(*owner_, place("Firm/Alma"), "City", "\"Alma\"");
   const std::string desk = token("Firm/Laval/Desk");
@@ -217,7 +217,7 @@ TEST_F(FirmWriting, APlaceThatMovesTakesItsDeskAlongAndRenewsEveryTokenBelow) {
   EXPECT_EQ(write(*as("boss"), place("Firm/Laval/Desk"), "City", "\"mine\"").changed, 1);
 }
 
-TEST_F(FirmWriting, TheClosureIsWhatTreeAndGrantsSayAfterManyMoves) {
+TEST_F(FirmWritingTest, TheClosureIsWhatTreeAndGrantsSayAfterManyMoves) {
   std::vector<std::string> paths = {"Firm", "Firm/Laval", "Firm/Alma", "Firm/Laval/Desk", "Firm/Alma/Desk"};
   for (int i = 0; i < 12; ++i) {
     const std::string path = paths[static_cast<std::size_t>(i) % paths.size()] + "/P" + std::to_string(i);
@@ -247,7 +247,7 @@ TEST_F(FirmWriting, TheClosureIsWhatTreeAndGrantsSayAfterManyMoves) {
             0U);
 }
 
-TEST_F(FirmWriting, NoCircleAndNothingDeeperThanEight) {
+TEST_F(FirmWritingTest, NoCircleAndNothingDeeperThanEight) {
   EXPECT_EQ(moveRefusal(*owner_, "Firm/Laval", "Firm/Laval/Desk"), "OM066");
   EXPECT_EQ(moveRefusal(*owner_, "Firm/Laval", "Firm/Laval"), "OM066");
   EXPECT_EQ(moveRefusal(*owner_, "Firm", "Firm/Laval"), "OM077");
@@ -263,7 +263,7 @@ TEST_F(FirmWriting, NoCircleAndNothingDeeperThanEight) {
   EXPECT_EQ(moveRefusal(*owner_, "Firm/Alma", "Firm/Laval"), "");
 }
 
-TEST_F(FirmWriting, TwoMovesAtOnceMakeNoCircle) {
+TEST_F(FirmWritingTest, TwoMovesAtOnceMakeNoCircle) {
   for (int round = 0; round < 10; ++round) {
     const auto first = as("postgres");
     const auto second = as("postgres");
@@ -279,7 +279,7 @@ TEST_F(FirmWriting, TwoMovesAtOnceMakeNoCircle) {
   }
 }
 
-TEST_F(FirmWriting, ARemovedPlaceLeavesItsHistoryAndItsName) {
+TEST_F(FirmWritingTest, ARemovedPlaceLeavesItsHistoryAndItsName) {
   write(*owner_, place("Firm/Laval/Desk"), "City", "\"Laval\"");
   constexpr const char* remove = "SELECT optionsmgr.remove_place(gen_random_uuid(), NULL, $1::bigint)";
   EXPECT_EQ(refusal(*owner_, remove, {place("Firm/Laval")}), "OM078");
@@ -291,7 +291,7 @@ TEST_F(FirmWriting, ARemovedPlaceLeavesItsHistoryAndItsName) {
   EXPECT_EQ(owner_->ask("SELECT FROM optionsmgr.tree t WHERE t.path = 'Firm/Laval/Desk'").size(), 1U);
 }
 
-TEST_F(FirmWriting, ARevokedGrantCountsAtOnce) {
+TEST_F(FirmWritingTest, ARevokedGrantCountsAtOnce) {
   const auto boss = as("boss");
   owner_->ask("SELECT optionsmgr.revoke_place(gen_random_uuid(), NULL, $1, $2::bigint)",
               {role("boss"), place("Firm/Laval")});
@@ -302,7 +302,7 @@ TEST_F(FirmWriting, ARevokedGrantCountsAtOnce) {
             "OM001");
 }
 
-TEST_F(FirmWriting, AGrantGoesByTheNameThatItsRoleHas) {
+TEST_F(FirmWritingTest, AGrantGoesByTheNameThatItsRoleHas) {
   constexpr const char* revoke = "SELECT optionsmgr.revoke_place(gen_random_uuid(), NULL, $1, $2::bigint)";
   owner_->run("ALTER ROLE " + role("one") + " RENAME TO " + role("first"), 10s);
   optionsmgr::firm::initialize(*owner_, false);
@@ -314,7 +314,7 @@ TEST_F(FirmWriting, AGrantGoesByTheNameThatItsRoleHas) {
   EXPECT_EQ(refusal(*owner_, revoke, {role("two"), place("Firm/Alma/Desk")}), "");
 }
 
-TEST_F(FirmWriting, ASuccessorOfTheSameNameStartsWithNothingInARestoredCopyToo) {
+TEST_F(FirmWritingTest, ASuccessorOfTheSameNameStartsWithNothingInARestoredCopyToo) {
   owner_->run("DROP ROLE " + role("one"), 10s);
   owner_->run("CREATE ROLE " + role("one") + " LOGIN", 10s);
   owner_->ask("SELECT optionsmgr.grant_place(gen_random_uuid(), NULL, $1, $2::bigint, false)",
@@ -324,13 +324,13 @@ TEST_F(FirmWriting, ASuccessorOfTheSameNameStartsWithNothingInARestoredCopyToo) 
   EXPECT_EQ(as("one")->ask("SELECT FROM optionsmgr.places p WHERE p.name = 'Alma'").size(), 1U);
 }
 
-TEST_F(FirmWriting, ALoginIsTheDeskOfOnePlaceOnly) {
+TEST_F(FirmWritingTest, ALoginIsTheDeskOfOnePlaceOnly) {
   EXPECT_EQ(refusal(*owner_, "SELECT optionsmgr.grant_place(gen_random_uuid(), NULL, $1, $2::bigint, false)",
                     {role("one"), place("Firm/Alma/Desk")}),
             "OM079");
 }
 
-TEST_F(FirmWriting, AnIdleAdministratorHoldsUpOnlyThoseWhoWait) {
+TEST_F(FirmWritingTest, AnIdleAdministratorHoldsUpOnlyThoseWhoWait) {
   const auto idle = as("boss");
   idle->run("BEGIN", 10s);
   write(*idle, place("Firm/Laval"), "City", "\"Laval\"");
@@ -341,7 +341,7 @@ TEST_F(FirmWriting, AnIdleAdministratorHoldsUpOnlyThoseWhoWait) {
   EXPECT_EQ(write(*owner_, place("Firm/Laval"), "City", "\"mine\"").changed, 1);
 }
 
-TEST_F(FirmWriting, StateIsSentOnlyWhereATokenIsNotKnown) {
+TEST_F(FirmWritingTest, StateIsSentOnlyWhereATokenIsNotKnown) {
   write(*owner_, place("Firm"), "Everywhere", "\"all\"");
   write(*owner_, place("Firm/Laval"), "City", "\"Laval\"", "true");
   const auto one = as("one");
@@ -360,7 +360,7 @@ TEST_F(FirmWriting, StateIsSentOnlyWhereATokenIsNotKnown) {
   EXPECT_EQ(keys({token("Firm/Laval"), token("Firm/Laval/Desk")}), "Everywhere ");
 }
 
-TEST_F(FirmWriting, PruningKeepsWhatTellsOfValuesThatStand) {
+TEST_F(FirmWritingTest, PruningKeepsWhatTellsOfValuesThatStand) {
   write(*owner_, place("Firm"), "City", "\"one\"");
   write(*owner_, place("Firm"), "City", "\"two\"");
   write(*owner_, place("Firm"), "Gone", "\"x\"");
@@ -371,7 +371,7 @@ TEST_F(FirmWriting, PruningKeepsWhatTellsOfValuesThatStand) {
   EXPECT_EQ(left.text(0, 0), "\"two\"");
 }
 
-TEST_F(FirmWriting, InitMayRunAgainAndSeveralAtOnceAndWhileADeskReads) {
+TEST_F(FirmWritingTest, InitMayRunAgainAndSeveralAtOnceAndWhileADeskReads) {
   const auto one = as("one");
   std::vector<std::unique_ptr<Connection>> connections;
   for (int i = 0; i < 3; ++i) connections.push_back(as("postgres"));
@@ -392,7 +392,7 @@ TEST_F(FirmWriting, InitMayRunAgainAndSeveralAtOnceAndWhileADeskReads) {
             optionsmgr::firm::migrations().size() - 1);
 }
 
-TEST_F(FirmWriting, SeveralMayMakeOneStoreAtOnce) {
+TEST_F(FirmWritingTest, SeveralMayMakeOneStoreAtOnce) {
   const std::string fresh = database() + "_fresh";
   owner_->run("CREATE DATABASE " + fresh, 60s);
   std::vector<std::unique_ptr<Connection>> connections;
@@ -411,7 +411,7 @@ TEST_F(FirmWriting, SeveralMayMakeOneStoreAtOnce) {
   EXPECT_EQ(failures, std::vector<std::string>(connections.size()));
 }
 
-TEST_F(FirmWriting, ARoleThatIsNoSuperuserMakesItToo) {
+TEST_F(FirmWritingTest, ARoleThatIsNoSuperuserMakesItToo) {
   // As at a hosting company: one may make roles and owns the database, and no more.
   const std::string fresh = database() + "_rented";
   owner_->run("CREATE ROLE " + role("renter") + " LOGIN CREATEROLE", 10s);
@@ -426,7 +426,7 @@ TEST_F(FirmWriting, ARoleThatIsNoSuperuserMakesItToo) {
   EXPECT_EQ(one->ask("SELECT FROM optionsmgr.places").size(), 0U);
 }
 
-TEST_F(FirmWriting, ARestoredStoreLooksItsRolesUpAnew) {
+TEST_F(FirmWritingTest, ARestoredStoreLooksItsRolesUpAnew) {
   write(*owner_, place("Firm/Laval"), "City", "\"Laval\"");
   // As in another cluster: the numbers of two roles are exchanged, and the cluster is not the one it was.
   const std::string old = token("Firm");
