@@ -6,10 +6,12 @@
 #include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
+#include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -40,10 +42,16 @@ int fileWith(const std::string& input) {
   return file;
 }
 
-bool changesTheDisk(const __ptrace_syscall_info& call) {
+SystemCall kindOf(const __ptrace_syscall_info& call) {
   switch (call.entry.nr) {
     case SYS_openat:
-      return (call.entry.args[2] & O_CREAT) != 0;
+      return (call.entry.args[2] & O_CREAT) != 0 ? SystemCall::ChangesTheDisk : SystemCall::OpensOrReads;
+    case SYS_read:
+    case SYS_pread64:
+      return SystemCall::OpensOrReads;
+    case SYS_mmap:
+    case SYS_brk:
+      return SystemCall::TakesMemory;
     case SYS_write:
     case SYS_fsync:
     case SYS_fchmod:
@@ -58,22 +66,65 @@ bool changesTheDisk(const __ptrace_syscall_info& call) {
     case SYS_mkdir:
     case SYS_rmdir:
 #endif
-      return true;
+      return SystemCall::ChangesTheDisk;
     default:
-      return false;
+      return SystemCall::Other;
   }
+}
+
+#if defined(__x86_64__)
+void setRegister(pid_t process, std::size_t offset, std::uint64_t value) {
+  ptrace(PTRACE_POKEUSER, process, offset, value);
+}
+constexpr std::size_t kNumber = offsetof(user_regs_struct, orig_rax);
+constexpr std::size_t kArgument = offsetof(user_regs_struct, rdi);
+constexpr std::size_t kAnswer = offsetof(user_regs_struct, rax);
+#else
+[[noreturn]] void setRegister(pid_t, std::size_t, std::uint64_t) {
+  throw std::runtime_error("nobody has said how the calls of this processor are made to fail");
+}
+constexpr std::size_t kNumber = 0, kArgument = 0, kAnswer = 0;
+#endif
+
+// Makes the call that the process is about to make fail. The kernel refuses more memory to `brk` by answering
+// where it ends already, which is what the call says when it asks for none.
+void failCall(pid_t process, std::uint64_t number) {
+  if (number == SYS_brk)
+    setRegister(process, kArgument, 0);
+  else
+    setRegister(process, kNumber, static_cast<std::uint64_t>(-1));  // That of no call.
+}
+
+// Answers it as the kernel would have.
+void answerFailed(pid_t process, std::uint64_t number, std::uint64_t argument, int error) {
+  if (number == SYS_brk)
+    setRegister(process, kArgument, argument);
+  else
+    setRegister(process, kAnswer, static_cast<std::uint64_t>(-error));
+}
+
+// Everything in the file of that descriptor, which is closed.
+std::string contentOf(int file) {
+  std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
+  if (pread(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
+    throw std::runtime_error("no output");
+  close(file);
+  return text;
 }
 
 }  // namespace
 
-bool optionsmgrKilledBefore(int call, const std::vector<std::string>& arguments) {
+ToolResult optionsmgrTraced(const std::vector<std::string>& arguments, const Fate& fate) {
   std::vector<char*> words{const_cast<char*>(TOOL_PATH)};
   for (const std::string& word : arguments) words.push_back(const_cast<char*>(word.c_str()));
   words.push_back(nullptr);
+  const int out = memfd_create("out", MFD_CLOEXEC);
+  const int err = memfd_create("err", MFD_CLOEXEC);
   const pid_t child = fork();
   if (child == 0) {
-    const int nowhere = open("/dev/null", O_RDWR);
-    for (int descriptor = 0; descriptor < 3; ++descriptor) dup2(nowhere, descriptor);
+    dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), 0);
+    dup2(out, 1);
+    dup2(err, 2);
     ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     execv(words[0], words.data());
     _exit(127);
@@ -82,19 +133,35 @@ bool optionsmgrKilledBefore(int call, const std::vector<std::string>& arguments)
   waitpid(child, &status, 0);  // It stops where the program begins.
   if (!WIFSTOPPED(status)) throw std::runtime_error("the tool cannot be traced");
   ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-  for (int made = 0, signal = 0;;) {
+  // What the loader does is not the tool's: its `main` begins by looking at the standard streams.
+  bool begun = false;
+  __ptrace_syscall_info made{};
+  for (int signal = 0, error = 0;;) {
     ptrace(PTRACE_SYSCALL, child, nullptr, signal);
     waitpid(child, &status, 0);
-    if (WIFEXITED(status) || WIFSIGNALED(status)) return false;
+    if (WIFEXITED(status) || WIFSIGNALED(status)) break;
     signal = WSTOPSIG(status) == (SIGTRAP | 0x80) ? 0 : WSTOPSIG(status);
     if (signal != 0) continue;
     __ptrace_syscall_info info{};
     ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info);
-    if (info.op != PTRACE_SYSCALL_INFO_ENTRY || !changesTheDisk(info) || ++made < call) continue;
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    return true;
+    if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
+      begun |= info.entry.nr == SYS_fcntl;
+      error = begun ? fate(kindOf(info)) : 0;
+      made = info;
+      if (error == kKilled) kill(child, SIGKILL);
+      if (error > 0) failCall(child, info.entry.nr);
+    } else if (error > 0) {
+      answerFailed(child, made.entry.nr, made.entry.args[0], error);
+    }
   }
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), contentOf(out), contentOf(err)};
+}
+
+bool optionsmgrKilledBefore(int call, const std::vector<std::string>& arguments) {
+  int made = 0;
+  return optionsmgrTraced(arguments, [&](SystemCall kind) {
+           return kind == SystemCall::ChangesTheDisk && ++made == call ? kKilled : 0;
+         }).exit == 128 + SIGKILL;
 }
 
 ToolResult run(const std::vector<std::string>& command, const std::string& input) {
