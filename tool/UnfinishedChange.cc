@@ -272,8 +272,9 @@ void putBackUnfinished(Session& session) {
   const auto blocked = [&](int systemError, const std::string& why) {
     return Failure(
         exitFor(systemError),
-        say("a change of several years was interrupted and cannot be put back now ({}); until it can, "
-            "nothing is changed, and reading answers what was before. The note of it is {}",
+        say("a change of several years was interrupted and cannot be put back now: {}. Once that is mended, "
+            "the next change puts it back; until then nothing is changed, and reading answers what was "
+            "before. The note of it is {}",
             why, noteFile(session)));
   };
   try {

@@ -128,6 +128,8 @@ class Doctor {
   }
 
   void lock() try {
+    // Who only looks waits for nobody.
+    if (!repair_) session_.files().setLockWait(0);
     struct stat status;
     if (stat(session_.files().folder().c_str(), &status) == 0 && status.st_uid == geteuid())
       lock_.emplace(session_.files());
