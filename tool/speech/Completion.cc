@@ -2,6 +2,7 @@
 // the tool (`optionsmgr --complete`), which answers from the tables that parse.
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "tool/ArgumentChecks.h"
 #include "tool/Domains.h"
@@ -19,23 +20,23 @@ struct CompletionRequest {
   std::string shell;
 };
 
-constexpr const char* kBash = R"sh(# bash completion for optionsmgr: source it, or install it as
-# share/bash-completion/completions/optionsmgr.
-_optionsmgr() {
+constexpr const char* kBash = R"sh(# bash completion for @program@: source it, or install it as
+# share/bash-completion/completions/@program@.
+_@function@() {
   local line
   COMPREPLY=()
   while IFS= read -r line; do
     COMPREPLY+=("$(printf '%q' "$line")")
-  done < <(optionsmgr --complete "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
+  done < <(@program@ --complete "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
 }
-complete -o default -F _optionsmgr optionsmgr
+complete -o default -F _@function@ @program@
 )sh";
 
-constexpr const char* kZsh = R"sh(#compdef optionsmgr
-# zsh completion for optionsmgr: source it, or install it as _optionsmgr in a folder of fpath.
-_optionsmgr() {
+constexpr const char* kZsh = R"sh(#compdef @program@
+# zsh completion for @program@: source it, or install it as _@program@ in a folder of fpath.
+_@function@() {
   local -a candidates
-  candidates=("${(@f)$(optionsmgr --complete "${(@Q)words[2,CURRENT]}" 2>/dev/null)}")
+  candidates=("${(@f)$(@program@ --complete "${(@Q)words[2,CURRENT]}" 2>/dev/null)}")
   candidates=(${candidates:#})
   if (( ${#candidates} )); then
     compadd -- "${candidates[@]}"
@@ -43,20 +44,20 @@ _optionsmgr() {
     _files
   fi
 }
-if [[ $zsh_eval_context[-1] == loadautofunc ]]; then _optionsmgr "$@"; else compdef _optionsmgr optionsmgr; fi
+if [[ $zsh_eval_context[-1] == loadautofunc ]]; then _@function@ "$@"; else compdef _@function@ @program@; fi
 )sh";
 
 constexpr const char* kFish =
-    R"sh(# fish completion for optionsmgr: source it, or install it as completions/optionsmgr.fish.
-function __optionsmgr_candidates
+    R"sh(# fish completion for @program@: source it, or install it as completions/@program@.fish.
+function __@function@_candidates
   set -l words (commandline -opc) (commandline -ct)
-  optionsmgr --complete $words[2..-1] 2>/dev/null
+  @program@ --complete $words[2..-1] 2>/dev/null
 end
-complete -c optionsmgr -n 'count (__optionsmgr_candidates) >/dev/null' -f -a '(__optionsmgr_candidates)'
+complete -c @program@ -n 'count (__@function@_candidates) >/dev/null' -f -a '(__@function@_candidates)'
 )sh";
 
 void completion(Session&, const CompletionRequest& request, std::ostream& out) {
-  out << (request.shell == "bash" ? kBash : request.shell == "zsh" ? kZsh : kFish);
+  out << completionScript(request.shell, "optionsmgr");
 }
 
 // The values that an option on the command line takes.
@@ -74,18 +75,6 @@ std::vector<std::string> valuesOf(const CLI::Option& option, Session& session) {
     for (const qorvane::OptionRow& row : qorvane::optionTable()) all.emplace_back(row.name);
   if (name == "LIST")
     for (const qorvane::ChoiceList& list : qorvane::choiceLists()) all.emplace_back(list.name);
-  return all;
-}
-
-// Those of the option that `set` is to change.
-std::vector<std::string> valuesOf(const std::string& optionName) {
-  const qorvane::OptionRow* row = qorvane::findOption(optionName);
-  if (!row) return {};
-  std::vector<std::string> all;
-  if (row->type == qorvane::OptionType::Flag) all = {"true", "false"};
-  if (const auto* list = row->choices)
-    for (const qorvane::Choice& choice : list->choices) all.push_back(choice.neutral.string());
-  if (row->name == "language" || row->name == "languageOfCorrespondance") all = {"English", "French"};
   return all;
 }
 
@@ -125,7 +114,8 @@ std::vector<std::string> candidatesAt(const CLI::App& app, Session& session, con
         for (const CLI::App* known : app.get_subcommands({})) all.push_back(known->get_name());
         return all;
       }
-      return positional->get_name() == "VALUE" ? valuesOf(values.front()) : valuesOf(*positional, session);
+      return positional->get_name() == "VALUE" ? valuesOfOption(values.front())
+                                               : valuesOf(*positional, session);
     }
   }
   return all;
@@ -138,10 +128,37 @@ std::vector<std::string> completions(const CLI::App& app, Session& session,
   const std::string last = words.empty() ? "" : words.back();
   const Walk walked = walk(app, {words.begin(), words.empty() ? words.end() : words.end() - 1});
   std::vector<std::string> all = candidatesAt(app, session, walked, last.starts_with("-"));
-  std::erase_if(all, [&](const std::string& candidate) { return !candidate.starts_with(last); });
-  std::ranges::sort(all);
-  all.erase(std::unique(all.begin(), all.end()), all.end());
+  return beginningWith(last, std::move(all));
+}
+
+std::vector<std::string> beginningWith(const std::string& last, std::vector<std::string> candidates) {
+  std::erase_if(candidates, [&](const std::string& candidate) { return !candidate.starts_with(last); });
+  std::ranges::sort(candidates);
+  candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+  return candidates;
+}
+
+std::vector<std::string> valuesOfOption(const std::string& name) {
+  const qorvane::OptionRow* row = qorvane::findOption(name);
+  if (!row) return {};
+  std::vector<std::string> all;
+  if (row->type == qorvane::OptionType::Flag) all = {"true", "false"};
+  if (const auto* list = row->choices)
+    for (const qorvane::Choice& choice : list->choices) all.push_back(choice.neutral.string());
+  if (row->name == "language" || row->name == "languageOfCorrespondance") all = {"English", "French"};
   return all;
+}
+
+std::string completionScript(std::string_view shell, std::string_view program) {
+  // A function's name takes no hyphen everywhere.
+  std::string function(program);
+  std::ranges::replace(function, '-', '_');
+  std::string script = shell == "bash" ? kBash : shell == "zsh" ? kZsh : kFish;
+  for (const auto& [place, name] :
+       {std::pair<std::string_view, std::string_view>{"@program@", program}, {"@function@", function}})
+    for (std::size_t at = 0; (at = script.find(place, at)) != script.npos; at += name.size())
+      script.replace(at, place.size(), name);
+  return script;
 }
 
 void addHelpVerb(Verbs& verbs) {

@@ -1,6 +1,5 @@
 #include "tool/speech/Help.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "tool/OptionText.h"
 #include "tool/speech/Columns.h"
 #include "tool/speech/Language.h"
+#include "tool/speech/Roff.h"
 
 namespace optionsmgr {
 
@@ -34,94 +34,30 @@ constexpr ExitRow kExits[] = {{Exit::Done, "done"},
                               {Exit::Locked, "locked by another program"},
                               {Exit::NoPermission, "no permission"}};
 
-// "--year YEAR", "OPTION", "[GLOB]".
-std::string nameOf(const CLI::Option& option, bool inUsage) {
-  if (option.get_positional()) {
-    std::string name = option.get_name(true);
-    if (option.get_items_expected_max() > 1) name += "...";
-    return inUsage && !option.get_required() ? "[" + name + "]" : name;
-  }
-  std::string name;
-  for (const std::string& shortName : option.get_snames()) name += "-" + shortName + ", ";
-  name += "--" + option.get_lnames().front();
-  if (option.get_items_expected_max() == 0) return name;
-  std::string value = option.get_lnames().front();
-  std::ranges::transform(value, value.begin(),
-                         [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-  return name + " " + value;
-}
-
 std::string usageOf(const CLI::App& verb) {
-  std::string usage = "optionsmgr " + verb.get_name();
-  for (const CLI::Option* option : verb.get_options())
-    if (!option->get_positional() && option->get_required()) usage += " " + nameOf(*option, true);
-  for (const CLI::Option* option : verb.get_options())
-    if (option->get_positional()) usage += " " + nameOf(*option, true);
-  return usage;
-}
-
-void printRows(const Phrase& title, const std::vector<Row>& rows, std::ostream& out) {
-  if (rows.empty()) return;
-  out << '\n' << say(title) << '\n';
-  std::vector<Row> indented = rows;
-  for (Row& row : indented) row[0].insert(0, "  ");
-  printColumns(indented, out, {.overlong = Overlong::Wrapped});
-}
-
-std::vector<Row> rowsOf(const CLI::App& app, bool positional) {
-  std::vector<Row> rows;
-  for (const CLI::Option* option : app.get_options())
-    if (option->get_positional() == positional && !option->get_group().empty())
-      rows.push_back({nameOf(*option, false), std::string(translated(option->get_description()))});
-  return rows;
+  return optionsmgr::usageOf(verb, "optionsmgr " + verb.get_name());
 }
 
 // ---- manual pages ---------------------------------------------------------------------------------------
 
-// A text as roff takes it.
-std::string roff(std::string_view text) {
-  std::string safe;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool first = i == 0 || text[i - 1] == '\n';
-    if (first && (text[i] == '.' || text[i] == '\'')) safe += "\\&";
-    if (text[i] == '\\')
-      safe += "\\e";
-    else if (text[i] == '-')
-      safe += "\\-";
-    else
-      safe += text[i];
-  }
-  return safe;
-}
-
-void printTerms(const std::vector<Row>& rows, std::ostream& out) {
-  for (const auto& row : rows) out << ".TP\n.B " << roff(row[0]) << '\n' << roff(row[1]) << '\n';
-}
-
-void printExamples(const std::string& examples, std::ostream& out) {
-  out << ".nf\n" << roff(examples) << (examples.ends_with('\n') ? "" : "\n") << ".fi\n";
-}
-
-void printHeading(const Phrase& title, std::ostream& out) { out << ".SH " << say(title) << '\n'; }
-
 void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out) {
   out << ".TH OPTIONSMGR 1 \"" OPTIONSMGR_DATE "\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
-  printHeading("NAME", out);
+  printHeading(say("NAME"), out);
   out << "optionsmgr \\- " << roff(say("show and change the settings of the tax suite")) << '\n';
-  printHeading("SYNOPSIS", out);
+  printHeading(say("SYNOPSIS"), out);
   out << ".B optionsmgr\n[" << roff(say("common options")) << "] " << roff(say("VERB")) << " ...\n";
-  printHeading("DESCRIPTION", out);
+  printHeading(say("DESCRIPTION"), out);
   out << roff(say(
              "Reads and changes the settings that the tax suite keeps in the user's preference files, for "
              "one "
              "product and tax year or several. Reading changes nothing and waits for nobody; what is changed "
              "is on the disk when the tool ends with 0."))
       << '\n';
-  printHeading("EXAMPLES", out);
+  printHeading(say("EXAMPLES"), out);
   printExamples(verbs.examples(nullptr), out);
-  printHeading("COMMON OPTIONS", out);
+  printHeading(say("COMMON OPTIONS"), out);
   printTerms(rowsOf(app, false), out);
-  printHeading("VERBS", out);
+  printHeading(say("VERBS"), out);
   for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
     out << ".SS " << roff(usageOf(*verb)) << '\n'
         << roff(std::string(translated(verb->get_description()))) << ".\n";
@@ -131,20 +67,20 @@ void printToolManual(const CLI::App& app, const Verbs& verbs, std::ostream& out)
     std::erase_if(options, [](const auto& row) { return row[0].starts_with("-h"); });
     printTerms(options, out);
   }
-  printHeading("EXIT STATUS", out);
+  printHeading(say("EXIT STATUS"), out);
   for (const ExitRow& row : kExits)
     out << ".TP\n.B " << static_cast<int>(row.code) << '\n' << roff(say(row.meaning)) << '\n';
-  printHeading("FILES", out);
+  printHeading(say("FILES"), out);
   out << ".I $XDG_CONFIG_HOME/Qorvane/*.plist\n"
       << roff(say("the preference files; see")) << "\n.BR optionsmgr (5).\n";
-  printHeading("ENVIRONMENT", out);
+  printHeading(say("ENVIRONMENT"), out);
   printTerms(
       {{"HOME, XDG_CONFIG_HOME", say("where the preference files are, unless --store says so")},
        {"LC_ALL, LC_MESSAGES, LANG",
         say("the language of help and messages, where they name French or English and --lang is not given")},
        {"NO_COLOR, TERM", say("no colours when the one is set or the other is dumb")}},
       out);
-  printHeading("SEE ALSO", out);
+  printHeading(say("SEE ALSO"), out);
   out << ".BR optionsmgr (5)\n";
 }
 
@@ -197,9 +133,9 @@ void printEntries(std::ostream& out) {
 
 void printFormatManual(std::ostream& out) {
   out << ".TH OPTIONSMGR 5 \"" OPTIONSMGR_DATE "\" \"OptionsMgr " OPTIONSMGR_VERSION "\"\n";
-  printHeading("NAME", out);
+  printHeading(say("NAME"), out);
   out << "optionsmgr \\- " << roff(say("the preference files of the tax suite")) << '\n';
-  printHeading("DESCRIPTION", out);
+  printHeading(say("DESCRIPTION"), out);
   out << roff(
              say("Each product and tax year has a file of its own in $XDG_CONFIG_HOME/Qorvane, or "
                  "~/.config/Qorvane when that is not set. It is a binary property list: a dictionary whose "
@@ -214,21 +150,21 @@ void printFormatManual(std::ostream& out) {
               {".lock", say("locked by whoever saves; always empty")},
               {".unfinished/", say("what an import that is under way puts back if it fails")}},
              out);
-  printHeading("SEAL", out);
+  printHeading(say("SEAL"), out);
   out << roff(say("Between its objects and the table of their offsets the file has 32 bytes that readers of "
                   "property lists pass over: the letters QVSEAL01, the number of saves, the length of the "
                   "file and a SipHash-2-4 of the file, each of 8 bytes, the first byte the highest. A file "
                   "that another program wrote has none."))
       << '\n';
-  printHeading("ENTRIES", out);
+  printHeading(say("ENTRIES"), out);
   out << roff(say("Each option with its stored key, form and default, as it is stored. Where the products "
                   "differ, the "
                   "personal one's is shown first."))
       << '\n';
   printEntries(out);
-  printHeading("ENVIRONMENT", out);
+  printHeading(say("ENVIRONMENT"), out);
   printTerms({{"HOME, XDG_CONFIG_HOME", say("where the preference files are, unless --store says so")}}, out);
-  printHeading("SEE ALSO", out);
+  printHeading(say("SEE ALSO"), out);
   out << ".BR optionsmgr (1)\n";
 }
 }  // namespace
@@ -240,8 +176,8 @@ void printHelp(const CLI::App& app, const Verbs& verbs, const CLI::App* verb, st
       out << line << '\n';
     if (!examples.empty()) out << '\n' << say("Examples:") << '\n' << examples;
     out << '\n' << say("Usage: {} [options]", usageOf(*verb)) << '\n';
-    printRows("Arguments:", rowsOf(*verb, true), out);
-    printRows("Options:", rowsOf(*verb, false), out);
+    printTitled(say("Arguments:"), rowsOf(*verb, true), out);
+    printTitled(say("Options:"), rowsOf(*verb, false), out);
     out << '\n' << say("Options of every verb: optionsmgr --help") << '\n';
     return;
   }
@@ -250,12 +186,12 @@ void printHelp(const CLI::App& app, const Verbs& verbs, const CLI::App* verb, st
   std::vector<Row> rows;
   for (const CLI::App* known : app.get_subcommands([](const CLI::App*) { return true; }))
     rows.push_back({known->get_name(), std::string(translated(known->get_description()))});
-  printRows("Verbs:", rows, out);
-  printRows("Options:", rowsOf(app, false), out);
+  printTitled(say("Verbs:"), rows, out);
+  printTitled(say("Options:"), rowsOf(app, false), out);
   rows.clear();
   for (const ExitRow& row : kExits)
     rows.push_back({std::to_string(static_cast<int>(row.code)), say(row.meaning)});
-  printRows("Exit codes:", rows, out);
+  printTitled(say("Exit codes:"), rows, out);
 }
 
 void printManual(const CLI::App& app, const Verbs& verbs, int section, std::ostream& out) {
