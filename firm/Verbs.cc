@@ -16,10 +16,12 @@
 #include "firm/Configuration.h"
 #include "firm/Migrations.h"
 #include "firm/OptionEntries.h"
+#include "firm/Pages.h"
 #include "firm/Store.h"
 #include "firm/TaggedJson.h"
 #include "qorvane/foundation/Version.h"
 #include "tool/speech/Columns.h"
+#include "tool/speech/Completion.h"
 #include "tool/speech/Language.h"
 
 namespace optionsmgr::firm {
@@ -382,7 +384,8 @@ class CommandLine {
   CommandLine() {
     app_.require_subcommand(1);
     app_.fallthrough();
-    app_.set_version_flag("--version", OPTIONSMGR_VERSION);
+    app_.set_help_flag("-h,--help", help(Word::helpHelp));
+    app_.set_version_flag("--version", OPTIONSMGR_VERSION, help(Word::helpVersion));
     app_.add_option("--lang", said_.language, help(Word::helpLang))->check(CLI::IsMember({"en", "fr"}));
     app_.add_flag("--json", said_.json, help(Word::helpJson));
 
@@ -422,9 +425,22 @@ class CommandLine {
     agent->add_option("--interval", said_.interval, help(Word::helpInterval))
         ->check(CLI::Range(0.1, 86400.0));
     agent->callback([this] { run_ = [this] { return stay(said_); }; });
+    CLI::App* const script = app_.add_subcommand("completion", help(Word::helpCompletion));
+    script->add_option("shell", said_.words, help(Word::helpShell))
+        ->required()
+        ->expected(1)
+        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+    script->callback([this] {
+      run_ = [this] {
+        std::cout << completionScript(said_.words.at(0), "optionsmgr-firm");
+        return Exit::Done;
+      };
+    });
   }
   CommandLine(const CommandLine&) = delete;
   CommandLine& operator=(const CommandLine&) = delete;
+
+  const CLI::App& app() const { return app_; }
 
   Exit run(std::vector<std::string> words) {
     std::reverse(words.begin(), words.end());
@@ -434,7 +450,7 @@ class CommandLine {
       std::cout << OPTIONSMGR_VERSION << '\n';
       return Exit::Done;
     } catch (const CLI::CallForHelp&) {
-      std::cout << app_.help();
+      printHelp(app_, std::cout);
       return Exit::Done;
     } catch (const CLI::ParseError& error) {
       throw FirmFailure(Exit::Usage, Word::usage, error.what());
@@ -481,6 +497,24 @@ class CommandLine {
 
 }  // namespace
 
+namespace {
+
+// The answers that only scripts ask for: `--complete WORDS…`, and for the build `--manual 1 en|fr`.
+bool answeredToScripts(const std::vector<std::string>& words) {
+  if (words.empty()) return false;
+  if (words[0] == "--complete") {
+    for (const std::string& candidate : completions(CommandLine().app(), {words.begin() + 1, words.end()}))
+      std::cout << candidate << '\n';
+    return true;
+  }
+  if (words[0] != "--manual" || words.size() != 3) return false;
+  speakFrench(words[2] == "fr");
+  printManual(CommandLine().app(), std::cout);
+  return true;
+}
+
+}  // namespace
+
 Exit runFirm(const std::vector<std::string>& words) {
   // The language is needed before the words are read: the parser's tables hold help.
   bool french = localeIsFrench();
@@ -489,7 +523,7 @@ Exit runFirm(const std::vector<std::string>& words) {
     if (words[i].starts_with("--lang=")) french = words[i] == "--lang=fr";
   }
   speakFrench(french);
-  const Exit exit = CommandLine().run(words);
+  const Exit exit = answeredToScripts(words) ? Exit::Done : CommandLine().run(words);
   std::cout.flush();
   if (!std::cout) throw FirmFailure(Exit::InputOutput, Word::answerNotWritten);
   return exit;

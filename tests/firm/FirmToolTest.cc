@@ -139,7 +139,8 @@ TEST_F(FirmToolTest, EveryMessageIsSpokenInFrenchToo) {
   const ToolResult result =
       as("boss", {"--lang", "fr", "set", "--place", "Nulle part", "preparerCity", "Laval"});
   EXPECT_EQ(result.exit, 1);
-  EXPECT_NE(result.err.find("il n'y a pas de lieu « Nulle part »"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("il n’y a pas de lieu «\u00a0Nulle part\u00a0»"), std::string::npos)
+      << result.err;
 }
 
 TEST_F(FirmToolTest, AnUndoneChangeReadsAsBeforeAndNotOverALaterOne) {
