@@ -43,7 +43,7 @@ configure_file(cmake/optionsmgr.pc.in optionsmgr.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/optionsmgr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # ---- the Debian packages: cpack, in the build folder ---------------------------------------------------
-# liboptionsmgr1 (of a shared build), liboptionsmgr-dev, optionsmgr. A static build has the library in -dev.
+# liboptionsmgr1 (of a shared build), liboptionsmgr-dev, optionsmgr, optionsmgr-firm. A static build has the library in -dev.
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL development)
@@ -89,6 +89,17 @@ if(OPTIONSMGR_TOOL)
   set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION misc)
   set(CPACK_DEBIAN_TOOL_DESCRIPTION
       "settings of an income-tax suite on the command line\n${about}This package holds the command-line tool, its manual pages and its\ncompletion scripts.")
+endif()
+if(OPTIONSMGR_FIRM)
+  list(APPEND CPACK_COMPONENTS_ALL firm)
+  set(CPACK_DEBIAN_FIRM_PACKAGE_NAME optionsmgr-firm)
+  set(CPACK_DEBIAN_FIRM_PACKAGE_SECTION misc)
+  set(CPACK_DEBIAN_FIRM_PACKAGE_DEPENDS "systemd | systemd-standalone-sysusers | systemd-sysusers, init-system-helpers (>= 1.52)")
+  set(CPACK_DEBIAN_FIRM_PACKAGE_RECOMMENDS optionsmgr)
+  set(CPACK_DEBIAN_FIRM_DESCRIPTION
+      "settings of a firm's desks in PostgreSQL\n${about}This package holds the program that administers a firm's settings in\nPostgreSQL and, as an agent, keeps each machine's files like them.")
+  set(firm_scripts ${PROJECT_SOURCE_DIR}/cmake/debian/optionsmgr-firm)
+  set(CPACK_DEBIAN_FIRM_PACKAGE_CONTROL_EXTRA ${firm_scripts}/postinst ${firm_scripts}/prerm ${firm_scripts}/postrm)
 endif()
 
 # What only packages hold: compressed pages, the changelog, the copyright.
