@@ -107,9 +107,14 @@ class FullDiskTest : public InterruptedImportTest {
     const pid_t child = fork();
     if (child == 0) {
       const uid_t user = geteuid();
+      const gid_t group = getegid();
       if (unshare(CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER)) != 0) _exit(kNotPermitted);
       // An ordinary user may mount where he is his own administrator, and stays who he is.
-      if (user != 0) std::ofstream("/proc/self/uid_map") << user << ' ' << user << " 1";
+      if (user != 0) {
+        std::ofstream("/proc/self/setgroups") << "deny";
+        std::ofstream("/proc/self/uid_map") << user << ' ' << user << " 1";
+        std::ofstream("/proc/self/gid_map") << group << ' ' << group << " 1";
+      }
       if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
           mount("none", home.path().c_str(), "tmpfs", 0, size) != 0)
         _exit(kNotPermitted);
