@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "qorvane/propertylist/PropertyList.h"
+#include "tool/DoneSteps.h"
 #include "tool/Failure.h"
 #include "tool/WholeFile.h"
 #include "tool/speech/Language.h"
@@ -45,10 +46,11 @@ bool exists(const std::string& path) {
 struct Step {
   std::string name;  // As the note has it.
   std::optional<Domain> domain;
+  // None where there was, or is to be, no file.
   std::optional<Dictionary> before;
   std::optional<Dictionary> after;
   // An entry that no run of ours can have written.
-  bool isBroken() const { return !domain || !after; }
+  bool isBroken = false;
 };
 
 struct Note {
@@ -65,8 +67,9 @@ Step stepOf(const Text& key, const Value& said) {
   const Value* before = both ? both->find("before") : nullptr;
   const Value* after = both ? both->find("after") : nullptr;
   if (before && before->asDictionary()) step.before = *before->asDictionary();
+  if (after && after->asDictionary()) step.after = *after->asDictionary();
   // A "before" that is no dictionary is no entry of ours, whatever else it has.
-  if (after && after->asDictionary() && (!before || step.before)) step.after = *after->asDictionary();
+  step.isBroken = !step.domain || (before && !step.before) || (after && !step.after) || !(before || after);
   return step;
 }
 
@@ -124,6 +127,8 @@ std::string keepBefore(Session& session, const Step& step) {
   return path;
 }
 
+Value objectOf(const std::optional<Dictionary>& entries) { return entries ? Value(*entries) : Value(); }
+
 void save(FileUserDefaults& files, const Text& key, const Value& value) {
   files.setObject(value, key);
   if (files.synchronize()) return;
@@ -138,7 +143,7 @@ std::string putBack(Session& session, const Step& step) {
   const auto now = entriesNow(session, *step.domain);
   if (now && holds(*now, step.before)) return say("{} is as before it", step.domain->name());
   if (now && holds(*now, step.after)) {
-    save(session.files(), step.domain->key(), step.before ? Value(*step.before) : Value());
+    save(session.files(), step.domain->key(), objectOf(step.before));
     return say("{} is as before it", step.domain->name());
   }
   if (!step.before) return say("{} was changed since and stays as it is", step.domain->name());
@@ -193,7 +198,8 @@ void reserve(Session& session, const Changes& changes) {
 void writeNote(Session& session, const Changes& changes) {
   Dictionary note;
   for (const auto& [domain, entries] : changes) {
-    Dictionary both{{"after", entries}};
+    Dictionary both;
+    if (entries) both.set("after", *entries);
     if (const auto before = storedEntries(session, domain)) both.set("before", *before);
     note.set(domain.key(), both);
   }
@@ -232,9 +238,10 @@ void undo(Session& session, const Failure& failure) try {
 void changeAll(Session& session, const Changes& changes) try {
   if (changes.size() < 2) {
     // One file changes in one step by itself.
-    for (const auto& [domain, entries] : changes) save(session.files(), domain.key(), entries);
+    for (const auto& [domain, entries] : changes) save(session.files(), domain.key(), objectOf(entries));
     return;
   }
+  DoneStep done;
   try {
     writeNote(session, changes);
   } catch (...) {
@@ -242,7 +249,12 @@ void changeAll(Session& session, const Changes& changes) try {
     throw;
   }
   try {
-    for (const auto& [domain, entries] : changes) save(session.files(), domain.key(), entries);
+    for (const auto& [domain, entries] : changes) {
+      const std::uint64_t last = newestGeneration(session, domain);
+      save(session.files(), domain.key(), objectOf(entries));
+      if (const auto part = donePart(session, domain, last)) done.parts[domain] = *part;
+    }
+    recordStep(session, done);
     if (!dropNote(session))
       throw Failure(exitFor(errno), say("cannot remove {}: {}", noteFile(session), systemReason(errno)));
   } catch (const Failure& failure) {
@@ -259,7 +271,7 @@ void changeAll(Session& session, const Changes& changes) try {
 void tellUnlessSaved(Session& session, const Changes& changes) {
   for (const auto& [domain, entries] : changes) try {
       const auto now = storedEntries(session, domain);
-      if (!now || !isIdentical(*now, entries))
+      if (!holds(now, entries))
         tell(say("saved, but {} reads otherwise: another program has changed it meanwhile", domain.name()));
     } catch (const Failure& failure) {
       tell(say("saved, but {} could not be read back ({}); the next run reads it anew", domain.name(),
@@ -283,9 +295,8 @@ void putBackUnfinished(Session& session) {
     bool broken = false;
     if (note.kind == Note::Kind::Usable) unlink(reserveFile(session).c_str());
     for (const Step& step : note.steps) {
-      broken |= step.isBroken();
-      if (!step.isBroken())
-        tell(say("a change of several years was interrupted: {}", putBack(session, step)));
+      broken |= step.isBroken;
+      if (!step.isBroken) tell(say("a change of several years was interrupted: {}", putBack(session, step)));
     }
     if (broken) return setNoteAside(session, say("some of its entries are none"));
     if (!dropNote(session)) throw blocked(errno, systemReason(errno));
@@ -309,7 +320,7 @@ std::optional<Dictionary> beforeUnfinished(Session& session, const Domain& domai
     return found;
   }
   for (const Step& step : note.steps) {
-    if (step.isBroken()) {
+    if (step.isBroken) {
       session.tellOnce(say("the note {} of a change of several years has an entry that is none: \"{}\"",
                            noteFile(session), step.name));
     } else if (*step.domain == domain && holds(found, step.after)) {

@@ -19,8 +19,8 @@
 
 namespace optionsmgr {
 
-/// What the domains' entries are to become.
-using Changes = std::map<Domain, qorvane::Dictionary>;
+/// What the domains' entries are to become; none: their file goes.
+using Changes = std::map<Domain, std::optional<qorvane::Dictionary>>;
 
 /// Makes all the changes or, when one fails, none: those already made are put back. Called with the lock
 /// held, after `putBackUnfinished`. Throws Failure when nothing was changed, and says so when something could

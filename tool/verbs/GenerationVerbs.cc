@@ -4,10 +4,13 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <map>
 #include <optional>
 
 #include "qorvane/foundation/Exception.h"
+#include "tool/Chosen.h"
 #include "tool/Domains.h"
+#include "tool/DoneSteps.h"
 #include "tool/Failure.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
@@ -174,35 +177,126 @@ void history(Session& session, const HistoryRequest& request, std::ostream& out)
 
 // ---- undo -------------------------------------------------------------------------------------------------
 
-constexpr std::string_view kChosen = "Chosen";
-
-// The marks of entries that somebody chose.
-std::vector<Value> marks(const Dictionary& entries) {
-  const Value* chosen = entries.find(kChosen);
-  return chosen && chosen->asArray() ? *chosen->asArray() : std::vector<Value>();
-}
-
-// Makes the option's entries, and their marks, those that the past had.
-void takeOver(Dictionary& entries, const Dictionary& past, const OptionRow& row) {
-  std::vector<Value> chosen = marks(entries);
-  const std::vector<Value> chosenThen = marks(past);
-  for (const Text& key : row.entries()) {
-    if (const Value* then = past.find(key.view()))
-      entries.set(key, *then);
-    else
-      entries.remove(key.view());
-    std::erase(chosen, Value(key));
-    if (std::ranges::find(chosenThen, Value(key)) != chosenThen.end()) chosen.emplace_back(key);
-  }
-  if (chosen.empty())
-    entries.remove(kChosen);
-  else
-    entries.set(Text(kChosen), qorvane::Array(chosen));
-}
-
 const OptionState& stateOf(const Past& past, const OptionRow& row) {
   return *std::ranges::find(past.states, &row, &OptionState::row);
 }
+
+// The file that stands, and apart from it the generations that are good, the newest first.
+struct Pasts {
+  Past now;
+  std::vector<Past> good;
+};
+
+Pasts pastsOf(Session& session, const Domain& domain) {
+  Pasts pasts;
+  pasts.good = pastOf(session, domain);
+  if (!pasts.good.empty() && !pasts.good.front().number) {
+    pasts.now = std::move(pasts.good.front());
+    pasts.good.erase(pasts.good.begin());
+  } else {
+    pasts.now.states = optionStates(session, domain, Dictionary());
+  }
+  std::erase_if(pasts.good, [](const Past& past) { return past.damaged; });
+  return pasts;
+}
+
+// What one file becomes, and what in it stays though it was to go back.
+struct Undone {
+  std::optional<Dictionary> entries;
+  std::vector<Text> changedSince;
+};
+using UndonePlan = std::map<Domain, Undone>;
+
+// The state to go back to: the one that was named, or the newest that differs.
+template <class Differs>
+const Past& goal(const Domain& domain, const UndoRequest& request, const std::vector<Past>& good,
+                 const Differs& differs) {
+  const auto found = std::ranges::find_if(good, [&](const Past& past) {
+    return request.numberSaid ? past.number == request.number : differs(past);
+  });
+  if (found != good.end()) return *found;
+  if (request.numberSaid)
+    throw Failure(Exit::NotFound,
+                  say("{} has no good generation {}", domain.name(), std::to_string(request.number)));
+  throw Failure(Exit::NotFound, say("there is nothing to undo"));
+}
+
+// Each option to what it was, by itself.
+Dictionary undoneOptions(const Domain& domain, const UndoRequest& request,
+                         const std::vector<const OptionRow*>& rows, const Pasts& pasts) {
+  Dictionary entries = pasts.now.entries;
+  for (const OptionRow* row : rows) {
+    const Past& past = goal(domain, request, pasts.good, [&](const Past& one) {
+      return !readsTheSame(stateOf(one, *row), stateOf(pasts.now, *row));
+    });
+    takeOver(entries, past.entries, row->entries());
+  }
+  return entries;
+}
+
+// The file as it was before the step. False when that is not kept any more.
+bool addPart(Session& session, const Domain& domain, const DoneStep::Part& part, UndonePlan& plan) {
+  auto undone = undonePart(session, domain, part);
+  if (undone) plan[domain] = {std::move(undone->entries), std::move(undone->changedSince)};
+  return undone.has_value();
+}
+
+// The last change of the file and, where that was one step with those of others, of those as well.
+UndonePlan undoneAll(Session& session, const Domain& domain, const Pasts& pasts) {
+  const auto last =
+      std::ranges::find_if(pasts.good, [&](const Past& past) { return !readTheSame(past, pasts.now); });
+  const bool madeIt = last == pasts.good.end();
+  const auto isOfIt = [&](const DoneStep& step) {
+    const auto part = step.parts.find(domain);
+    if (part == step.parts.end()) return false;
+    return madeIt ? !part->second.before : part->second.before == last->number;
+  };
+  const std::vector<DoneStep> steps = doneSteps(session);
+  const auto step = std::ranges::find_if(steps, isOfIt);
+  UndonePlan plan;
+  if (!madeIt)
+    plan[domain] = {last->entries, {}};
+  else if (step == steps.end() || !addPart(session, domain, step->parts.at(domain), plan))
+    throw Failure(Exit::NotFound, say("there is nothing to undo"));
+  if (step == steps.end()) return plan;
+  for (const auto& [other, part] : step->parts)
+    if (other != domain && !addPart(session, other, part, plan))
+      tell(say("{} stays as it is: what it was before is not kept any more", other.name()));
+  return plan;
+}
+
+// What the undoing of one file changed, in words.
+class UndoneTold {
+ public:
+  UndoneTold(Session& session, std::ostream& out) : session_(session), out_(out) {}
+
+  void tellOf(const Domain& domain, const Past& now, const Undone& undone) {
+    const auto then = optionStates(session_, domain, undone.entries.value_or(Dictionary()));
+    for (std::size_t i = 0; i < then.size(); ++i) {
+      const OptionRow& row = *then[i].row;
+      const bool stays = std::ranges::find(undone.changedSince, then[i].key) != undone.changedSince.end();
+      if (!row.write || (!stays && readsTheSame(now.states[i], then[i]))) continue;
+      changes_.push_back({{"settings", domain.name()},
+                          {"name", std::string(row.name)},
+                          {"from", maskedJson(row, now.states[i].value, false)},
+                          {"to", maskedJson(row, then[i].value, false)},
+                          {"changedSince", stays}});
+      if (stays)
+        tell(say("{}: {} was changed since and stays as it is", domain.name(), row.name));
+      else if (!session_.json() && session_.reports())
+        out_ << domain.name() << "  " << row.name << ": " << words(now.states[i], false) << " -> "
+             << words(then[i], false) << '\n';
+    }
+  }
+  void end() {
+    if (session_.json()) printJson(changes_, out_);
+  }
+
+ private:
+  Session& session_;
+  std::ostream& out_;
+  Json changes_ = Json::array();
+};
 
 void undo(Session& session, const UndoRequest& request, std::ostream& out) try {
   session.requireFolder();
@@ -216,54 +310,24 @@ void undo(Session& session, const UndoRequest& request, std::ostream& out) try {
       throw Failure(Exit::Usage, say("{} cannot be set: the library answers it itself", row.name));
     rows.push_back(&row);
   }
-  std::vector<Past> all = pastOf(session, domain);
-  Past now;
-  if (!all.empty() && !all.front().number) {
-    now = std::move(all.front());
-    all.erase(all.begin());
-  } else {
-    now.states = optionStates(session, domain, Dictionary());
+  const Pasts pasts = pastsOf(session, domain);
+  UndonePlan plan;
+  if (!rows.empty())
+    plan[domain] = {undoneOptions(domain, request, rows, pasts), {}};
+  else if (request.numberSaid)
+    plan[domain] = {goal(domain, request, pasts.good, [](const Past&) { return false; }).entries, {}};
+  else
+    plan = undoneAll(session, domain, pasts);
+  Changes changes;
+  std::map<Domain, Past> before;
+  for (const auto& [one, undone] : plan) {
+    changes[one] = undone.entries;
+    before[one].states = optionStates(session, one, storedEntries(session, one).value_or(Dictionary()));
   }
-  std::erase_if(all, [](const Past& past) { return past.damaged; });
-
-  // The state to go back to: the one that was named, or the newest that differs.
-  const auto find = [&](const auto& isIt) -> const Past& {
-    const auto found = std::ranges::find_if(all, isIt);
-    if (found != all.end()) return *found;
-    if (request.numberSaid)
-      throw Failure(Exit::NotFound,
-                    say("{} has no good generation {}", domain.name(), std::to_string(request.number)));
-    throw Failure(Exit::NotFound, say("there is nothing to undo"));
-  };
-  const auto isNamed = [&](const Past& past) { return past.number == request.number; };
-  Dictionary entries = now.entries;
-  if (rows.empty()) {
-    entries = (request.numberSaid ? find(isNamed) : find([&](const Past& past) {
-                return !readTheSame(past, now);
-              })).entries;
-  }
-  for (const OptionRow* row : rows)
-    takeOver(entries, (request.numberSaid ? find(isNamed) : find([&](const Past& past) {
-                        return !readsTheSame(stateOf(past, *row), stateOf(now, *row));
-                      })).entries,
-             *row);
-  changeAll(session, {{domain, entries}});
-
-  // What that changed, in words.
-  Past then;
-  then.states = optionStates(session, domain, entries);
-  Json changes = Json::array();
-  for (std::size_t i = 0; i < then.states.size(); ++i) {
-    const OptionRow& row = *then.states[i].row;
-    if (!row.write || readsTheSame(now.states[i], then.states[i])) continue;
-    changes.push_back({{"name", std::string(row.name)},
-                       {"from", maskedJson(row, now.states[i].value, false)},
-                       {"to", maskedJson(row, then.states[i].value, false)}});
-    if (!session.json() && session.reports())
-      out << domain.name() << "  " << row.name << ": " << words(now.states[i], false) << " -> "
-          << words(then.states[i], false) << '\n';
-  }
-  if (session.json()) printJson(changes, out);
+  changeAll(session, changes);
+  UndoneTold report(session, out);
+  for (const auto& [one, undone] : plan) report.tellOf(one, before[one], undone);
+  report.end();
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
@@ -281,7 +345,9 @@ void addGenerationVerbs(Verbs& verbs) {
       },
       history, "  optionsmgr history\n  optionsmgr history preparerCity\n");
   verbs.add<UndoRequest>(
-      "undo", "put back what the settings, or some options, were before their last change",
+      "undo",
+      "put back what the settings, or some options, were before their last change; one of several years "
+      "goes back in all of them",
       [](CLI::App& verb, UndoRequest& request) {
         verb.add_option("OPTION", request.options,
                         Phrase("only these options, each before its own last change"));

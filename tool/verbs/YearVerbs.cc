@@ -1,5 +1,6 @@
 // The verbs that set two years' settings side by side: diff and carry-forward.
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <ctime>
@@ -106,7 +107,34 @@ Dictionary formedEntries(Session& session, const Domain& domain, const Dictionar
   return entries;
 }
 
+// What the domain's file held before the save of that number.
+Side generationSide(Session& session, const Domain& domain, std::uint64_t number) try {
+  const std::string name = domain.name() + "@" + std::to_string(number);
+  const Value object = session.files().objectOfGeneration(domain.key(), number);
+  if (!object.asDictionary()) throw Failure(Exit::BadData, say("{} holds no dictionary of settings", name));
+  return {name, domain, *object.asDictionary()};
+} catch (const FileException& error) {
+  throw Failure(error.systemError() == ENOENT ? Exit::Usage : exitFor(error.systemError()),
+                told(error.failure()));
+} catch (const qorvane::Exception& error) {
+  throw Failure(Exit::BadData, told(error.failure()));
+}
+
+// "@12", "2024@12", "T2:2024@12". Nothing for a word that is no generation's; files may have such names.
+std::optional<Side> generationMeant(Session& session, std::string_view word) {
+  const std::size_t at = word.rfind('@');
+  if (at == word.npos || !isNumber(word.substr(at + 1))) return std::nullopt;
+  const Domain own = domainOf(session);
+  const auto domain = at == 0 ? own : domainMeant(own, word.substr(0, at));
+  if (!domain) return std::nullopt;
+  std::uint64_t number = 0;
+  if (std::from_chars(word.data() + at + 1, word.data() + word.size(), number).ec != std::errc())
+    throw Failure(Exit::Usage, say("{} has no good generation {}", domain->name(), word.substr(at + 1)));
+  return generationSide(session, *domain, number);
+}
+
 Side sideMeant(Session& session, const std::string& word) try {
+  if (auto generation = generationMeant(session, word)) return *std::move(generation);
   if (const auto domain = domainMeant(domainOf(session), word)) return storeSide(session, *domain);
   const PreferenceFile file = readPreferenceFile(word);
   if (file.settings.empty())
@@ -538,7 +566,8 @@ void addYearVerbs(Verbs& verbs) {
       "diff", "compare two years, two products or a file with the store",
       [](CLI::App& verb, DiffRequest& request) {
         verb.add_option("A", request.first,
-                        Phrase("a year (2024), a product (T2), both (T2:2024), or a file"))
+                        Phrase("a year (2024), a product (T2), both (T2:2024), what was kept of one under a "
+                               "number that history shows (@12, 2024@12), or a file"))
             ->required();
         verb.add_option("B", request.second, Phrase("the same; by default the store's --product and --year"));
         verb.add_flag("--known", request.known, Phrase("leave out entries that no option names"));
@@ -546,7 +575,7 @@ void addYearVerbs(Verbs& verbs) {
       },
       diff,
       "  optionsmgr diff 2023 2024\n  optionsmgr --year 2024 diff T1 T2\n  optionsmgr --year 2024 diff "
-      "old.plist\n");
+      "old.plist\n  optionsmgr diff @12\n");
   verbs.add<CarryRequest>(
       "carry-forward", "copy last year's settings into this year's",
       [](CLI::App& verb, CarryRequest& request) {

@@ -156,5 +156,117 @@ TEST_F(GenerationVerbsTest, ForgettingLeavesTheNewestGoodOne) {
   EXPECT_EQ(history().size(), 2u);
 }
 
+// ---- several years as one step ----------------------------------------------------------------------------
+
+class UndoOfSeveralYearsTest : public GenerationVerbsTest {
+ protected:
+  static ToolResult inYear(const char* year, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"--lang", "en", "--year", year});
+    return optionsmgr(arguments);
+  }
+  static std::string city(const char* year) { return inYear(year, {"get", "preparerCity"}).out; }
+  fs::path file(const char* year) const {
+    return home.store() / ("QorvaneT1Settings" + std::string(year) + ".plist");
+  }
+  /// Two years that say Alma become Gatineau, and a third one is made.
+  void importThree() const {
+    for (const char* year : {"2020", "2021", "2022"})
+      ASSERT_EQ(inYear(year, {"set", "preparerCity=Gatineau", "preparerPhone=555"}).exit, 0);
+    const std::string list = (home.path() / "all.json").string();
+    ASSERT_EQ(inYear("2020", {"export", "--all", "--force", list}).exit, 0);
+    fs::remove_all(home.store());
+    for (const char* year : {"2020", "2021"})
+      ASSERT_EQ(inYear(year, {"set", "preparerCity", "Alma"}).exit, 0);
+    const ToolResult imported = optionsmgr({"--lang", "en", "import", list});
+    ASSERT_EQ(imported.exit, 0) << imported.err;
+    for (const char* year : {"2020", "2021", "2022"}) ASSERT_EQ(city(year), "Gatineau\n");
+  }
+};
+
+TEST_F(UndoOfSeveralYearsTest, IsOneStepAndDoneTwiceReturns) {
+  importThree();
+  const std::string imported = readFile(file("2022"));
+  const ToolResult result = inYear("2021", {"undo"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  for (const char* year : {"2020", "2021"}) {
+    EXPECT_EQ(city(year), "Alma\n");
+    EXPECT_NE(result.out.find("T1 " + std::string(year) + "  preparerCity: Gatineau -> Alma"),
+              std::string::npos)
+        << result.out;
+  }
+  EXPECT_FALSE(fs::exists(file("2022"))) << "the import had made it";
+  EXPECT_EQ(inYear("2020", {"undo"}).exit, 0);
+  for (const char* year : {"2020", "2021", "2022"}) EXPECT_EQ(city(year), "Gatineau\n") << year;
+  // Also from the year that had not been there.
+  EXPECT_EQ(inYear("2022", {"undo"}).exit, 0);
+  EXPECT_EQ(city("2020"), "Alma\n");
+  EXPECT_FALSE(fs::exists(file("2022")));
+  EXPECT_EQ(inYear("2022", {"undo"}).exit, 0);
+  for (const char* year : {"2020", "2021", "2022"}) EXPECT_EQ(city(year), "Gatineau\n") << year;
+}
+
+TEST_F(UndoOfSeveralYearsTest, FromAYearThatItMade) {
+  importThree();
+  EXPECT_EQ(inYear("2022", {"undo"}).exit, 0);
+  EXPECT_FALSE(fs::exists(file("2022")));
+  EXPECT_EQ(city("2021"), "Alma\n");
+}
+
+TEST_F(UndoOfSeveralYearsTest, WhatChangedSinceStaysAndIsNamed) {
+  importThree();
+  ASSERT_EQ(inYear("2021", {"set", "preparerPhone", "666"}).exit, 0);
+  ASSERT_EQ(inYear("2022", {"set", "preparerCity", "Chambly"}).exit, 0);
+  const ToolResult result = inYear("2020", {"--json", "undo"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_NE(result.err.find("T1 2021: preparerPhone was changed since and stays as it is"), std::string::npos)
+      << result.err;
+  EXPECT_NE(result.err.find("T1 2022: preparerCity was changed since"), std::string::npos) << result.err;
+  EXPECT_EQ(city("2020"), "Alma\n");
+  EXPECT_EQ(city("2021"), "Alma\n");
+  EXPECT_EQ(inYear("2021", {"get", "preparerPhone"}).out, "666\n");
+  EXPECT_EQ(city("2022"), "Chambly\n");
+  EXPECT_EQ(inYear("2022", {"get", "preparerPhone"}).out, "\n");
+  int since = 0;
+  for (const json& change : json::parse(result.out)) since += change["changedSince"].get<bool>() ? 1 : 0;
+  EXPECT_EQ(since, 2) << result.out;
+}
+
+TEST_F(UndoOfSeveralYearsTest, AYearWhoseLastChangeIsAnotherIsUndoneByItself) {
+  importThree();
+  ASSERT_EQ(inYear("2021", {"set", "preparerPhone", "666"}).exit, 0);
+  EXPECT_EQ(inYear("2021", {"undo"}).exit, 0);
+  EXPECT_EQ(inYear("2021", {"get", "preparerPhone"}).out, "555\n");
+  EXPECT_EQ(city("2020"), "Gatineau\n");
+  // An option, or a state that is named, is this year's only.
+  EXPECT_EQ(inYear("2020", {"undo", "preparerCity"}).exit, 0);
+  EXPECT_EQ(city("2020"), "Alma\n");
+  EXPECT_EQ(city("2021"), "Gatineau\n");
+}
+
+TEST_F(UndoOfSeveralYearsTest, WhatIsNotKeptAnyMoreIsToldAndStays) {
+  importThree();
+  fs::remove(qorvane::FileUserDefaults().generations("QorvaneT1Settings2021").at(0).path);
+  const ToolResult result = inYear("2020", {"undo"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_NE(result.err.find("T1 2021 stays as it is"), std::string::npos) << result.err;
+  EXPECT_EQ(city("2020"), "Alma\n");
+  EXPECT_EQ(city("2021"), "Gatineau\n");
+}
+
+// Without the note of it, each year is undone by itself, and nothing worse.
+TEST_F(UndoOfSeveralYearsTest, ADamagedNoteOfTheStepIsNone) {
+  for (const char* bytes : {"junk",
+                            "<plist><array><string>x</string><dict><key>QorvaneT1Settings2020</key>"
+                            "<dict><key>before</key><string>2</string></dict></dict></array></plist>"}) {
+    importThree();
+    writeFile(home.store() / ".steps.plist", bytes);
+    EXPECT_EQ(inYear("2020", {"undo"}).exit, 0);
+    EXPECT_EQ(city("2020"), "Alma\n");
+    EXPECT_EQ(city("2021"), "Gatineau\n");
+    EXPECT_EQ(inYear("2022", {"undo"}).exit, 1);
+    fs::remove_all(home.store());
+  }
+}
+
 }  // namespace
 }  // namespace testing_support

@@ -91,6 +91,22 @@ TEST_F(YearVerbsTest, DiffComparesAFileWithTheStore) {
   EXPECT_EQ(optionsmgr({"diff", old, old}).exit, 0);
 }
 
+TEST_F(YearVerbsTest, DiffComparesAGenerationWithTheStore) {
+  for (const char* city : {"Alma", "Gatineau", "Gaspé"}) set("2024", "preparerCity", city);
+  EXPECT_EQ(optionsmgr({"--year", "2024", "diff", "@3"}).out,
+            "option        T1 2024@3  T1 2024\npreparerCity  Gatineau   Gaspé\n");
+  EXPECT_EQ(optionsmgr({"--year", "2023", "diff", "2024@2", "T1:2024@3"}).out,
+            "option        T1 2024@2  T1 2024@3\npreparerCity  Alma       Gatineau\n");
+  EXPECT_EQ(optionsmgr({"diff", "2024@2", "2024@2"}).exit, 0);
+  expectFailure(optionsmgr({"--lang", "en", "--year", "2024", "diff", "@77"}), 2, "77");
+  expectFailure(optionsmgr({"--lang", "en", "diff", "2024@99999999999999999999"}), 2, "no good generation");
+  writeFile(home.store() / qorvane::FileUserDefaults().generations("QorvaneT1Settings2024").at(0).path, "x");
+  expectFailure(optionsmgr({"--lang", "en", "--year", "2024", "diff", "@3"}), 65, "damaged");
+  // A file may be named so.
+  fs::copy_file(file("2024"), home.path() / "old@12");
+  EXPECT_EQ(optionsmgr({"diff", (home.path() / "old@12").string(), "2024"}).exit, 0);
+}
+
 TEST_F(YearVerbsTest, DiffMasksSecrets) {
   set("2024", "preparerPassword", "hush");
   set("2025", "preparerPassword", "hash");
