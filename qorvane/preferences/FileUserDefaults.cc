@@ -291,8 +291,12 @@ std::vector<FileUserDefaults::Generation> FileUserDefaults::generations(const Te
 
 FileUserDefaults::Inspection FileUserDefaults::inspectGeneration(const Text& key,
                                                                  std::uint64_t number) const {
-  for (const Generation& generation : kept(key))
-    if (generation.number == number) return examine(generation.path, key);
+  for (const Generation& generation : kept(key)) {
+    if (generation.number != number) continue;
+    Contents contents = examine(generation.path, key);
+    if (contents.isGood()) contents.Inspection::object = contents.object(key);
+    return contents;
+  }
   return {};
 }
 

@@ -123,6 +123,8 @@ TEST_F(GenerationsTest, EachSaveKeepsTheFileItReplaces) {
     EXPECT_EQ(one.number, static_cast<std::uint64_t>(5 - i));
     EXPECT_TRUE(isIdentical(store.objectOfGeneration(kKey, one.number), numbered(4 - i)));
     EXPECT_EQ(store.inspectGeneration(kKey, one.number).state, State::Good);
+    EXPECT_TRUE(isIdentical(store.inspectGeneration(kKey, one.number).object,
+                            store.objectOfGeneration(kKey, one.number)));
     EXPECT_EQ(modeOf(one.path), 0600u);
     EXPECT_EQ(one.size, fs::file_size(one.path));
     EXPECT_GT(one.written, 1'700'000'000);
@@ -276,7 +278,9 @@ TEST_F(GenerationsTest, ASaveMakesTwentyCalls) {
   other.setObject(numbered(5), kKey);
   calls.forgetCalls();
   ASSERT_TRUE(other.synchronize());
-  EXPECT_EQ(calls.calls().size(), 22u);
+  std::string made;
+  for (const std::string& name : calls.calls()) made += name + " ";
+  EXPECT_EQ(calls.calls().size(), 22u) << made;
 }
 
 }  // namespace
