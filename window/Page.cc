@@ -1,0 +1,172 @@
+#include "window/Page.h"
+
+#include <QFrame>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "tool/speech/Language.h"
+#include "window/Words.h"
+
+namespace optionsmgr::window {
+
+Page::Page(RowActions& actions, QWidget* parent) : QScrollArea(parent), actions_(actions) {
+  setWidgetResizable(true);
+  setFrameShape(QFrame::NoFrame);
+  setFocusPolicy(Qt::NoFocus);
+  content_ = new QWidget;
+  auto* outer = new QHBoxLayout(content_);
+  outer->setContentsMargins(16, 8, 16, 16);
+  // Rows end where a person still sees which ⋮ belongs to which label.
+  auto* column = new QWidget(content_);
+  column->setMaximumWidth(fontMetrics().horizontalAdvance('0') * 110);
+  layout_ = new QVBoxLayout(column);
+  layout_->setContentsMargins(0, 0, 0, 0);
+  layout_->setSpacing(1);
+  outer->addWidget(column, 1, Qt::AlignTop);
+  outer->addStretch(0);
+  setWidget(content_);
+}
+
+void Page::forget() {
+  clear();
+  for (const auto& [item, row] : made_) row->deleteLater();
+  made_.clear();
+}
+
+void Page::clear() {
+  while (QLayoutItem* item = layout_->takeAt(0)) delete item;
+  for (QWidget* widget : between_) {
+    widget->hide();
+    widget->deleteLater();
+  }
+  between_.clear();
+  shown_.clear();
+}
+
+int Page::labelWidth() const {
+  const QFontMetrics metrics(font());
+  int width = 0;
+  for (const Item& item : sheet_->items())
+    width = std::max(width, metrics.horizontalAdvance(item.label()) + 4);
+  return std::min(width, metrics.averageCharWidth() * 38);
+}
+
+Row& Page::rowFor(const Item& item) {
+  Row*& row = made_[&item];
+  if (!row) row = new Row(item, *sheet_, actions_, labelWidth(), content_);
+  return *row;
+}
+
+void Page::addTitle(const QString& text, bool small) {
+  auto* title = new QLabel(text, this);
+  title->setTextFormat(Qt::PlainText);
+  QFont larger = title->font();
+  if (small)
+    larger.setWeight(QFont::DemiBold);
+  else
+    larger.setPointSizeF(larger.pointSizeF() * 1.35);
+  title->setFont(larger);
+  title->setContentsMargins(4, small ? 12 : 8, 4, small ? 2 : 4);
+  layout_->addWidget(title);
+  title->show();
+  between_.push_back(title);
+}
+
+void Page::show(Sheet& sheet, const std::vector<Section>& sections) {
+  setUpdatesEnabled(false);
+  const std::vector<Row*> before = shown_;
+  clear();
+  sheet_ = &sheet;
+  for (const Section& section : sections) {
+    addTitle(section.title, false);
+    QGridLayout* grid = nullptr;
+    int place = 0;
+    for (const Item* item : section.items) {
+      if (section.hasHeadings && item->headingEnglish) {
+        addTitle(QString::fromUtf8(speaksFrench() ? item->headingFrench : item->headingEnglish), true);
+        grid = nullptr;
+      }
+      Row& row = rowFor(*item);
+      shown_.push_back(&row);
+      if (section.columns == 1) {
+        layout_->addWidget(&row);
+        continue;
+      }
+      if (!grid) {
+        place = 0;
+        grid = new QGridLayout;
+        grid->setSpacing(1);
+        grid->setContentsMargins(0, 0, 0, 0);
+        layout_->addLayout(grid);
+      }
+      grid->addWidget(&row, place / section.columns, place % section.columns);
+      ++place;
+    }
+  }
+  layout_->addStretch(1);
+  for (Row* row : before)
+    if (std::ranges::find(shown_, row) == shown_.end()) row->hide();
+  for (Row* row : shown_) row->setVisible(true);
+  // Tab follows what is read.
+  QWidget* last = nullptr;
+  for (Row* row : shown_)
+    for (QWidget* stop : row->findChildren<QWidget*>()) {
+      if (!(stop->focusPolicy() & Qt::TabFocus) || stop->window() != window()) continue;
+      if (last) setTabOrder(last, stop);
+      last = stop;
+    }
+  setUpdatesEnabled(true);
+}
+
+void Page::say(const QString& text, const QString& answer, const std::function<void()>& then) {
+  const std::vector<Row*> before = shown_;
+  clear();
+  for (Row* row : before) row->hide();
+  auto* message = new QLabel(text, this);
+  message->setObjectName("pageMessage");
+  message->setTextFormat(Qt::PlainText);
+  message->setWordWrap(true);
+  message->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  message->setContentsMargins(4, 24, 4, 12);
+  layout_->addWidget(message);
+  message->show();
+  between_.push_back(message);
+  if (!answer.isEmpty()) {
+    auto* button = new QPushButton(answer, this);
+    button->setObjectName("pageAnswer");
+    connect(button, &QPushButton::clicked, this, then);
+    layout_->addWidget(button, 0, Qt::AlignLeft);
+    button->show();
+    between_.push_back(button);
+  }
+  layout_->addStretch(1);
+}
+
+Row* Page::rowOf(const Item& item) const {
+  const auto row = std::ranges::find(shown_, &item, [](const Row* one) { return &one->item(); });
+  return row == shown_.end() ? nullptr : *row;
+}
+
+Row* Page::rowAround(QWidget* widget) {
+  for (; widget; widget = widget->parentWidget())
+    if (auto* row = dynamic_cast<Row*>(widget)) return row;
+  return nullptr;
+}
+
+void Page::refresh(const Item& item) {
+  if (const auto row = made_.find(&item); row != made_.end()) row->second->refresh();
+}
+
+void Page::refreshAll() {
+  for (const auto& [item, row] : made_) row->refresh();
+}
+
+void Page::goTo(Row& row) {
+  ensureWidgetVisible(&row);
+  row.field()->setFocus(Qt::TabFocusReason);
+}
+
+}  // namespace optionsmgr::window

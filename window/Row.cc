@@ -1,0 +1,156 @@
+#include "window/Row.h"
+
+#include <QContextMenuEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QToolButton>
+
+#include "tool/speech/Language.h"
+#include "window/Words.h"
+
+namespace optionsmgr::window {
+
+Row::Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QWidget* parent)
+    : QWidget(parent), item_(item), sheet_(sheet), actions_(actions) {
+  setObjectName("row:" + shown(item.row->name));
+  layout_ = new QGridLayout(this);
+  layout_->setContentsMargins(4, 3, 4, 3);
+  layout_->setHorizontalSpacing(8);
+  layout_->setVerticalSpacing(2);
+  mark_ = new Mark(this);
+  label_ = new QLabel(this);
+  setFound({}, {});
+  label_->setWordWrap(true);
+  label_->setFixedWidth(labelWidth);
+  editor_ = makeEditor(item, sheet);
+  editor_->setParent(this);
+  editor_->field()->setObjectName("field:" + shown(item.row->name));
+  editor_->changed = [this](const Item& changed, const Edit& edit, bool finished) {
+    actions_.edited(changed, edit, finished);
+  };
+  label_->setBuddy(editor_->field());
+  more_ = new QToolButton(this);
+  more_->setText("⋮");
+  more_->setAutoRaise(true);
+  more_->setFocusPolicy(Qt::NoFocus);
+  more_->setAccessibleName(said(Word::More, item.label()));
+  connect(more_, &QToolButton::clicked, this, &Row::openMenu);
+  const Qt::Alignment top = item.control == Control::Lines ? Qt::AlignTop : Qt::AlignVCenter;
+  layout_->addWidget(mark_, 0, 0, top);
+  layout_->addWidget(label_, 0, 1, top);
+  layout_->addWidget(editor_, 0, 2, editor_->isWide() ? Qt::Alignment() : Qt::AlignLeft | top);
+  layout_->addWidget(more_, 0, 4, top);
+  layout_->setColumnStretch(2, 1);
+  refresh();
+}
+
+void Row::refresh() {
+  editor_->refresh();
+  state_ = sheet_.state(item_);
+  mark_->show(state_);
+  const Notice now = notice();
+  if (now.text != noticed_) showNotice(now);
+  describe(now.text);
+  update();
+}
+
+Row::Notice Row::notice() const {
+  using enum RowActions::Settle;
+  if (const qorvane::Value* theirs = sheet_.conflict(item_)) {
+    const bool hidden = item_.control == Control::Secret;
+    return {hidden ? said(Word::SavedMeanwhileHidden)
+                   : said(Word::SavedMeanwhile, inWords(item_, sheet_.product(), *theirs)),
+            {{said(Word::KeepMine), KeepMine}, {said(Word::TakeTheirs), TakeTheirs}}};
+  }
+  if (const auto& refusal = sheet_.refusal(item_)) {
+    QString reason = shown(refusal->failure.reason(language()));
+    reason = reason.left(1).toUpper() + reason.mid(1) + ".";
+    Notice notice{reason, {{said(Word::Correct), Correct}}};
+    if (refusal->mayBeKept) notice.answers.emplace_back(said(Word::KeepAnyway), KeepAnyway);
+    return notice;
+  }
+  if (sheet_.isUnreadable(item_) && !sheet_.edit(item_))
+    return {said(Word::NoColour), {{said(Word::UseDefault), UseDefault}}};
+  return {};
+}
+
+void Row::showNotice(const Notice& notice) {
+  noticed_ = notice.text;
+  if (notice_) {
+    layout_->removeWidget(notice_);
+    // It may be a button in it that was pressed.
+    notice_->hide();
+    notice_->deleteLater();
+    notice_ = nullptr;
+  }
+  if (notice.text.isEmpty()) return;
+  notice_ = new QWidget(this);
+  auto* line = new QHBoxLayout(notice_);
+  line->setContentsMargins(0, 0, 0, 2);
+  auto* text = new QLabel(notice.text, notice_);
+  text->setObjectName("notice:" + shown(item_.row->name));
+  text->setTextFormat(Qt::PlainText);
+  text->setWordWrap(true);
+  text->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  QPalette colors = text->palette();
+  colors.setColor(QPalette::WindowText, warningColor(palette()));
+  text->setPalette(colors);
+  line->addWidget(text, 1);
+  for (const auto& [answer, how] : notice.answers) {
+    auto* button = new QPushButton(answer, notice_);
+    button->setAccessibleDescription(notice.text);
+    connect(button, &QPushButton::clicked, this, [this, settled = how] { actions_.settle(item_, settled); });
+    line->addWidget(button);
+  }
+  layout_->addWidget(notice_, 1, 1, 1, 4);
+  notice_->show();
+}
+
+// For those who hear the window: the description, how the value stands, and what is to be said of it.
+void Row::describe(const QString& noticed) {
+  QStringList parts{item_.description(), wordOf(state_) + "."};
+  if (!noticed.isEmpty()) parts << noticed;
+  editor_->field()->setAccessibleDescription(parts.join(' '));
+}
+
+void Row::setFound(const QString& richLabel, const QString& elsewhere) {
+  if (richLabel.isEmpty()) {
+    label_->setTextFormat(Qt::PlainText);
+    label_->setText(item_.label().replace('&', "&&"));
+  } else {
+    label_->setTextFormat(Qt::RichText);
+    label_->setText(richLabel);
+  }
+  if (elsewhere.isEmpty() && !found_) return;
+  if (!found_) {
+    found_ = new QLabel(this);
+    found_->setTextFormat(Qt::PlainText);
+    found_->setWordWrap(true);
+    found_->setForegroundRole(QPalette::PlaceholderText);
+    layout_->addWidget(found_, 2, 1, 1, 3);
+  }
+  found_->setText(elsewhere);
+  found_->setVisible(!elsewhere.isEmpty());
+}
+
+void Row::openMenu() { actions_.openMenu(item_, more_->mapToGlobal(QPoint(0, more_->height()))); }
+
+void Row::contextMenuEvent(QContextMenuEvent* event) {
+  openMenu();
+  event->accept();
+}
+
+void Row::paintEvent(QPaintEvent*) {
+  if (state_ <= State::Locked) return;
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  QColor tint = state_ == State::Unsaved ? palette().color(QPalette::Highlight) : warningColor(palette());
+  tint.setAlphaF(0.10F);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(tint);
+  painter.drawRoundedRect(rect(), 4, 4);
+}
+
+}  // namespace optionsmgr::window
