@@ -137,13 +137,19 @@ std::string Agent::syncOnce() try {
   throw failureOf(error);
 }
 
-// Whether a notification that this connection sends comes back to it: through a pooler it may not, and a
-// standby refuses to listen.
+// Whether notifications come: through a pooler they may not, and a standby refuses to listen. What a
+// connection sends itself comes back with the answer, even from a pooler that would swallow all others; so
+// where one stands between, which tells another process than the one that answers, somebody else sends.
 bool Agent::hears(Connection& server) try {
   const std::string channel = "optionsmgr_" + newToken();
   server.ask("LISTEN optionsmgr");
   server.ask(("LISTEN " + channel).c_str());
-  server.ask("SELECT pg_notify($1, '')", {channel});
+  const char* const notify = "SELECT pg_notify($1, '')";
+  const bool direct = server.ask("SELECT pg_backend_pid()").text(0, 0) == std::to_string(server.process());
+  if (direct)
+    server.ask(notify, {channel});
+  else
+    Connection(stop_).ask(notify, {channel});
   const bool heard = server.heardBefore(Clock::now() + 2s);
   server.ask(("UNLISTEN " + channel).c_str());
   return heard;

@@ -262,6 +262,8 @@ bool Connection::heardBefore(Clock::time_point until) {
   }
 }
 
+int Connection::process() const { return PQbackendPID(connection_.get()); }
+
 std::vector<std::string> Connection::takeWarnings() { return std::exchange(warnings_, {}); }
 
 }  // namespace optionsmgr::firm

@@ -75,6 +75,9 @@ class Connection {
   /// Waits until then for a notification; true when one came. Takes all that are there.
   bool heardBefore(Clock::time_point until);
 
+  /// The server's process, as it was told when the connection was made; a pooler tells a number of its own.
+  int process() const;
+
   /// Warnings since the last call.
   std::vector<std::string> takeWarnings();
 
