@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -26,8 +27,16 @@ namespace {
 constexpr const char* kPrograms = "/usr/lib/postgresql/15/bin/";
 constexpr uid_t kNobody = 65534;
 
-// Starts the program as an ordinary user, in a process group of its own, to be ended with this process.
-pid_t started(const std::vector<std::string>& command, const fs::path& folder) {
+int ended(pid_t process) {
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+}  // namespace
+
+pid_t startAsOrdinaryUser(const std::vector<std::string>& command, const fs::path& folder) {
   const pid_t parent = getpid();
   const pid_t child = fork();
   if (child != 0) return child;
@@ -51,30 +60,48 @@ pid_t started(const std::vector<std::string>& command, const fs::path& folder) {
   _exit(127);
 }
 
-int ended(pid_t process) {
-  int status = 0;
-  while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  return status;
+void endProgram(pid_t process, int signal) {
+  kill(process, signal);
+  ended(process);
 }
 
-}  // namespace
+void giveToOrdinaryUser(const fs::path& path) {
+  if (chmod(path.c_str(), 0600) != 0 || (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0))
+    throw std::runtime_error("cannot give " + path.string());
+}
 
 bool FirmServer::available() {
   return access((std::string(kPrograms) + "initdb").c_str(), X_OK) == 0 &&
          access((std::string(kPrograms) + "postgres").c_str(), X_OK) == 0;
 }
 
-FirmServer::FirmServer() {
+void FirmServer::makeFolder() {
   std::string pattern = (fs::temp_directory_path() / "optionsmgr-firm-XXXXXX").string();
   if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make " + pattern);
   folder_ = pattern;
   if (geteuid() == 0 && chown(pattern.c_str(), kNobody, kNobody) != 0)
     throw std::runtime_error("cannot give " + pattern);
-  const pid_t making = started({std::string(kPrograms) + "initdb", "-D", (folder_ / "data").string(), "-U",
-                                "postgres", "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8", "-N"},
-                               folder_);
+}
+
+FirmServer::FirmServer() {
+  makeFolder();
+  const pid_t making =
+      startAsOrdinaryUser({std::string(kPrograms) + "initdb", "-D", (folder_ / "data").string(), "-U",
+                           "postgres", "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8", "-N"},
+                          folder_);
   if (ended(making) != 0) throw std::runtime_error("initdb failed: " + log());
+  start();
+}
+
+FirmServer::FirmServer(const FirmServer& primary, const std::string& name) {
+  makeFolder();
+  const pid_t copying =
+      startAsOrdinaryUser({std::string(kPrograms) + "pg_basebackup", "-D", (folder_ / "data").string(),
+                           "--no-sync", "-X", "stream", "-c", "fast", "-R", "-d",
+                           "user=postgres host=" + primary.folder().string() +
+                               " port=" + std::to_string(primary.port()) + " application_name=" + name},
+                          folder_);
+  if (ended(copying) != 0) throw std::runtime_error("pg_basebackup failed: " + log());
   start();
 }
 
@@ -85,12 +112,13 @@ FirmServer::~FirmServer() {
 }
 
 void FirmServer::start() {
-  process_ = started({std::string(kPrograms) + "postgres", "-D", (folder_ / "data").string(), "-c",
-                      port_ == 5432 ? "listen_addresses=" : "listen_addresses=127.0.0.1", "-c",
-                      "port=" + std::to_string(port_), "-c", "unix_socket_directories=" + folder_.string(),
-                      "-c", "fsync=off", "-c", "max_connections=200", "-c", "shared_buffers=16MB", "-c",
-                      "log_min_messages=warning"},
-                     folder_);
+  process_ = startAsOrdinaryUser(
+      {std::string(kPrograms) + "postgres", "-D", (folder_ / "data").string(), "-c",
+       port_ == 5432 ? "listen_addresses=" : "listen_addresses=127.0.0.1", "-c",
+       "port=" + std::to_string(port_), "-c", "unix_socket_directories=" + folder_.string(), "-c",
+       "fsync=off", "-c", "max_connections=200", "-c", "shared_buffers=16MB", "-c",
+       "log_min_messages=warning"},
+      folder_);
   for (;;) try {
       connect("postgres", "postgres");
       return;
@@ -110,6 +138,23 @@ void FirmServer::stop() {
   ended(process_);
   process_ = -1;
 }
+
+void FirmServer::crash() {
+  if (process_ < 0) return;
+  signal(SIGKILL);
+  ended(process_);
+  process_ = -1;
+}
+
+void FirmServer::promote() const {
+  connect("postgres", "postgres")->ask("SELECT pg_promote(true, 60)", {}, std::chrono::seconds(60));
+}
+
+void FirmServer::configure(const std::string& lines) {
+  std::ofstream(folder_ / "data/postgresql.conf", std::ios::app) << lines << '\n';
+}
+void FirmServer::allow(const std::string& lines) { writeFile(folder_ / "data/pg_hba.conf", lines + "\n"); }
+void FirmServer::reload() { connect("postgres", "postgres")->ask("SELECT pg_reload_conf()"); }
 
 void FirmServer::listen() {
   // Any port that is free now.
@@ -136,8 +181,8 @@ void FirmServer::signal(int number) {
 std::string FirmServer::log() const { return readFile(folder_ / "log"); }
 
 void FirmServer::choose(const std::string& login, const std::string& database) const {
-  for (const char* variable :
-       {"PGSERVICE", "PGHOSTADDR", "PGPASSWORD", "PGOPTIONS", "PGSSLMODE", "PGCHANNELBINDING"})
+  for (const char* variable : {"PGSERVICE", "PGHOSTADDR", "PGPASSWORD", "PGOPTIONS", "PGSSLMODE",
+                               "PGSSLROOTCERT", "PGCHANNELBINDING"})
     unsetenv(variable);
   setenv("PGHOST", folder_.c_str(), 1);
   setenv("PGPORT", std::to_string(port_).c_str(), 1);

@@ -1,6 +1,6 @@
 // A real server for the tests of the firm: Debian's postgresql-15 on a cluster of its own in a temporary
-// folder, by Unix socket alone, run by an ordinary user. It dies with the process that made it, however that
-// ends.
+// folder, by Unix socket alone where a test says nothing else, run by an ordinary user. It dies with the
+// process that made it, however that ends.
 #pragma once
 
 #include <sys/types.h>
@@ -18,16 +18,28 @@ class FirmServer {
  public:
   /// Makes the cluster and starts it.
   FirmServer();
+  /// A standby, from a copy of the primary as it is now; the primary knows it by that name.
+  FirmServer(const FirmServer& primary, const std::string& name);
   ~FirmServer();
   FirmServer(const FirmServer&) = delete;
   FirmServer& operator=(const FirmServer&) = delete;
+
+  /// Lines for its configuration, and in place of who may log in how; from the next start or `reload`.
+  void configure(const std::string& lines);
+  void allow(const std::string& lines);
+  void reload();
 
   /// Whether the packages are there; where not, tests say so and are skipped.
   static bool available();
 
   void start();
   void stop();
-  /// From its next start it is reached by TCP too, on the machine's loopback and without TLS.
+  /// Ends as with the machine's power.
+  void crash();
+  /// A standby becomes a primary.
+  void promote() const;
+  /// From its next start it is reached by TCP too, on the machine's loopback and, unless it is configured,
+  /// without TLS.
   void listen();
   int port() const { return port_; }
   /// Sends the signal to the server's processes, all of them.
@@ -43,10 +55,20 @@ class FirmServer {
                                                         const std::string& database) const;
 
  private:
+  void makeFolder();
+
   std::filesystem::path folder_;
   int port_ = 5432;
   pid_t process_ = -1;
 };
+
+/// Starts the program as the servers' user, with no environment but a path, in that folder, where its output
+/// goes to "log"; it dies with this process.
+pid_t startAsOrdinaryUser(const std::vector<std::string>& command, const std::filesystem::path& folder);
+/// Ends it and waits for its end.
+void endProgram(pid_t process, int signal);
+/// Makes the file one of the servers' user's own, closed to others.
+void giveToOrdinaryUser(const std::filesystem::path& path);
 
 /// The one server that the suite's tests share, each in a database and with logins of its own.
 FirmServer& sharedServer();
