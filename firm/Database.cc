@@ -16,10 +16,17 @@ namespace {
 
 constexpr std::chrono::seconds kConnecting{5};
 
-// A message of libpq or the server without its last line break.
+// A message of libpq or the server on one line.
 std::string trimmed(const char* message) {
-  std::string text = message ? message : "";
-  while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
+  std::string text;
+  for (const char c : std::string_view(message ? message : "")) {
+    const bool blank = c == ' ' || c == '\n' || c == '\t';
+    if (!blank)
+      text += c;
+    else if (!text.empty() && text.back() != ' ')
+      text += ' ';
+  }
+  if (text.ends_with(' ')) text.pop_back();
   return text;
 }
 
