@@ -10,15 +10,10 @@
 #include <thread>
 #include <vector>
 
-#include "firm/Agent.h"
-#include "firm/Migrations.h"
 #include "firm/Store.h"
-#include "qorvane/foundation/Dictionary.h"
-#include "qorvane/propertylist/PropertyList.h"
 #include "tests/TestHome.h"
 #include "tests/firm/AgentProcess.h"
-#include "tests/firm/FirmServer.h"
-#include "tests/tool/ToolRun.h"
+#include "tests/firm/FirmOfOne.h"
 
 namespace {
 
@@ -27,65 +22,17 @@ using namespace std::chrono_literals;
 using namespace optionsmgr::firm;
 using testing_support::AgentProcess;
 using testing_support::await;
+using testing_support::FirmOfOne;
 using testing_support::FirmServer;
 using testing_support::readFile;
 using testing_support::writeFile;
 
-// A firm of one place, whose desk is the superuser's.
-class FirmServersTest : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!FirmServer::available()) GTEST_SKIP() << "postgresql-15 is not installed";
-    setenv("XDG_CONFIG_DIRS", home_.path().c_str(), 1);
-    setenv("LC_ALL", "C.UTF-8", 1);
-    server_ = std::make_unique<FirmServer>();
-    const auto owner = server_->connect("postgres", "postgres");
-    initialize(*owner, false);
-    owner->ask("SELECT optionsmgr.add_place(gen_random_uuid(), NULL, NULL, 'Firm', '')");
-    place_ = placeCalled(*owner, "Firm");
-    write(*server_, "one");
-  }
-  void TearDown() override { unsetenv("XDG_CONFIG_DIRS"); }
-
-  Entry city(const std::string& value) const {
-    Entry entry{.place = place_, .product = "T1", .key = "PCity"};
-    entry.sets = true;
-    entry.value = '"' + value + '"';
-    return entry;
-  }
-  Stored write(const FirmServer& server, const std::string& value) const {
-    const auto owner = server.connect("postgres", "postgres");
-    return store(*owner, {city(value)}, std::nullopt);
-  }
-  // What one fetch answers: its number, or what it is told.
-  static std::string synced() try { return Agent({}, -1).syncOnce(); } catch (const FirmFailure& failure) {
-    return failure.what();
-  }
-  fs::path states() const { return home_.path() / ".local/state/Qorvane/firm"; }
-  std::string atDesk() const try {
-    const qorvane::Value top =
-        qorvane::readPropertyList(readFile(states() / "current/QorvaneT1Settings.plist"));
-    return top.asDictionary()->find("QorvaneT1Settings")->asDictionary()->find("PCity")->textValue().string();
-  } catch (const std::runtime_error&) {
-    return "";
-  }
-  std::string status() const { return readFile(states() / "status.json"); }
-  bool isState(const std::string& word) const {
-    return fs::exists(states() / "status.json") &&
-           status().find("\"state\": \"" + word + "\"") != std::string::npos;
-  }
-
-  testing_support::TestHome home_;
-  std::unique_ptr<FirmServer> server_;
-  std::string place_;
-};
-
 // ---- TLS and passwords ------------------------------------------------------------------------------------
 
-class FirmTlsTest : public FirmServersTest {
+class FirmTlsTest : public FirmOfOne {
  protected:
   void SetUp() override {
-    FirmServersTest::SetUp();
+    FirmOfOne::SetUp();
     if (IsSkipped()) return;
     if (std::system("command -v openssl >/dev/null") != 0) GTEST_SKIP() << "openssl is not installed";
     makeAuthority("authority");
@@ -201,10 +148,10 @@ TEST_F(FirmTlsTest, AnAgentGoesOnWithItsConnectionAndThenWithTheNewPassword) {
 
 // ---- a pooler ---------------------------------------------------------------------------------------------
 
-class FirmPoolerTest : public FirmServersTest {
+class FirmPoolerTest : public FirmOfOne {
  protected:
   void SetUp() override {
-    FirmServersTest::SetUp();
+    FirmOfOne::SetUp();
     if (IsSkipped()) return;
     if (access(kPooler, X_OK) != 0) GTEST_SKIP() << "pgbouncer is not installed";
     const fs::path folder = server_->folder();
@@ -227,7 +174,7 @@ class FirmPoolerTest : public FirmServersTest {
   }
   void TearDown() override {
     if (pooler_ > 0) testing_support::endProgram(pooler_, SIGKILL);
-    FirmServersTest::TearDown();
+    FirmOfOne::TearDown();
   }
   void choose() const {
     server_->choose("postgres", "postgres");
@@ -260,10 +207,10 @@ TEST_F(FirmPoolerTest, VerbsWriteThroughIt) {
 
 // ---- two servers ------------------------------------------------------------------------------------------
 
-class FirmStandbySlowTest : public FirmServersTest {
+class FirmStandbySlowTest : public FirmOfOne {
  protected:
   void SetUp() override {
-    FirmServersTest::SetUp();
+    FirmOfOne::SetUp();
     if (!IsSkipped()) addStandby();
   }
   void addStandby() {
