@@ -38,6 +38,7 @@ TestHome::TestHome() {
   setenv("HOME", pattern.c_str(), 1);
   for (const char* variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_DOCUMENTS_DIR"})
     unsetenv(variable);
+  setenv("XDG_CONFIG_DIRS", (path_ / "etc" / "xdg").c_str(), 1);
 }
 
 TestHome::~TestHome() {

@@ -8,6 +8,7 @@
 #include "qorvane/jurisdictions/DisplayLanguage.h"
 #include "qorvane/manager/FacadeState.h"
 #include "qorvane/store/OptionEdits.h"
+#include "qorvane/store/OptionOrigin.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/StoredForms.h"
@@ -67,14 +68,6 @@ OptionsMgr::OptionsMgr() {
 
 OptionsMgr::~OptionsMgr() = default;
 
-void OptionsMgr::saveOptions() { store().saveOptions(); }
-std::vector<Text> OptionsMgr::refresh() { return store().refresh(); }
-const std::vector<Text>& OptionsMgr::changedNames() { return store().changedNames(); }
-OptionEdits OptionsMgr::edits() { return OptionEdits(store()); }
-std::optional<Failure> OptionsMgr::saveFailure() { return store().saveFailure(); }
-bool OptionsMgr::reload() { return store().reload(); }
-std::optional<Failure> OptionsMgr::loadFailure() { return store().loadFailure(); }
-
 namespace {
 
 NamedOption optionNamed(std::string_view name) {
@@ -84,6 +77,15 @@ NamedOption optionNamed(std::string_view name) {
 }
 
 }  // namespace
+
+void OptionsMgr::saveOptions() { store().saveOptions(); }
+std::vector<Text> OptionsMgr::refresh() { return store().refresh(); }
+const std::vector<Text>& OptionsMgr::changedNames() { return store().changedNames(); }
+OptionEdits OptionsMgr::edits() { return OptionEdits(store()); }
+OptionOrigin OptionsMgr::origin(std::string_view name) { return store().origin(optionNamed(name).row->name); }
+std::optional<Failure> OptionsMgr::saveFailure() { return store().saveFailure(); }
+bool OptionsMgr::reload() { return store().reload(); }
+std::optional<Failure> OptionsMgr::loadFailure() { return store().loadFailure(); }
 
 Value OptionsMgr::valueForKey(std::string_view name) {
   const NamedOption option = optionNamed(name);

@@ -23,6 +23,7 @@ namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
 class OptionEdits;
+struct OptionOrigin;
 class Options;
 
 class OptionsMgr {
@@ -65,6 +66,9 @@ class OptionsMgr {
   static std::vector<Text> refresh();
   /// The options of the last announcement; see Options::changedNames.
   static const std::vector<Text>& changedNames();
+  /// Where an option's value comes from and who locks it, by property or facade name; an unknown name throws
+  /// Exception. See Options::origin.
+  static OptionOrigin origin(std::string_view name);
   /// Edits of the store, for a window of settings.
   static OptionEdits edits();
 

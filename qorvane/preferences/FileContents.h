@@ -34,6 +34,16 @@ void logFailure(const Made& made) noexcept try {
 } catch (const std::bad_alloc&) {
 }
 
+/// Where a file notes what was chosen.
+inline constexpr std::string_view kChosen = "Chosen";
+
+/// What a top-level dictionary notes; nil unless it is an array.
+inline Value chosenIn(const Value& top) {
+  const Dictionary* const entries = top.asDictionary();
+  const Value* const chosen = entries ? entries->find(kChosen) : nullptr;
+  return chosen && chosen->asArray() ? *chosen : Value();
+}
+
 struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
   Contents() = default;
   explicit Contents(std::string path) : target(std::move(path)) {}
@@ -52,6 +62,7 @@ struct FileUserDefaults::Contents : FileUserDefaults::Inspection {
   bool isGood() const { return state == State::Good; }
   bool isPrivate() const { return (status.st_mode & kRights) == kPrivateFile; }
   const Value& object(const Text& key) const { return *top.asDictionary()->find(key.view()); }
+  Settings settings(const Text& key) const { return {object(key), chosenIn(top)}; }
   Known known() const {
     Known known;
     known.bytes = bytes;

@@ -13,6 +13,7 @@
 #include "qorvane/desktop/Log.h"
 #include "qorvane/preferences/FileContents.h"
 #include "qorvane/preferences/Generations.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
 #include "qorvane/preferences/LockedFolder.h"
 #include "qorvane/preferences/OpenFile.h"
 #include "qorvane/preferences/Seal.h"
@@ -27,9 +28,13 @@ constexpr std::size_t kLargestFile = std::size_t{512} << 20;
 
 }  // namespace
 
-Value FileUserDefaults::Pending::over(const Value& standing) const {
-  Value merged = replacement ? *replacement : standing;
-  for (const auto& merge : merges) merged = merge->merged(merged);
+Settings FileUserDefaults::Pending::over(const Settings& standing) const {
+  Settings merged{replacement.value_or(standing.object), chosen.value_or(standing.chosen)};
+  for (const auto& merge : merges) merged = merge->mergedSettings(merged);
+  if (!merged.chosen.isNil()) {
+    const Dictionary* const entries = merged.object.asDictionary();
+    merged.chosen = entries ? chosenAmong(merged.chosen, *entries) : Value();
+  }
   return merged;
 }
 
@@ -161,7 +166,10 @@ FileUserDefaults::Contents FileUserDefaults::examineFile(const Text& key, const 
 
 FileUserDefaults::Inspection FileUserDefaults::inspect(const Text& key) const {
   Contents contents = examineFile(key);
-  if (contents.isGood()) contents.Inspection::object = contents.object(key);
+  if (contents.isGood()) {
+    contents.Inspection::object = contents.object(key);
+    contents.chosen = chosenIn(contents.top);
+  }
   return contents;
 }
 
@@ -174,12 +182,13 @@ Value FileUserDefaults::objectForKey(const Text& key) {
 }
 
 FileUserDefaults::Loaded FileUserDefaults::load(const Text& key) {
-  const Value onDisk = stored(key);
+  const Settings onDisk = stored(key);
   const auto pending = pending_.find(key.view());
-  return {onDisk, pending == pending_.end() ? onDisk : pending->second.over(onDisk)};
+  const Settings all = pending == pending_.end() ? onDisk : pending->second.over(onDisk);
+  return {onDisk.object, all.object, onDisk.chosen, all.chosen};
 }
 
-Value FileUserDefaults::stored(const Text& key) try {
+Settings FileUserDefaults::stored(const Text& key) try {
   const std::string path = pathForKey(key);
   const auto unread = unread_.insert(key.string()).first;
   const auto known = known_.find(key.view());
@@ -190,22 +199,22 @@ Value FileUserDefaults::stored(const Text& key) try {
       hold(folderOf(contents.target));
     } catch (const FileException&) {
     }
-  Value object;
+  Settings settings;
   if (contents.state == Inspection::State::Damaged) {
-    object = recover(key, *contents.damage);
+    settings = recover(key, *contents.damage);
   } else if (contents.isGood()) {
-    object = contents.object(key);
+    settings = contents.settings(key);
     if (known == known_.end() || known->second.bytes != contents.bytes)
       known_[key.string()] = contents.known();
   }
   unread_.erase(unread);
-  return object;
+  return settings;
 } catch (const FileException& error) {
   logFailure([&] { return Failure{FailureCode::settingsNotLoaded, {key}, 0, {error.failure()}}; });
   throw;
 }
 
-Value FileUserDefaults::recover(const Text& key, const Failure& damage) {
+Settings FileUserDefaults::recover(const Text& key, const Failure& damage) {
   const std::string path = pathForKey(key);
   Contents good;
   std::optional<Generation> source;
@@ -222,7 +231,7 @@ Value FileUserDefaults::recover(const Text& key, const Failure& damage) {
     const Lock lock(*this);
     // Another process may have mended or replaced the file meanwhile.
     const Contents now = examineToReplace(key, {}, {});
-    if (now.state != Inspection::State::Damaged) return now.isGood() ? now.object(key) : Value();
+    if (now.state != Inspection::State::Damaged) return now.isGood() ? now.settings(key) : Settings();
     // The copy takes the file's place at once, so that the settings do not hang on a later save.
     Known mended;
     mended.generation = std::max(nextNumber(key, now, nullptr), good.generation + 1);
@@ -243,7 +252,7 @@ Value FileUserDefaults::recover(const Text& key, const Failure& damage) {
     if (source) return {FailureCode::healedFromCopy, {path, aside, source->path}, 0, causes};
     return {FailureCode::startedAfresh, {path, aside}, 0, causes};
   });
-  return source ? good.object(key) : Value();
+  return source ? good.settings(key) : Settings();
 }
 
 // ---- generations ----------------------------------------------------------------------------------------
@@ -300,11 +309,11 @@ FileUserDefaults::Inspection FileUserDefaults::inspectGeneration(const Text& key
   return {};
 }
 
-Value FileUserDefaults::objectOfGeneration(const Text& key, std::uint64_t number) const {
+Settings FileUserDefaults::settingsOfGeneration(const Text& key, std::uint64_t number) const {
   for (const Generation& generation : kept(key)) {
     if (generation.number != number) continue;
     const Contents contents = examine(generation.path, key);
-    if (contents.isGood()) return contents.object(key);
+    if (contents.isGood()) return contents.settings(key);
     if (contents.state == Inspection::State::Damaged)
       throw Exception({FailureCode::generationDamaged, {generation.path}, 0, {*contents.damage}});
   }

@@ -11,8 +11,9 @@
 // once `synchronize` has answered true, the new one. A read takes no lock. docs/reliability.md tells what is
 // promised, what is not, and which test proves it.
 //
-// Files written by other programs, binary or XML, are read too; other entries beside <key> at their top level
-// are kept when we save. The file may be a symbolic link: its target is replaced, not the link, under the
+// Beside <key> the top level may hold the array `Chosen`: entries that were set on purpose (Settings). Files
+// written by other programs, binary or XML, are read too; other entries at their top level are kept when we
+// save. The file may be a symbolic link: its target is replaced, not the link, under the
 // lock of the target's folder, too. A target that belongs to another user is read, never replaced.
 //
 // Files are for their owner alone from the moment they exist, and so are folders that we make. The folder,
@@ -63,8 +64,9 @@ class FileUserDefaults : public UserDefaults {
     std::uint64_t generation = 0;
     /// What is wrong with a damaged one; none of another.
     std::optional<Failure> damage;
-    /// What a good one holds under the key: the bytes that were judged.
+    /// What a good one holds under the key, and what it notes as chosen: the bytes that were judged.
     Value object;
+    Value chosen;
   };
   /// Looks at the key's file and changes nothing. Throws FileException when it cannot be read.
   Inspection inspect(const Text& key) const;
@@ -83,9 +85,12 @@ class FileUserDefaults : public UserDefaults {
   std::vector<Generation> generations(const Text& key) const;
   /// As `inspect`, of a generation; missing when it is not kept.
   Inspection inspectGeneration(const Text& key, std::uint64_t number) const;
-  /// The object that the generation holds. Throws FileException when it is not there or cannot be read, and
+  /// What the generation holds. Throws FileException when it is not there or cannot be read, and
   /// Exception when it is damaged.
-  Value objectOfGeneration(const Text& key, std::uint64_t number) const;
+  Value objectOfGeneration(const Text& key, std::uint64_t number) const {
+    return settingsOfGeneration(key, number).object;
+  }
+  Settings settingsOfGeneration(const Text& key, std::uint64_t number) const;
   /// The one from which a damaged file is healed; none when none is good. Throws FileException when one that
   /// may be good cannot be read.
   std::optional<Generation> newestGoodGeneration(const Text& key) const;
@@ -111,6 +116,7 @@ class FileUserDefaults : public UserDefaults {
   /// Besides what every store refuses: nil for a key that could not be read throws Exception, for whoever
   /// could not load the settings must not remove them.
   void setObject(const Value& value, const Text& key) override;
+  void setSettings(const Settings& settings, const Text& key) override;
   /// Hands what the file holds at the moment of the save to `merge`, and writes its answer; a damaged file
   /// that is healed counts as what it was healed to. With a file that is damaged beyond healing it is kept
   /// aside and the whole object is written; one that cannot be read fails the save.
@@ -119,6 +125,7 @@ class FileUserDefaults : public UserDefaults {
   /// what is to be written is not written again; its folder is synced, unless this object wrote the file.
   [[nodiscard]] bool synchronize() override;
   std::optional<Failure> lastFailure() const override { return lastFailure_; }
+  std::string fileOf(const Text& key) const override { return pathForKey(key); }
   /// Drops an object that was set and not yet written: the next `synchronize` does not try it again.
   void forget(const Text& key) override { pending_.erase(key.string()); }
 
@@ -132,9 +139,12 @@ class FileUserDefaults : public UserDefaults {
     Value object;
     /// What replaces what stands, before the changes.
     std::optional<Value> replacement;
+    /// What replaces what is noted as chosen; otherwise that stays.
+    std::optional<Value> chosen;
     std::vector<std::shared_ptr<Merge>> merges;
 
-    Value over(const Value& standing) const;
+    /// Notes without an entry are dropped.
+    Settings over(const Settings& standing) const;
   };
   /// What is known of a key's file: its bytes when they were found good or written here, none when it was
   /// removed here; and what they hold. The same bytes need not be judged again.
@@ -169,8 +179,8 @@ class FileUserDefaults : public UserDefaults {
   Contents examine(const std::string& path, const Text& key) const;
   Contents examineFile(const Text& key, const Known* known = nullptr) const;
   Contents examineToReplace(const Text& key, const Pending& pending, const Known& known);
-  Value stored(const Text& key);
-  Value recover(const Text& key, const Failure& damage);
+  Settings stored(const Text& key);
+  Settings recover(const Text& key, const Failure& damage);
 
   static void collect(std::string_view name, const Text& key, Listing& listing);
   std::vector<Generation> kept(const Text& key) const;
@@ -179,7 +189,7 @@ class FileUserDefaults : public UserDefaults {
   void thin(const Text& key) noexcept;
 
   void save(const Text& key, const Pending& pending);
-  bool isThere(const Text& key, const Contents& old, const Value& object, Known& known);
+  bool isThere(const Text& key, const Contents& old, const Settings& settings, Known& known);
   std::string replace(const Text& key, const Contents& old, Known& replacement);
   std::string keep(const Text& key, const Contents& old, std::uint64_t number);
   bool putBack(const std::string& kept, const Contents& old, const Text& key) noexcept;

@@ -16,6 +16,7 @@
 #include "qorvane/desktop/Log.h"
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/preferences/FileException.h"
+#include "qorvane/preferences/LockedFolder.h"
 #include "qorvane/preferences/OpenFile.h"
 #include "qorvane/preferences/SystemCalls.h"
 #include "qorvane/propertylist/PropertyList.h"
@@ -67,6 +68,14 @@ bool opens(const OpenFile& file, const std::string& path, uid_t owner, SystemCal
   if (calls.fstat(file.descriptor(), &status) != 0)
     throw FileException(FailureCode::cannotExamine, {Text(path)}, errno);
   return isTrusted(status, owner, path);
+}
+
+// Whoever can change the folder that `current` stands in can turn it.
+bool isTrustedFolder(const std::string& path, uid_t owner, SystemCalls& calls) {
+  struct stat status;
+  if (calls.stat(path.c_str(), &status) == 0) return isTrusted(status, owner, path);
+  if (isAbsent(errno) || isForeign(errno)) return false;
+  throw FileException(FailureCode::cannotExamineFolder, {Text(path)}, errno);
 }
 
 // The top-level dictionary of the property list of that name; empty when it does not count.
@@ -130,6 +139,9 @@ std::vector<std::string> machineFolders() {
     }
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
+  if (!rest.empty())
+    leaveOut(std::string(rest.substr(0, rest.find(':'))) + " and all behind it in XDG_CONFIG_DIRS",
+             "too many folders");
   return folders;
 }
 
@@ -176,9 +188,10 @@ std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, Sys
   // together.
   const OpenFile open(calls, folder.path, O_RDONLY | O_DIRECTORY);
   if (!opens(open, folder.path, folder.owner, calls, status)) return std::nullopt;
-  Layer layer;
-  layer.kind_ = folder.kind;
-  layer.folder_ = folder.path;
+  if (folder.kind == LayerFolder::Kind::Firm && !isTrustedFolder(folderOf(folder.path), folder.owner, calls))
+    return std::nullopt;
+  Layer layer(folder, key);
+  layer.enforced_ = status.st_uid == 0 || status.st_uid != calls.geteuid();
   const Text everyYear = everyYearKey(key);
   for (const Text& name : {key, everyYear}) {
     const Dictionary top = listIn(open, folder.path, name.string() + ".plist", folder.owner, calls);
@@ -189,7 +202,7 @@ std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, Sys
     for (const Value& entry : *locked->asArray())
       if (const Text* entryKey = entry.asText()) {
         layer.locksAll_ |= entryKey->view() == "*";
-        layer.locked_.push_back(*entryKey);
+        layer.locked_.set(*entryKey, Number(true));
       }
   }
   return layer;
@@ -201,15 +214,20 @@ std::optional<Layer::Entry> Layer::find(std::string_view entryKey) const {
   return std::nullopt;
 }
 
-bool Layer::locks(std::string_view entryKey) const {
-  return locksAll_ ||
-         std::ranges::any_of(locked_, [&](const Text& locked) { return locked.view() == entryKey; });
+std::string Layer::file(bool everyYear) const {
+  return folder_.path + "/" + std::string(everyYear ? everyYearKey(key_) : key_.view()) + ".plist";
+}
+
+Layers::Layers(std::vector<Layer> layers) : layers_(std::move(layers)) {
+  lock_ = std::ranges::any_of(layers_,
+                              [](const Layer& layer) { return layer.locksAll() || !layer.locked().empty(); });
 }
 
 Layers Layers::read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls) {
   std::vector<Layer> layers;
   for (const LayerFolder& folder : folders)
-    if (std::optional<Layer> layer = Layer::read(folder, key, calls)) layers.push_back(std::move(*layer));
+    if (std::optional<Layer> layer = Layer::read(folder, key, calls); layer && !layer->empty())
+      layers.push_back(std::move(*layer));
   return Layers(std::move(layers));
 }
 
@@ -218,6 +236,7 @@ bool Layers::has(std::string_view entryKey) const {
 }
 
 const Layer* Layers::lockOf(std::string_view entryKey) const {
+  if (!lock_) return nullptr;
   bool held = false;
   for (std::size_t i = layers_.size(); i-- > 0;) {
     held |= layers_[i].find(entryKey).has_value();

@@ -1,4 +1,4 @@
-// Layers: what is set for many desks at once, beyond the user's own settings. Internal to the layered store.
+// Layers: what is set for many desks at once, beyond the user's own settings, as it stands in files.
 //
 // A layer is a folder that the library reads and never writes. For a key such as QorvaneT1Settings2025 it may
 // hold two property lists, each with its name as the key of its dictionary:
@@ -25,7 +25,8 @@
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
 
-namespace qorvane::inline v1 {
+namespace qorvane {
+inline namespace [[gnu::visibility("default")]] v1 {
 
 class SystemCalls;
 
@@ -55,34 +56,42 @@ class Layer {
   /// Reads the folder's two files; nothing when neither counts.
   static std::optional<Layer> read(const LayerFolder& folder, const Text& key, SystemCalls& calls);
 
-  LayerFolder::Kind kind() const { return kind_; }
-  const std::string& folder() const { return folder_; }
+  const LayerFolder& folder() const { return folder_; }
+  LayerFolder::Kind kind() const { return folder_.kind; }
+  /// The process's user cannot change its files. Locks in a folder that he can change bind programs only.
+  bool isEnforced() const { return enforced_; }
+  /// The path of the year's file or of the one for every year, whether or not it stands there.
+  std::string file(bool everyYear) const;
   /// The entry of that stored key, the year's before the one of every year; none when it has neither.
   std::optional<Entry> find(std::string_view entryKey) const;
   /// Whether one of its files locks the entry.
-  bool locks(std::string_view entryKey) const;
-  const std::vector<Text>& locked() const { return locked_; }
+  bool locks(std::string_view entryKey) const { return locksAll_ || locked_.find(entryKey); }
+  /// What it locks by name: the keys of this dictionary.
+  const Dictionary& locked() const { return locked_; }
   bool locksAll() const { return locksAll_; }
+  /// Neither entries nor locks.
+  bool empty() const { return year_.empty() && everyYear_.empty() && locked_.empty() && !locksAll_; }
   const Dictionary& year() const { return year_; }
   const Dictionary& everyYear() const { return everyYear_; }
   /// What the year's file says of where an entry came from, as it stands there; null when it does not say.
   const Value* origin(std::string_view entryKey) const { return origins_.find(entryKey); }
 
  private:
-  bool take(int folder, const std::string& name, Dictionary& entries, uid_t owner, SystemCalls& calls);
+  Layer(const LayerFolder& folder, const Text& key) : folder_(folder), key_(key) {}
 
-  LayerFolder::Kind kind_ = LayerFolder::Kind::Machine;
-  std::string folder_;
-  Dictionary year_, everyYear_, origins_;
-  std::vector<Text> locked_;
+  LayerFolder folder_;
+  Text key_;
+  Dictionary year_, everyYear_, origins_, locked_;
   bool locksAll_ = false;
+  bool enforced_ = false;
 };
 
 /// The farther layers of a key, the nearest first.
 class Layers {
  public:
   Layers() = default;
-  explicit Layers(std::vector<Layer> layers) : layers_(std::move(layers)) {}
+  explicit Layers(std::vector<Layer> layers);
+  /// Those of the folders that have anything for the key.
   static Layers read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls);
 
   /// What counts for an entry: the value, null for none; the layer that it comes from, null for the user's
@@ -98,6 +107,8 @@ class Layers {
   Standing standing(std::string_view entryKey, const Value* user, bool chosen) const;
 
   bool empty() const { return layers_.empty(); }
+  /// Whether any layer locks anything.
+  bool lock() const { return lock_; }
   /// Whether any layer has the entry.
   bool has(std::string_view entryKey) const;
   /// The farthest layer that locks the entry and has it, or has one behind it that does; else null.
@@ -107,9 +118,11 @@ class Layers {
 
  private:
   std::vector<Layer> layers_;
+  bool lock_ = false;
 };
 
 /// The key of every year: without its digits at the end.
 std::string_view everyYearKey(std::string_view key);
 
-}  // namespace qorvane::inline v1
+}  // namespace v1
+}  // namespace qorvane

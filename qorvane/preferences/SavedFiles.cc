@@ -81,7 +81,12 @@ class StagedFile {
 void FileUserDefaults::setObject(const Value& value, const Text& key) {
   requirePropertyList(value, key);
   if (value.isNil() && unread_.contains(key.view())) throw Exception({FailureCode::unreadNotRemoved, {key}});
-  pending_.insert_or_assign(key.string(), Pending{value, value, {}});
+  pending_.insert_or_assign(key.string(), Pending{value, value, std::nullopt, {}});
+}
+
+void FileUserDefaults::setSettings(const Settings& settings, const Text& key) {
+  setObject(settings.object, key);
+  pending_[key.string()].chosen = settings.chosen;
 }
 
 void FileUserDefaults::update(const Value& whole, const Text& key, std::shared_ptr<Merge> merge) {
@@ -161,10 +166,13 @@ void FileUserDefaults::save(const Text& key, const Pending& pending) {
   const bool damaged = old.state == Inspection::State::Damaged;
   const bool healed = damaged && !pending.merges.empty() && newestGood(key, good);
   const Contents& standing = healed ? good : old;
-  const Value object =
-      damaged && !healed ? pending.object : pending.over(standing.isGood() ? standing.object(key) : Value());
+  const bool startsAfresh = damaged && !healed;
+  const Settings settings = startsAfresh
+                                ? Settings{pending.object, pending.chosen.value_or(Value())}
+                                : pending.over(standing.isGood() ? standing.settings(key) : Settings());
+  const Value& object = settings.object;
   requirePropertyList(object, key);
-  if (isThere(key, old, object, known)) return;
+  if (isThere(key, old, settings, known)) return;
 
   Known replacement;
   replacement.generation = std::max(nextNumber(key, old, &known), good.generation + 1);
@@ -172,6 +180,7 @@ void FileUserDefaults::save(const Text& key, const Pending& pending) {
     Dictionary top;
     if (const Dictionary* entries = standing.top.asDictionary()) top = *entries;
     top.set(key, object);
+    if (!settings.chosen.isNil() || !chosenIn(standing.top).isNil()) top.set(Text(kChosen), settings.chosen);
     replacement.top = std::move(top);
     replacement.bytes = sealedPropertyList(replacement.top, replacement.generation);
   }
@@ -190,10 +199,12 @@ void FileUserDefaults::save(const Text& key, const Pending& pending) {
 }
 
 // Whether the file holds the object already, as a save would leave it; then it also is on the disk.
-bool FileUserDefaults::isThere(const Text& key, const Contents& old, const Value& object, Known& known) {
+bool FileUserDefaults::isThere(const Text& key, const Contents& old, const Settings& settings, Known& known) {
+  const Value& object = settings.object;
   if (object.isNil()
           ? old.state != Inspection::State::Missing
-          : !old.isGood() || !old.sealed || !old.isPrivate() || !isIdentical(old.object(key), object))
+          : !old.isGood() || !old.sealed || !old.isPrivate() || !isIdentical(old.object(key), object) ||
+                !isIdentical(chosenIn(old.top), settings.chosen))
     return false;
   if (old.bytes != known.bytes) known = old.known();
   if (!known.synced) hold(folderOf(old.target)).sync();

@@ -7,6 +7,7 @@
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/preferences/FileUserDefaults.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
 
 namespace qorvane::inline v1 {
 
@@ -49,8 +50,8 @@ void raise(FaultInjectingUserDefaults::Fault fault, const Text& what) {
 UserDefaults& UserDefaults::standardUserDefaults() {
   if (replacementStore) return *replacementStore;
   // Never destroyed: saves may come until the very end. So it outlives whatever serves for a while.
-  static FileUserDefaults& files =
-      *new FileUserDefaults(FileUserDefaults::defaultFolder(), SystemCalls::real());
+  static UserDefaults& files =
+      *new LayeredUserDefaults(FileUserDefaults::defaultFolder(), optionLayerRule(), SystemCalls::real());
   return files;
 }
 
@@ -63,6 +64,12 @@ void UserDefaults::requirePropertyList(const Value& value, const Text& key) {
   if (!value.isNil() && !isPropertyList(value, 1)) throw Exception({FailureCode::valueNotStorable, {key}});
 }
 
+Settings UserDefaults::Merge::mergedLayers(const std::shared_ptr<const LayeredSettings>& standing) {
+  return mergedSettings(standing->own());
+}
+
+void UserDefaults::setSettings(const Settings& settings, const Text& key) { setObject(settings.object, key); }
+
 void UserDefaults::update(const Value& whole, const Text& key, std::shared_ptr<Merge>) {
   setObject(whole, key);
 }
@@ -71,6 +78,8 @@ UserDefaults::Loaded UserDefaults::load(const Text& key) {
   const Value object = objectForKey(key);
   return {object, object};
 }
+
+std::string UserDefaults::fileOf(const Text&) const { return {}; }
 
 void UserDefaults::forget(const Text&) {}
 

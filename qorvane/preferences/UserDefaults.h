@@ -18,6 +18,17 @@
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
+class LayeredSettings;
+
+/// A user's settings under one key.
+struct Settings {
+  /// The dictionary of the entries; nil when there is nothing.
+  Value object;
+  /// Names of entries that were set on purpose though they do not look it, as an array of texts; nil for
+  /// none. What is set for many desks does not override these (LayeredUserDefaults).
+  Value chosen;
+};
+
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
@@ -36,9 +47,21 @@ class UserDefaults {
     /// store's lock, again at each retry, and perhaps long after whoever made the update has gone. What it
     /// throws fails the save of this key.
     virtual Value merged(const Value& standing) = 0;
+    /// The same with what is noted beside the object, which by default stays. What a store that keeps such
+    /// notes asks.
+    virtual Settings mergedSettings(const Settings& standing) {
+      return {merged(standing.object), standing.chosen};
+    }
+    /// The user's own settings to be written, from those that stand there with what farther layers say over
+    /// and under them. What a store with layers asks; by default the layers are not looked at.
+    virtual Settings mergedLayers(const std::shared_ptr<const LayeredSettings>& standing);
     /// What `merged` last answered, or the whole object when it was not asked, is on the disk.
     virtual void written() = 0;
   };
+
+  /// As `setObject`, with what is to be noted as chosen; a store that keeps no notes drops them. `setObject`
+  /// itself keeps the notes of the entries that stay.
+  virtual void setSettings(const Settings& settings, const Text& key);
 
   /// As `setObject(whole, key)`, but a store that others write to as well hands what stands under the key,
   /// when `synchronize` writes, to `merge` and writes its answer. This one sets the whole object and drops
@@ -53,9 +76,18 @@ class UserDefaults {
     Value stored;
     /// The same, with what waits to be written put over it: what `objectForKey` answers.
     Value object;
+    /// What the user's own settings note as chosen, on the disk and with what waits.
+    Value storedChosen = nullptr;
+    Value chosen = nullptr;
+    /// In a store with layers, where a farther layer has settings: all that `stored` was made of. Null
+    /// elsewhere.
+    std::shared_ptr<const LayeredSettings> layers = nullptr;
   };
   /// Throws as `objectForKey`. In a store that does not tell them apart both are what that answers.
   virtual Loaded load(const Text& key);
+
+  /// The path of the key's file; empty in a store without files.
+  virtual std::string fileOf(const Text& key) const;
 
   /// Drops what was set under the key and is not yet on the disk, where the store can.
   virtual void forget(const Text& key);
@@ -67,7 +99,8 @@ class UserDefaults {
   /// its own sentence as the argument of FailureCode::storeFailed.
   virtual std::optional<Failure> lastFailure() const = 0;
 
-  /// The store that the library uses: the user's own files (FileUserDefaults) unless replaced.
+  /// The store that the library uses: the user's own files, with what is set for many desks
+  /// (LayeredUserDefaults, which is a FileUserDefaults), unless replaced.
   static UserDefaults& standardUserDefaults();
   /// Replaces it; the caller keeps the replacement alive. Null puts the user's own files back. Returns the
   /// one that was set until now, or null.

@@ -10,10 +10,12 @@
 #include <utility>
 
 #include "qorvane/foundation/Dictionary.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
 #include "qorvane/siblings/Utils.h"
 #include "qorvane/store/ColorComparison.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/Running.h"
+#include "qorvane/store/Sharing.h"
 
 namespace qorvane::inline v1 {
 
@@ -30,6 +32,14 @@ class StoreAccess {
   bool bulk() const noexcept { return *store_.bulk_; }
   /// The next save announces.
   void mark() const noexcept { *store_.changed_ = true; }
+  /// Whether a layer locks one of the entries: a setter that writes them has no effect then.
+  template <class... Keys>
+  bool isLocked(const Keys&... keys) const {
+    const Sharing* const sharing = store_.sharing_.get();
+    if (!sharing || !sharing->layers) return false;
+    const Layers& layers = sharing->layers->layers();
+    return (layers.lockOf(keys.text()) || ...);
+  }
   /// Stores the default of an entry that counts as missing.
   void fill(const Key& key, Value value) const { store_.fill(key, std::move(value)); }
   /// Makes these the store's entries, as if they had just been loaded.
@@ -88,6 +98,7 @@ inline bool isMissingOrEmpty(const Value* entry) { return !entry || Utils::isStr
 
 template <bool (*Missing)(const Value*), bool Stores>
 struct Reading {
+  static constexpr bool kStores = Stores;
   static bool misses(const Value* entry) { return Missing(entry); }
 
   template <class Form, class Fallback>
@@ -288,8 +299,9 @@ template <class Form, class Read, class Write, class EntryKey, class Fallback>
 void writeOption(Options& options, const EntryKey& key, Fallback fallback, typename Form::Argument value) {
   const StoreAccess store(options);
   if (!store.dictionary()) return;
-  Write::write(Accessor<Form, Read, Fallback>{store, keyNow(key, [&] { return store.running(); }), fallback},
-               std::move(value));
+  const Key& entry = keyNow(key, [&] { return store.running(); });
+  if (!store.isLocked(entry))
+    Write::write(Accessor<Form, Read, Fallback>{store, entry, fallback}, std::move(value));
 }
 
 }  // namespace qorvane::inline v1

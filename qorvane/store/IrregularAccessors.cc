@@ -31,7 +31,7 @@ Text provinceAndPostalCode(const Text& province, const Text& postalCode) {
 
 // A province brings its code and the line of both with it; clearing it leaves those two as they were.
 void Options::setPreparerProvince(Text province) {
-  if (!opts_) return;
+  if (!opts_ || StoreAccess(*this).isLocked(kProvince, kProvinceCode, kProvinceAndPostalCode)) return;
   storeIfChanged(
       StoreAccess(*this), [&] { return !preparerProvince().isEqualTo(province); },
       [&] {
@@ -45,7 +45,7 @@ void Options::setPreparerProvince(Text province) {
 
 // The other way round: a postal code leaves the line of both as it was; clearing it writes the line anew.
 void Options::setPreparerPostalCode(Text postalCode) {
-  if (!opts_) return;
+  if (!opts_ || StoreAccess(*this).isLocked(kPostalCode, kProvinceAndPostalCode)) return;
   storeIfChanged(
       StoreAccess(*this), [&] { return !preparerPostalCode().isEqualTo(postalCode); },
       [&] {
@@ -57,14 +57,14 @@ void Options::setPreparerPostalCode(Text postalCode) {
 
 // Not compared: setting what is there already is announced, too.
 void Options::setPreparerPhoneExt(Text extension) {
-  if (!opts_) return;
+  if (!opts_ || StoreAccess(*this).isLocked(kPhoneExt)) return;
   storeIfChanged(
       StoreAccess(*this), [] { return true; }, [&] { opts_->set(kPhoneExt, emptyIfNil(extension)); });
 }
 
 // Nil is announced as the change that it is not: the entry stays.
 void Options::setPreparerTaxpyersNameAsLastYr(Text answer) {
-  if (!opts_) return;
+  if (!opts_ || StoreAccess(*this).isLocked(kTaxpayersSameName)) return;
   storeIfChanged(
       StoreAccess(*this), [&] { return !preparerTaxpyersNameAsLastYr().isEqualTo(answer); },
       [&] {
@@ -74,7 +74,7 @@ void Options::setPreparerTaxpyersNameAsLastYr(Text answer) {
 
 // Nil keeps the date and empties the business number instead, in either product that of the personal one.
 void Options::setT1013ExpiryDate(const Value& date) {
-  if (!opts_) return;
+  if (!opts_ || StoreAccess(*this).isLocked(kT1013ExpiryDate, kT1013BusinessNo)) return;
   storeIfChanged(
       StoreAccess(*this), [&] { return !isSameNumber(t1013ExpiryDate(), date); },
       [&] {
@@ -87,7 +87,8 @@ void Options::setT1013ExpiryDate(const Value& date) {
 
 // The personal product reads the T1013 identifier here and never writes it this way.
 void Options::setRc59_RepID(Text id) {
-  if (opts_ && StoreAccess(*this).running().isT2()) opts_->set(kRC59RepID, emptyIfNil(id));
+  const StoreAccess store(*this);
+  if (opts_ && store.running().isT2() && !store.isLocked(kRC59RepID)) opts_->set(kRC59RepID, emptyIfNil(id));
 }
 
 }  // namespace qorvane::inline v1

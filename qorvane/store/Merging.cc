@@ -1,40 +1,16 @@
 #include "qorvane/store/Merging.h"
 
 #include <algorithm>
-#include <array>
-
-#include "qorvane/vocabulary/OptionStrings.h"
 
 namespace qorvane::inline v1 {
 
 namespace {
-
-constexpr Key kProvince{optsStr_PreparerProvince};
-// What setting the province writes beside it.
-constexpr std::array kProvinceFollowers{Key{optsStr_PracPOCode}, Key{optsStr_PreparerProvinceAndPostalCode}};
 
 bool isSame(const Value* a, const Value* b) { return a && b ? isIdentical(*a, *b) : !a && !b; }
 
 bool holds(const Dictionary& entries, const Dictionary::Entry& entry) {
   const Value* found = entries.find(entry.key.view());
   return found && isIdentical(*found, entry.value);
-}
-
-const EntryChange* changeOf(const std::vector<EntryChange>& changes, const Key& key) {
-  const auto found = std::ranges::find(changes, key.text().view(),
-                                       [](const EntryChange& change) { return change.key.view(); });
-  return found == changes.end() ? nullptr : &*found;
-}
-
-// Apart they would tell of two provinces.
-void placeProvince(const std::vector<EntryChange>& changes, const Dictionary& base, const Dictionary& now,
-                   const Dictionary& theirs, Dictionary& result) {
-  const bool provinceIsOurs = changeOf(changes, kProvince);
-  for (const Key& key : kProvinceFollowers) {
-    const bool onlyOurs = changeOf(changes, key) && isSame(theirs.find(key), base.find(key));
-    const Value* const value = (provinceIsOurs || onlyOurs ? now : theirs).find(key);
-    result.set(key, value ? *value : Value());
-  }
 }
 
 }  // namespace
@@ -78,15 +54,32 @@ std::vector<EntryChange> changesOf(const Dictionary& base, const Dictionary& now
   return changes;
 }
 
-Dictionary merge(const Dictionary& base, const Dictionary& now, const Fills& fills,
-                 const Dictionary& theirs) {
+const EntryChange* changeOf(const std::vector<EntryChange>& changes, std::string_view key) {
+  const auto found =
+      std::ranges::find(changes, key, [](const EntryChange& change) { return change.key.view(); });
+  return found == changes.end() ? nullptr : &*found;
+}
+
+bool followerIsOurs(const Key& follower, const std::vector<EntryChange>& changes, const Dictionary& base,
+                    const Dictionary& theirs) {
+  return changeOf(changes, kProvinceEntry.text()) ||
+         (changeOf(changes, follower.text()) && isSame(theirs.find(follower), base.find(follower)));
+}
+
+Dictionary merge(const Dictionary& base, const Dictionary& now, const Fills& fills, const Dictionary& theirs,
+                 const IsBlocked& isBlocked) {
   Dictionary result = theirs;
-  const std::vector<EntryChange> changes = changesOf(base, now, fills);
+  std::vector<EntryChange> changes = changesOf(base, now, fills);
+  if (isBlocked) std::erase_if(changes, [&](const EntryChange& change) { return isBlocked(change.key); });
   for (const EntryChange& change : changes) result.set(change.key, change.value);
   for (const Dictionary::Entry& entry : now)
     if (fills.fillsBase(entry) && isSame(theirs.find(entry.key.view()), base.find(entry.key.view())))
       result.set(entry.key, entry.value);
-  placeProvince(changes, base, now, theirs, result);
+  for (const Key& follower : kProvinceFollowers) {
+    const Value* const value =
+        (followerIsOurs(follower, changes, base, theirs) ? now : theirs).find(follower);
+    result.set(follower, value ? *value : Value());
+  }
   return result;
 }
 

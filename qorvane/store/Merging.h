@@ -6,10 +6,13 @@
 // are compared with isIdentical.
 #pragma once
 
+#include <array>
+#include <functional>
 #include <string_view>
 #include <vector>
 
 #include "qorvane/foundation/Dictionary.h"
+#include "qorvane/vocabulary/OptionStrings.h"
 
 namespace qorvane::inline v1 {
 
@@ -48,9 +51,26 @@ struct EntryChange {
 /// What of `now` is ours, in its order; removals come last.
 std::vector<EntryChange> changesOf(const Dictionary& base, const Dictionary& now, const Fills& fills);
 
+/// Whether a change of the entry must not be made.
+using IsBlocked = std::function<bool(const Text& key)>;
+
 /// Our changes over theirs, which is what stands there now, and a fill where theirs still holds what the base
 /// does. The code and the line of a province come from the side that the province comes from, unless only we
 /// changed them. Where theirs still is the base, nothing is to be merged: `now` as a whole is to be written.
-Dictionary merge(const Dictionary& base, const Dictionary& now, const Fills& fills, const Dictionary& theirs);
+/// Changes that are blocked are none.
+Dictionary merge(const Dictionary& base, const Dictionary& now, const Fills& fills, const Dictionary& theirs,
+                 const IsBlocked& isBlocked = {});
+
+/// The change of the entry, null where there is none.
+const EntryChange* changeOf(const std::vector<EntryChange>& changes, std::string_view key);
+
+/// The province's entry, and what setting it writes beside it. Apart they would tell of two provinces.
+inline constexpr Key kProvinceEntry{optsStr_PreparerProvince};
+inline constexpr std::array kProvinceFollowers{Key{optsStr_PracPOCode},
+                                               Key{optsStr_PreparerProvinceAndPostalCode}};
+/// Whether what `now` holds for a follower is to be written over theirs: where the province's change is ours,
+/// and where only we changed the follower.
+bool followerIsOurs(const Key& follower, const std::vector<EntryChange>& changes, const Dictionary& base,
+                    const Dictionary& theirs);
 
 }  // namespace qorvane::inline v1

@@ -1,11 +1,15 @@
 #include "qorvane/store/OptionEdits.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
 #include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
+#include "qorvane/store/Locks.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/store/Reader.h"
@@ -45,15 +49,27 @@ const OptionRow& rowOf(std::string_view name) {
   return *row;
 }
 
-void resetIn(Options& store, const OptionRow& row) {
+// Removes the user's entry, and answers what went. A farther layer's value takes its place at once; the
+// default, too, but that of a folder, which is computed at each read.
+std::vector<Text> resetIn(Options& store, const OptionRow& row, const LayeredSettings* layers) {
   Dictionary& entries = *store.options();
-  entries.remove(row.key(store.product()));
+  std::vector<Text> gone;
+  const auto remove = [&](const Text& key) {
+    const Value* const farther = layers ? layers->layers().standing(key, nullptr, false).value : nullptr;
+    entries.set(key, farther ? *farther : Value());
+    gone.push_back(key);
+  };
+  const auto isOwn = [&](const Text& key) {
+    const Value* const now = entries.find(key.view());
+    const Value* const farther = layers ? layers->layers().standing(key, nullptr, false).value : nullptr;
+    return now && !(farther && isIdentical(*now, *farther));
+  };
+  remove(row.key(store.product()));
   // The size is both fonts', and means nothing without a font.
-  if (row.type == OptionType::Font && !entries.find(optsStr_HeaderFontName) &&
-      !entries.find(optsStr_FooterFontName))
-    entries.remove(optsStr_HeaderFontSize);
-  // The default takes the entry's place at once; that of a folder is computed at each read.
+  if (row.type == OptionType::Font && !isOwn(optsStr_HeaderFontName) && !isOwn(optsStr_FooterFontName))
+    remove(optsStr_HeaderFontSize);
   if (row.type != OptionType::Folder) static_cast<void>(row.read(store));
+  return gone;
 }
 
 void writeIn(Options& store, const OptionRow& row, const Value& value) {
@@ -70,12 +86,13 @@ void writeIn(Options& store, const OptionRow& row, const Value& value) {
 class OptionEdits::Trial {
  public:
   explicit Trial(Options& store)
-      : reader_(store.options() ? *store.options() : Dictionary(), store.product()) {}
+      : reader_(store.options() ? *store.options() : Dictionary(), store.product()),
+        layers_(store.layers()) {}
 
   void make(const OptionRow& row, const Edit& edit) try {
     const BulkSetting bulk(reader_.store());
     if (edit.reset)
-      resetIn(reader_.store(), row);
+      resetIn(reader_.store(), row, layers_.get());
     else
       writeIn(reader_.store(), row, edit.value);
   } catch (const Exception&) {
@@ -86,6 +103,7 @@ class OptionEdits::Trial {
 
  private:
   Reader reader_;
+  std::shared_ptr<const LayeredSettings> layers_;
 };
 
 // What a failed `apply` puts back.
@@ -170,6 +188,10 @@ std::vector<OptionEdits::Refusal> OptionEdits::check() const {
   for (const auto& [row, edit] : edits_) all.make(*row, edit);
   std::vector<Refusal> refusals;
   for (const auto& [row, edit] : edits_) {
+    if (const Layer* const lock = store_.lockOf(*row)) {
+      refusals.push_back({Text(row->name), lockedFailure(Text(row->name), *lock), false});
+      continue;
+    }
     if (const auto refused = edit.reset ? std::nullopt : row->check(edit.value, product, &all.store())) {
       const bool mayBeKept = isInForm(*row, edit.value);
       if (!(mayBeKept && edit.keptAnyway)) refusals.push_back({Text(row->name), *refused, mayBeKept});
@@ -209,7 +231,9 @@ std::optional<Failure> OptionEdits::obstacle() const {
   if (!store_.opts_ || !store_.sharing_ || store_.sharing_->key != store_.settingsDomainKey())
     return Failure{FailureCode::notLoaded};
   if (const auto refusals = check(); !refusals.empty())
-    return Failure{FailureCode::valueRefused, {refusals[0].name}, 0, {refusals[0].failure}};
+    return refusals[0].failure.code == FailureCode::optionLocked
+               ? refusals[0].failure
+               : Failure{FailureCode::valueRefused, {refusals[0].name}, 0, {refusals[0].failure}};
   if (const auto open = conflicts(); !open.empty())
     return Failure{FailureCode::optionChangedMeanwhile, {open[0].name}};
   return std::nullopt;
@@ -244,20 +268,31 @@ bool OptionEdits::writeAll() {
   const Text key = store_.sharing_->key;
   const UserDefaults::Lock lock(defaults);
   const UserDefaults::Loaded found = defaults.load(key);
-  static_cast<void>(store_.takeIn(found.stored));
+  static_cast<void>(store_.takeIn(found));
   failure_ = obstacle();
   if (failure_) return false;
   Trial now(store_);
   Trial then(store_);
   for (const auto& [row, edit] : edits_) then.make(*row, edit);
+  Intent intent;
+  intent.removes = pinning_;
+  intent.wholly = true;
+  const LayeredSettings* const layers = store_.sharing_->layers.get();
   for (const auto& [row, edit] : edits_) {
-    if (!pinning_ && now.reading(*row) == then.reading(*row)) continue;
+    // The user's entry goes, though a farther layer may say the same.
+    const Text own = row->key(store_.product());
+    const bool goes = edit.reset && layers && layers->ownEntries().find(own.view());
+    if (!pinning_ && !goes && now.reading(*row) == then.reading(*row)) continue;
     const BulkSetting bulk(store_);
-    if (edit.reset)
-      resetIn(store_, *row);
-    else
+    if (edit.reset) {
+      std::ranges::move(resetIn(store_, *row, layers), std::back_inserter(intent.resets));
+    } else {
       writeIn(store_, *row, edit.value);
+      if (pinning_) intent.pins.push_back(own);
+      if (pinning_ && row->type == OptionType::Font) intent.pins.push_back(optsStr_HeaderFontSize);
+    }
   }
+  store_.sharing_->intent = std::move(intent);
   const auto forget = [&] {
     // Where nothing waited before, nothing does now; what waited of others waits on.
     if (isIdentical(found.stored, found.object))
@@ -266,7 +301,10 @@ bool OptionEdits::writeAll() {
       *store_.sharing_->merge = StoreMerge();
   };
   try {
-    if (const auto saved = store_.writeDictionary(); saved && saved->written) return true;
+    if (const auto saved = store_.writeDictionary(); saved && saved->written) {
+      store_.sharing_->intent = {};
+      return true;
+    }
   } catch (...) {
     forget();
     throw;

@@ -38,11 +38,13 @@ class OptionEdits {
 
   /// The option is to read this. An earlier edit of it is replaced, what was settled of it included.
   void set(std::string_view name, const Value& value);
-  /// The option is to be as if nobody had set it.
+  /// The option is to be as if the user had not set it.
   void reset(std::string_view name);
   /// As if it had not been edited.
   void drop(std::string_view name);
-  /// Also writes what reads so already: for whoever sets an option on purpose, not because a form showed it.
+  /// Also writes what reads so already, and notes it as chosen where a farther layer has the entry and it
+  /// would not count as chosen by itself; and a reset leaves no entry of the user's, not even the default.
+  /// For whoever sets an option on purpose, not because a form showed it.
   void setPinning(bool on) { pinning_ = on; }
 
   /// The edited options, in the order of the table.
@@ -55,8 +57,8 @@ class OptionEdits {
     bool mayBeKept;
   };
   /// Every refusal that is open, in the order of the table: a value that the option's check refuses, as it
-  /// would be with all edits made; one that is not in the option's form; and two that would be values of one
-  /// entry.
+  /// would be with all edits made; one that is not in the option's form; two that would be values of one
+  /// entry; and any edit of an option that a layer locks (FailureCode::optionLocked).
   std::vector<Refusal> check() const;
   /// The value is kept though the option's check refuses it. It settles no other refusal.
   void keepAnyway(std::string_view name);

@@ -11,6 +11,7 @@
 #include "qorvane/store/Accessors.h"
 #include "qorvane/store/Folders.h"
 #include "qorvane/store/LoadLists.h"
+#include "qorvane/store/Locks.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Sharing.h"
 #include "qorvane/store/StoredForms.h"
@@ -18,6 +19,16 @@
 #include "qorvane/vocabulary/OptionStrings.h"
 
 namespace qorvane::inline v1 {
+
+namespace {
+
+// What the store finds under the key by now, if it has layers there; a store that cannot say has none.
+UserDefaults::Loaded layeredUnder(UserDefaults& store, const Text& key) {
+  auto* const layered = dynamic_cast<LayeredUserDefaults*>(&store);
+  return layered ? layered->load(key) : UserDefaults::Loaded();
+}
+
+}  // namespace
 
 constinit bool notifyAll = false;
 constinit bool bSettingVals = false;
@@ -78,13 +89,19 @@ void Options::readDictionary(const Text& key) {
   const bool corporate = StoreAccess(*this).running().isT2();
   UserDefaults& store = defaults();
   UserDefaults::Loaded loaded = store.load(key);
-  auto sharing = std::make_unique<Sharing>(Sharing{key, std::move(loaded.stored), {}, {}});
+  auto sharing = std::make_unique<Sharing>(Sharing{
+      .key = key, .base = std::move(loaded.stored), .layers = loaded.layers, .chosen = loaded.chosen});
   const bool waits = loaded.object.asDictionary() != sharing->base.asDictionary();
   if (waits && !isIdentical(loaded.object, sharing->base)) {
     // What waits to be written is in the dictionary now, so it waits on as this store's, which may take it
     // back.
     sharing->merge = std::make_shared<StoreMerge>();
-    sharing->merge->prepare(sharing->base, loaded.object, {}, product());
+    sharing->merge->prepare({.base = sharing->base,
+                             .now = loaded.object,
+                             .fills = {},
+                             .product = product(),
+                             .layers = loaded.layers,
+                             .intent = {}});
     store.forget(key);
     store.update(loaded.object, key, sharing->merge);
   }
@@ -134,7 +151,7 @@ std::optional<Options::Saved> Options::writeDictionary() try {
     return std::nullopt;
   }
   const Saved saved = save(store, key);
-  saveFailure_ = saved.written ? std::nullopt : store.lastFailure();
+  saveFailure_ = saved.written ? saved.refused : store.lastFailure();
   if (!saved.written && !saveFailure_) saveFailure_ = Failure{.code = FailureCode::storeGaveNoReason};
   return saved;
 } catch (...) {
@@ -154,37 +171,74 @@ void Options::saveOptions() try {
   log("Options couldn't be loaded");
 }
 
-// `othersChanged`: what others saved makes an option read differently now.
+// `othersChanged`: what others saved makes an option read differently now. `refused`: what was not written
+// because it is locked by now.
 Options::Saved Options::save(UserDefaults& store, const Text& key) {
   if (!opts_) {
     store.setObject(nullptr, key);
-    return {.written = store.synchronize(), .othersChanged = false};
+    return {.written = store.synchronize(), .othersChanged = false, .refused = {}};
   }
   const Value whole(*opts_);
-  if (!sharing_ || sharing_->key != key) {
-    store.setObject(whole, key);
-    const bool written = store.synchronize();
-    if (written) sharing_ = std::make_unique<Sharing>(Sharing{key, whole, {}, {}});
-    return {written, false};
-  }
+  if (!sharing_ || sharing_->key != key) return saveAnew(store, key, whole);
   Sharing& shared = *sharing_;
   shared.settle();
   if (!shared.merge) shared.merge = std::make_shared<StoreMerge>();
   const std::shared_ptr<StoreMerge> merge = shared.merge;
-  merge->prepare(shared.base, whole, shared.fills, product());
+  merge->prepare({.base = shared.base,
+                  .now = whole,
+                  .fills = shared.fills,
+                  .product = product(),
+                  .layers = shared.layers,
+                  .intent = shared.intent});
   store.update(whole, key, merge);
-  if (!store.synchronize() && !merge->isWritten()) return {.written = false, .othersChanged = false};
+  if (!store.synchronize() && !merge->isWritten())
+    return {.written = false, .othersChanged = false, .refused = {}};
   const Value written = merge->answer();
-  bool othersChanged = false;
-  if (written.asDictionary() != whole.asDictionary()) {
-    Dictionary entries = adopted(entriesOf(written));
-    othersChanged = !changedReadings(*opts_, entries, product()).empty();
-    *opts_ = std::move(entries);
-  }
   shared.base = written;
+  shared.layers = merge->layers();
+  shared.chosen = merge->chosen();
   shared.fills.clear();
   shared.merge.reset();
-  return {.written = true, .othersChanged = othersChanged};
+  bool othersChanged = false;
+  if (written.asDictionary() != whole.asDictionary()) {
+    *opts_ = adopted(entriesOf(written));
+    fillTaken(*this, entriesOf(whole));
+    othersChanged = !changedReadings(entriesOf(whole), *opts_, product()).empty();
+  }
+  return {.written = true, .othersChanged = othersChanged, .refused = merge->refused()};
+}
+
+// Under a key that this store did not load: the whole dictionary, without what farther layers handed out.
+Options::Saved Options::saveAnew(UserDefaults& store, const Text& key, const Value& whole) {
+  Value own = whole;
+  if (sharing_ && sharing_->layers) {
+    Dictionary entries = entriesOf(whole);
+    for (const Dictionary::Entry& entry : entriesOf(whole)) {
+      const Value* const base = entriesOf(sharing_->base).find(entry.key.view());
+      const bool isOurs = !base || (!isIdentical(*base, entry.value) && !sharing_->fills.fillsBase(entry));
+      if (!isOurs && sharing_->layers->standing(entry.key).layer) entries.remove(entry.key);
+    }
+    own = Value(std::move(entries));
+  }
+  const Value chosen = sharing_ ? chosenAmong(sharing_->chosen, entriesOf(own)) : Value();
+  if (chosen.isNil())
+    store.setObject(own, key);
+  else
+    store.setSettings({own, chosen}, key);
+  if (!store.synchronize()) return {.written = false, .othersChanged = false, .refused = {}};
+  auto sharing = std::make_unique<Sharing>(Sharing{.key = key, .base = own, .chosen = chosen});
+  bool othersChanged = false;
+  if (UserDefaults::Loaded now = layeredUnder(store, key); now.layers) {
+    sharing->base = std::move(now.stored);
+    sharing->layers = std::move(now.layers);
+    *opts_ = adopted(entriesOf(sharing->base));
+    sharing_ = std::move(sharing);
+    fillTaken(*this, entriesOf(whole));
+    othersChanged = !changedReadings(entriesOf(whole), *opts_, product()).empty();
+  } else {
+    sharing_ = std::move(sharing);
+  }
+  return {.written = true, .othersChanged = othersChanged, .refused = {}};
 }
 
 // The entries, where the dictionary holds the same with its own objects.
@@ -201,7 +255,7 @@ Dictionary Options::adopted(const Dictionary& entries) const {
 std::vector<Text> Options::refresh() try {
   const Text key = settingsDomainKey();
   if (!opts_ || !sharing_ || sharing_->key != key) return {};
-  std::vector<Text> names = takeIn(defaults().load(key).stored);
+  std::vector<Text> names = takeIn(defaults().load(key));
   if (!names.empty()) announce(names);
   return names;
 } catch (const Exception&) {
@@ -209,21 +263,72 @@ std::vector<Text> Options::refresh() try {
   return {};
 }
 
-std::vector<Text> Options::takeIn(const Value& stored) {
+std::vector<Text> Options::takeIn(const UserDefaults::Loaded& found) {
   Sharing& shared = *sharing_;
   shared.settle();
-  const Dictionary& theirs = entriesOf(stored);
+  const Dictionary& theirs = entriesOf(found.stored);
   const Dictionary& base = entriesOf(shared.base);
-  if (isIdentical(theirs, base)) return {};
-  Dictionary entries = adopted(merge(base, *opts_, shared.fills, theirs));
+  const bool locks = found.layers && found.layers->layers().lock();
+  if (isIdentical(theirs, base) && !locks) {
+    shared.layers = found.layers;
+    shared.chosen = found.storedChosen;
+    return {};
+  }
+  IsBlocked isBlocked;
+  std::optional<Locks> locked;
+  if (locks) {
+    locked.emplace(found.layers->layers(), product());
+    isBlocked = [&](const Text& key) { return locked->isLocked(key); };
+  }
+  Dictionary entries = adopted(merge(base, *opts_, shared.fills, theirs, isBlocked));
   Fills fills = shared.fills;
   fills.rebase(base, theirs);
   // All or nothing: entries of theirs over the old base would pass for changes of ours.
   const Dictionary before = std::exchange(*opts_, std::move(entries));
   shared.fills = std::move(fills);
-  shared.base = stored;
+  shared.base = found.stored;
+  shared.layers = found.layers;
+  shared.chosen = found.storedChosen;
   fillTaken(*this, before);
   return changedReadings(before, *opts_, product());
+}
+
+const Layer* Options::lockOf(const OptionRow& row) const {
+  return sharing_ && sharing_->layers ? qorvane::lockOf(sharing_->layers->layers(), row, product()) : nullptr;
+}
+
+std::shared_ptr<const LayeredSettings> Options::layers() const {
+  return sharing_ ? sharing_->layers : nullptr;
+}
+
+OptionOrigin Options::origin(std::string_view propertyName) const {
+  const OptionRow* const row = findProperty(propertyName);
+  if (!row) throw Exception({FailureCode::noSuchOption, {Text(propertyName)}});
+  OptionOrigin origin;
+  const Text entryKey = row->key(product());
+  const Value* const now = opts_ && !entryKey.isNil() ? opts_->find(entryKey.view()) : nullptr;
+  if (!now || !sharing_) return origin;
+  const LayeredSettings* const layers = sharing_->layers.get();
+  const auto placeOf = [](const Layer& layer) {
+    return layer.kind() == LayerFolder::Kind::Firm ? OptionOrigin::Layer::Firm : OptionOrigin::Layer::Machine;
+  };
+  if (const Layer* const lock = lockOf(*row))
+    origin.lock = {placeOf(*lock), lock->folder().path, lock->isEnforced()};
+  const Value* const base = entriesOf(sharing_->base).find(entryKey.view());
+  const bool isFill = sharing_->fills.fillsBase({entryKey, *now});
+  const bool isOurs = !isFill && !(base && isIdentical(*base, *now));
+  const Layers::Standing standing = layers ? layers->standing(entryKey) : Layers::Standing();
+  if (!isOurs && standing.layer) {
+    origin.layer = placeOf(*standing.layer);
+    origin.everyYear = standing.everyYear;
+    origin.file = standing.layer->file(standing.everyYear);
+    if (const Value* const record = standing.layer->origin(entryKey)) origin.record = *record;
+  } else if (isOurs ? !sharing_->fills.fillsRemoval({entryKey, *now}) : base != nullptr) {
+    origin.layer = OptionOrigin::Layer::User;
+    origin.file = defaults().fileOf(sharing_->key);
+    origin.unsaved = isOurs;
+  }
+  return origin;
 }
 
 void Options::fill(const Key& key, Value value) {
@@ -298,7 +403,7 @@ bool Options::isStepsMode() {
 
 // The one setter that saves by itself: the windows that change their shape for it are told at once.
 void Options::setIsStepsMode(bool on) {
-  if (!opts_ || (!*bulk_ && isStepsMode() == on)) return;
+  if (!opts_ || StoreAccess(*this).isLocked(kStepsMode) || (!*bulk_ && isStepsMode() == on)) return;
   const bool tell = !*bulk_;
   opts_->set(kStepsMode, BooleanNumberForm::encode(on));
   saveOptions();

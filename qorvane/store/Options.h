@@ -12,8 +12,9 @@
 // Setters are of two kinds. A comparing setter stores a value that differs from the current one and marks the
 // store as changed, so that the next save announces it. A direct setter stores at once and marks nothing;
 // what it changed is saved but not announced. An entry of an unexpected kind reads as its conversion says
-// (qorvane/store/StoredForms.h). No getter or setter reports an error, save those of the colours, which throw
-// Exception for an entry that is no colour. Main thread only.
+// (qorvane/store/StoredForms.h). A setter of an option that a layer locks has no effect. No getter or setter
+// reports an error, save those of the colours, which throw Exception for an entry that is no colour. Main
+// thread only.
 #pragma once
 
 #include <memory>
@@ -27,15 +28,19 @@
 #include "qorvane/foundation/Failure.h"
 #include "qorvane/foundation/Text.h"
 #include "qorvane/foundation/Value.h"
+#include "qorvane/preferences/UserDefaults.h"
 #include "qorvane/siblings/QVSettings.h"
+#include "qorvane/store/OptionOrigin.h"
 
 namespace qorvane {
 inline namespace [[gnu::visibility("default")]] v1 {
 
 class DateFormatter;
 class NumberFormatter;
+class Layer;
+class LayeredSettings;
 class StoreMerge;
-class UserDefaults;
+struct OptionRow;
 struct Sharing;
 
 /// A comparing setter really changed a value since the last load or save: the next save announces it.
@@ -133,14 +138,24 @@ class Options {
   /// Then, if `notifyAll` is up, posts kPreferenceChangeEvt with this store as the object and lowers it. When
   /// the preference store raises, the log says "Options couldn't be loaded" and `notifyAll` keeps its value;
   /// an exception that is none of the platform's passes through. Under a key whose last load by this store
-  /// failed nothing is written, announced or lowered: the dictionary is not what stands there. Whether the
+  /// failed nothing is written, announced or lowered: the dictionary is not what stands there. A change of an
+  /// option that a layer locks by now is not written; the dictionary takes the locked value. Whether the
   /// disk took it is told by `saveFailure`.
   void saveOptions();
 
   /// Why the last save failed, whatever made it fail: a disk that did not take it, a preference store that
-  /// raised, an exception of it that passed through, a load that had failed. None after one that succeeded,
-  /// and before the first.
+  /// raised, an exception of it that passed through, a load that had failed, a change of an option that was
+  /// locked meanwhile (FailureCode::optionLocked, which names it: all else was saved). None after one that
+  /// succeeded, and before the first.
   const std::optional<Failure>& saveFailure() const { return saveFailure_; }
+
+  /// Where the value of an option comes from that the store holds now, and who locks the option: nobody's for
+  /// an answer without an entry, for a default, and in a store that is not loaded. Throws Exception for a
+  /// name that no option has.
+  OptionOrigin origin(std::string_view propertyName) const;
+  /// All layers that the store's entries were read from, as they stood then; null where there were no farther
+  /// layers.
+  std::shared_ptr<const LayeredSettings> layers() const;
 
   /// Takes what others saved since into the dictionary, under what we changed and did not save; that stays.
   /// Options that read differently now are answered, in the order of the table, and if there are any,
@@ -844,11 +859,14 @@ class Options {
   struct Saved {
     bool written;
     bool othersChanged;
+    std::optional<Failure> refused;
   };
   Saved save(UserDefaults& store, const Text& key);
+  Saved saveAnew(UserDefaults& store, const Text& key, const Value& whole);
   std::optional<Saved> writeDictionary();
   Dictionary adopted(const Dictionary& entries) const;
-  std::vector<Text> takeIn(const Value& stored);
+  std::vector<Text> takeIn(const UserDefaults::Loaded& found);
+  const Layer* lockOf(const OptionRow& row) const;
   void announce(std::vector<Text> names);
 
   std::unique_ptr<Dictionary> opts_;

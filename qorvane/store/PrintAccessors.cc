@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "qorvane/foundation/Dictionary.h"
+#include "qorvane/store/Accessors.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/OptionStrings.h"
 
@@ -30,8 +31,9 @@ Text sizeText(double size) {
   return Text(std::string_view(digits.data(), end));
 }
 
-void writeFont(Dictionary* options, const Key& nameKey, const std::optional<FontDescriptor>& font) {
-  if (!options || !font || font->postscriptName().isNil()) return;
+void writeFont(StoreAccess store, const Key& nameKey, const std::optional<FontDescriptor>& font) {
+  Dictionary* const options = store.dictionary();
+  if (!options || !font || font->postscriptName().isNil() || store.isLocked(nameKey, kFontSize)) return;
   options->set(nameKey, font->postscriptName());
   options->set(kFontSize, sizeText(font->pointSize()));
 }
@@ -40,12 +42,12 @@ void writeFont(Dictionary* options, const Key& nameKey, const std::optional<Font
 
 std::optional<FontDescriptor> Options::printFontForHeader() { return readFont(opts_.get(), kHeaderFontName); }
 void Options::setPrintFontForHeader(const std::optional<FontDescriptor>& font) {
-  writeFont(opts_.get(), kHeaderFontName, font);
+  writeFont(StoreAccess(*this), kHeaderFontName, font);
 }
 
 std::optional<FontDescriptor> Options::printFontForFooter() { return readFont(opts_.get(), kFooterFontName); }
 void Options::setPrintFontForFooter(const std::optional<FontDescriptor>& font) {
-  writeFont(opts_.get(), kFooterFontName, font);
+  writeFont(StoreAccess(*this), kFooterFontName, font);
 }
 
 }  // namespace qorvane::inline v1

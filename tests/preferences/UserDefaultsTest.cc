@@ -47,9 +47,9 @@ TEST(MemoryUserDefaultsTest, AnUpdateIsOneSetOfTheWholeObject) {
   EXPECT_EQ(memory.objectForKey("key"), Value(Text("whole")));
   EXPECT_EQ(merge->asked + merge->told, 0);
   EXPECT_EQ(merge.use_count(), 1) << "dropped";
-  const auto [stored, object] = memory.load("key");
-  EXPECT_EQ(stored, Value(Text("whole")));
-  EXPECT_EQ(object, Value(Text("whole")));
+  const UserDefaults::Loaded loaded = memory.load("key");
+  EXPECT_EQ(loaded.stored, Value(Text("whole")));
+  EXPECT_EQ(loaded.object, Value(Text("whole")));
   EXPECT_THROW(memory.update(Array{Value()}, "key", merge), Exception);
 }
 
