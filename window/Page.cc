@@ -75,11 +75,16 @@ void Page::addTitle(const QString& text, bool small) {
   between_.push_back(title);
 }
 
-void Page::show(Sheet& sheet, const std::vector<Section>& sections) {
+void Page::show(Sheet& sheet, const std::vector<Section>& sections, QWidget* head) {
   setUpdatesEnabled(false);
   const std::vector<Row*> before = shown_;
   clear();
   sheet_ = &sheet;
+  if (head) {
+    layout_->addWidget(head);
+    head->show();
+    between_.push_back(head);
+  }
   for (const Section& section : sections) {
     addTitle(section.title, false);
     QGridLayout* grid = nullptr;

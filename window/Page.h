@@ -27,8 +27,9 @@ class Page : public QScrollArea {
 
   /// The rows of another sheet, or of the same one in another language, from now on.
   void forget();
-  /// Shows these rows and nothing else. Those that are shown already keep what they are, cursor and all.
-  void show(Sheet& sheet, const std::vector<Section>& sections);
+  /// Shows these rows and nothing else, under `head`, which it takes over. Those that are shown already keep
+  /// what they are, cursor and all.
+  void show(Sheet& sheet, const std::vector<Section>& sections, QWidget* head = nullptr);
   /// Shows a text in their place.
   void say(const QString& text, const QString& answer = {}, const std::function<void()>& then = {});
 

@@ -41,7 +41,7 @@ Row::Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QW
   layout_->addWidget(mark_, 0, 0, top);
   layout_->addWidget(label_, 0, 1, top);
   layout_->addWidget(editor_, 0, 2, editor_->isWide() ? Qt::Alignment() : Qt::AlignLeft | top);
-  layout_->addWidget(more_, 0, 4, top);
+  layout_->addWidget(more_, 0, 5, top);
   layout_->setColumnStretch(2, 1);
   refresh();
 }
@@ -104,7 +104,7 @@ void Row::showNotice(const Notice& notice) {
     connect(button, &QPushButton::clicked, this, [this, settled = how] { actions_.settle(item_, settled); });
     line->addWidget(button);
   }
-  layout_->addWidget(notice_, 1, 1, 1, 4);
+  layout_->addWidget(notice_, 1, 1, 1, 5);
   notice_->show();
 }
 
@@ -133,6 +133,28 @@ void Row::setFound(const QString& richLabel, const QString& elsewhere) {
   }
   found_->setText(elsewhere);
   found_->setVisible(!elsewhere.isEmpty());
+}
+
+void Row::setOther(const QString& name, const std::optional<QString>& value) {
+  if (!value && !other_) return;
+  if (!other_) {
+    take_ = new QToolButton(this);
+    take_->setText("←");
+    connect(take_, &QToolButton::clicked, this, [this] { actions_.takeOther(item_); });
+    other_ = new QLabel(this);
+    other_->setTextFormat(Qt::PlainText);
+    other_->setWordWrap(true);
+    other_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    other_->setFixedWidth(fontMetrics().horizontalAdvance('0') * 26);
+    layout_->addWidget(take_, 0, 3);
+    layout_->addWidget(other_, 0, 4);
+  }
+  take_->setToolTip(said(Word::TakeOfYear, name));
+  take_->setAccessibleName(QString("%1: %2").arg(item_.label(), said(Word::TakeOfYear, name)));
+  other_->setAccessibleName(QString("%1, %2").arg(item_.label(), name));
+  other_->setText(value.value_or(QString()));
+  take_->setVisible(value.has_value());
+  other_->setVisible(value.has_value());
 }
 
 void Row::openMenu() { actions_.openMenu(item_, more_->mapToGlobal(QPoint(0, more_->height()))); }

@@ -23,6 +23,8 @@ class RowActions {
   virtual void edited(const Item& item, const Edit& edit, bool finished) = 0;
   enum class Settle : std::uint8_t { Correct, KeepAnyway, KeepMine, TakeTheirs, UseDefault };
   virtual void settle(const Item& item, Settle how) = 0;
+  /// Takes the value of what the page is compared with.
+  virtual void takeOther(const Item& item) = 0;
   /// Opens the row's menu at that place of the screen.
   virtual void openMenu(const Item& item, const QPoint& at) = 0;
 };
@@ -40,6 +42,8 @@ class Row : public QWidget {
   /// What a search found in it: the label with the letters in bold, and where else it matched. Empty for
   /// none.
   void setFound(const QString& richLabel, const QString& elsewhere);
+  /// What the same row reads in what the page is compared with; none where it is compared with nothing.
+  void setOther(const QString& name, const std::optional<QString>& value);
   void openMenu();
 
  protected:
@@ -63,6 +67,8 @@ class Row : public QWidget {
   Mark* mark_;
   QLabel* label_;
   QLabel* found_ = nullptr;
+  QToolButton* take_ = nullptr;
+  QLabel* other_ = nullptr;
   Editor* editor_;
   QToolButton* more_;
   QWidget* notice_ = nullptr;

@@ -171,6 +171,9 @@ QWidget* Window::makeFooter() {
 
 void Window::showSheet(bool corporate, int year) {
   sheet_ = &desk_.sheet(corporate, year);
+  if (view_ == View::Compare) view_ = View::Group;
+  if (former_ == View::Compare) former_ = View::Group;
+  compared_.reset();
   rebuild();
 }
 
@@ -266,6 +269,9 @@ std::vector<Section> Window::sections() {
       for (const Item& item : sheet_->items())
         if (sheet_->state(item) != State::Default) add(item);
       break;
+    case View::Compare:
+      for (const Item* item : differing(*sheet_, *compared_, false)) add(*item);
+      break;
   }
   return sections;
 }
@@ -295,13 +301,20 @@ void Window::showPage() {
     shownSections = sections();
   }
   if (shownSections.empty()) {
-    const QString text = view_ == View::Search    ? said(Word::NothingMatches, words_->text().trimmed())
-                         : view_ == View::Unsaved ? said(Word::NothingUnsaved, sheet_->name())
-                                                  : said(Word::NothingChanged, sheet_->name());
-    page_->say(text);
+    page_->say(view_ == View::Search    ? said(Word::NothingMatches, words_->text().trimmed())
+               : view_ == View::Unsaved ? said(Word::NothingUnsaved, sheet_->name())
+               : view_ == View::Compare ? said(Word::NothingDiffers, compared_->name())
+                                        : said(Word::NothingChanged, sheet_->name()));
     return;
   }
-  page_->show(*sheet_, shownSections);
+  std::size_t count = 0;
+  for (const Section& section : shownSections) count += section.items.size();
+  page_->show(*sheet_, shownSections, view_ == View::Compare ? makeCompareHead(count) : nullptr);
+  for (Row* row : page_->rows()) {
+    const auto other = view_ == View::Compare ? compared_->value(row->item()) : std::nullopt;
+    row->setOther(other ? compared_->name() : QString(),
+                  other ? std::optional(inWords(row->item(), sheet_->product(), *other)) : std::nullopt);
+  }
   for (Row* row : page_->rows()) row->setFound({}, {});
   for (const Found& one : found) page_->rowOf(*one.item)->setFound(one.label, one.elsewhere);
 }

@@ -17,6 +17,7 @@
 #include "window/Row.h"
 #include "window/Search.h"
 #include "window/Sidebar.h"
+#include "window/Source.h"
 #include "window/Words.h"
 
 class QAction;
@@ -55,6 +56,12 @@ class Window : public QWidget, private RowActions {
   void search(const QString& words);
   /// Saves every change of every sheet. False where one stays; the window says why.
   bool apply();
+  /// Shows what differs from the year before.
+  void compare();
+  /// Offers what the file holds to be taken over, one tick a row.
+  void importFile(const QString& path);
+  /// Writes the settings as they stand to the file, without what belongs to this desk.
+  void exportFile(const QString& path);
   /// Asks before it drops changes; false when they are kept.
   bool mayClose();
 
@@ -62,7 +69,7 @@ class Window : public QWidget, private RowActions {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  enum class View : std::uint8_t { Group, Search, Unsaved, Changed };
+  enum class View : std::uint8_t { Group, Search, Unsaved, Changed, Compare };
 
   // Made once.
   QWidget* makeHeader();
@@ -88,6 +95,7 @@ class Window : public QWidget, private RowActions {
   // What a row asks.
   void edited(const Item& item, const Edit& edit, bool finished) override;
   void settle(const Item& item, Settle how) override;
+  void takeOther(const Item& item) override;
   void openMenu(const Item& item, const QPoint& at) override;
 
   // What keys and menu do.
@@ -95,6 +103,12 @@ class Window : public QWidget, private RowActions {
   void change(const Item& item, const Edit& edit, bool typing);
   void judge();
   void reset(const Item& item);
+  QWidget* makeCompareHead(std::size_t count);
+  void askWhatToTake(const Source& source, const std::vector<const Item*>& items);
+  void chooseImport();
+  void chooseExport();
+  void showDetails(const Item& item);
+  void takeOfLastYear(const Item& item);
   void leave();
   void nextGroup(int step);
   void nextPane(int step);
@@ -105,6 +119,8 @@ class Window : public QWidget, private RowActions {
   Desk desk_;
   Sheet* sheet_ = nullptr;
   std::unique_ptr<Search> search_;
+  /// What the page is compared with, and what was last read of a file.
+  std::unique_ptr<Source> compared_, imported_;
   QUndoStack undo_;
   View view_ = View::Group;
   View former_ = View::Group;

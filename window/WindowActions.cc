@@ -157,10 +157,19 @@ void Window::makeActions() {
   }));
   menu_->addAction(add(Word::DoChangedOnly, keys("Ctrl+H"),
                        [this] { showView(view_ == View::Changed ? View::Group : View::Changed); }));
+  menu_->addAction(add(Word::DoCompare, keys("Ctrl+D"), [this] {
+    if (view_ == View::Compare)
+      showView(View::Group);
+    else
+      compare();
+  }));
+  menu_->addAction(add(Word::DoImport, {}, [this] { chooseImport(); }));
+  menu_->addAction(add(Word::DoExport, {}, [this] { chooseExport(); }));
   menu_->addSeparator();
   menu_->addAction(add(Word::DoUndo, keys("Ctrl+Z"), [this] { undo_.undo(); }));
   menu_->addAction(add(Word::DoRedo, keys("Ctrl+Shift+Z"), [this] { undo_.redo(); }));
   menu_->addAction(add(Word::DoReset, keys("Ctrl+Backspace"), onRow(&Window::reset)));
+  menu_->addAction(add(Word::DoDetails, keys("F1"), onRow(&Window::showDetails)));
   menu_->addAction(add(Word::DoRowMenu, keys("Shift+F10"), [this] {
     if (Row* row = currentRow()) row->openMenu();
   }));
@@ -186,13 +195,16 @@ void Window::openMenu(const Item& item, const QPoint& at) {
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   menu->setObjectName("rowMenu");
+  menu->addAction(said(Word::DoDetails), QKeySequence("F1"), this, [this, &item] { showDetails(item); });
   if (item.canBeSet()) {
+    menu->addAction(said(Word::TakeOfYear, QString::number(sheet_->product().taxYear - 1)), this,
+                    [this, &item] { takeOfLastYear(item); });
     QString fallback = inWords(item, sheet_->product(), sheet_->fallback(item));
     if (fallback.size() > 40) fallback = fallback.left(39) + "…";
     menu->addAction(said(Word::DoResetTo, fallback.replace('&', "&&")), QKeySequence("Ctrl+Backspace"), this,
                     [this, &item] { reset(item); });
-    menu->addSeparator();
   }
+  menu->addSeparator();
   const auto copy = [&](Word word, std::string_view text) {
     menu->addAction(said(word), this, [copied = shown(text)] { QApplication::clipboard()->setText(copied); });
   };
