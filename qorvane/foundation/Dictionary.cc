@@ -64,7 +64,7 @@ void Dictionary::set(const Text& key, std::uint64_t hash, Value&& value) {
 bool Dictionary::remove(std::string_view key) {
   const Slot* slot = slotOf(key, Key::hashOf(key));
   if (!slot) return false;
-  entries_.erase(entries_.begin() + (slot->position - 1));
+  entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(slot->position - 1));
   // In place: removing needs no memory, so it cannot fail half-way.
   std::ranges::fill(slots_, Slot{});
   placeAll();

@@ -31,19 +31,19 @@ constexpr std::uint32_t kNames = IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DE
 constexpr std::uint32_t kItself = IN_MOVE_SELF | IN_DELETE_SELF | IN_UNMOUNT;
 
 // File systems that other machines change, where the kernel here hears nothing of it.
-bool isBlindTo(long type) {
-  constexpr long kSmb2 = 0xFE534D42;
-  constexpr long kCifs = 0xFF534D42;
-  constexpr long kNineP = 0x01021997;
-  constexpr long kCeph = 0x00C36400;
-  constexpr long kLustre = 0x0BD00BD0;
-  constexpr long kGfs2 = 0x01161970;
-  constexpr long kOcfs2 = 0x7461636F;
-  constexpr long kAll[] = {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, kSmb2,        kCifs,
-                           kNineP,          kCeph,           kLustre,      kGfs2,
-                           kOcfs2,          AFS_SUPER_MAGIC, AFS_FS_MAGIC, CODA_SUPER_MAGIC,
-                           NCP_SUPER_MAGIC, FUSE_SUPER_MAGIC};
-  return std::ranges::find(kAll, type & 0xFFFFFFFFL) != std::end(kAll);
+bool isBlindTo(std::uint32_t type) {
+  constexpr std::uint32_t kSmb2 = 0xFE534D42;
+  constexpr std::uint32_t kCifs = 0xFF534D42;
+  constexpr std::uint32_t kNineP = 0x01021997;
+  constexpr std::uint32_t kCeph = 0x00C36400;
+  constexpr std::uint32_t kLustre = 0x0BD00BD0;
+  constexpr std::uint32_t kGfs2 = 0x01161970;
+  constexpr std::uint32_t kOcfs2 = 0x7461636F;
+  constexpr std::uint32_t kAll[] = {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, kSmb2,        kCifs,
+                                    kNineP,          kCeph,           kLustre,      kGfs2,
+                                    kOcfs2,          AFS_SUPER_MAGIC, AFS_FS_MAGIC, CODA_SUPER_MAGIC,
+                                    NCP_SUPER_MAGIC, FUSE_SUPER_MAGIC};
+  return std::ranges::find(kAll, type) != std::end(kAll);
 }
 
 // A descriptor of the kernel's that closes itself.
@@ -214,7 +214,7 @@ class PreferenceWatch::Eyes {
 
   void want(const std::string& folder, std::uint32_t events, const std::string& name, bool isStore = false) {
     struct statfs where {};
-    if (calls_.statfs(folder.c_str(), &where) == 0 && isBlindTo(static_cast<long>(where.f_type)))
+    if (calls_.statfs(folder.c_str(), &where) == 0 && isBlindTo(static_cast<std::uint32_t>(where.f_type)))
       blind_ = true;
     if (notify_.get() < 0) return;
     const int number =

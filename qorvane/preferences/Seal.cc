@@ -47,7 +47,8 @@ SealCheck checkSeal(std::string_view bytes) {
   // The trailer ends with the place of the table of offsets; the seal stands before the table.
   const std::uint64_t table = bigEndian(trailer.substr(24));
   const bool room = table >= kSealSize && table <= bytes.size() - kTrailerSize;
-  const std::string_view seal = room ? bytes.substr(table - kSealSize, kSealSize) : std::string_view();
+  const std::string_view seal =
+      room ? bytes.substr(static_cast<std::size_t>(table) - kSealSize, kSealSize) : std::string_view();
   if (!seal.starts_with(kMagic)) {
     const bool marked =
         std::equal(kTrailerMark.begin(), kTrailerMark.end(), trailer.begin(),
@@ -55,7 +56,7 @@ SealCheck checkSeal(std::string_view bytes) {
     return {marked ? SealState::Broken : SealState::Unsealed};
   }
   std::string unsealed(bytes);
-  unsealed.replace(table - 8, 8, 8, '\0');
+  unsealed.replace(static_cast<std::size_t>(table) - 8, 8, 8, '\0');
   if (bigEndian(seal.substr(16)) != bytes.size() || bigEndian(seal.substr(24)) != sipHash(unsealed, kSealKey))
     return {SealState::Broken};
   return {SealState::Intact, bigEndian(seal.substr(8))};

@@ -78,9 +78,10 @@ class BinaryReader {
       fail(trailer + 8, FailureCode::binaryCountMismatch);
     if (top >= count) fail(trailer + 16, FailureCode::binaryNoTop);
     if (count > limits_.objects) fail(trailer + 8, FailureCode::plistTooMany);
-    objectCount_ = count;
-    topObject_ = top;
-    objectsEnd_ = table;
+    // None is larger than the file, whatever the processor takes for a size.
+    objectCount_ = static_cast<std::size_t>(count);
+    topObject_ = static_cast<std::size_t>(top);
+    objectsEnd_ = static_cast<std::size_t>(table);
   }
 
   /// The object's value, decoded now or before. `depth` is the number of containers around it.
@@ -112,7 +113,7 @@ class BinaryReader {
     const std::size_t entry = objectsEnd_ + number * offsetSize_;
     const std::uint64_t offset = numberAt(entry, offsetSize_);
     if (offset < kBinaryMagic.size() || offset >= objectsEnd_) fail(entry, FailureCode::binaryOffsetOutside);
-    return offset;
+    return static_cast<std::size_t>(offset);
   }
 
   Head headOf(std::size_t number) {
@@ -168,7 +169,9 @@ class BinaryReader {
     const std::size_t width = std::size_t{1} << (marker & 0xF);
     if (left - 1 < width) fail(head.start, FailureCode::binarySizeMissing);
     const std::uint64_t size = numberAt(head.at + 1, width);
-    head.size = size;
+    // Here already: where sizes have 32 bits, a large one would become a small one.
+    if (size > objectsEnd_) fail(head.start, FailureCode::binaryRunsPastEnd);
+    head.size = static_cast<std::size_t>(size);
     head.at += 1 + width;
   }
 
@@ -234,7 +237,7 @@ class BinaryReader {
   const Value& element(std::size_t at, std::size_t depth, Decoded& container) {
     const std::uint64_t number = numberAt(at, referenceSize_);
     if (number >= objectCount_) fail(at, FailureCode::binaryNoObject);
-    const Decoded& object = decode(number, depth);
+    const Decoded& object = decode(static_cast<std::size_t>(number), depth);
     if (object.count > limits_.objects - container.count) fail(at, FailureCode::plistTooMany);
     container.count += object.count;
     container.height = std::max(container.height, object.height);

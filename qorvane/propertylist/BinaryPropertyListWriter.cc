@@ -43,9 +43,9 @@ class Uniques {
   /// The number of an earlier item equal to this one, or `next`, which it then is.
   std::uint32_t find(const Item& item, const std::vector<Item>& items, std::uint32_t next) {
     constexpr std::size_t kProbes = 32;
-    const std::size_t hash = hashOf(item);
+    const std::uint64_t hash = hashOf(item);
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t at = hash, probe = 0; probe < kProbes; ++at, ++probe) {
+    for (std::size_t at = static_cast<std::size_t>(hash), probe = 0; probe < kProbes; ++at, ++probe) {
       Slot& slot = slots_[at & mask];
       if (slot.number == 0) {
         slot = {next + 1, static_cast<std::uint32_t>(hash)};
@@ -69,8 +69,8 @@ class Uniques {
 
   static constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;
 
-  static std::size_t hashOf(const Item& item) {
-    const std::size_t kind = static_cast<std::size_t>(item.kind) * kOdd;
+  static std::uint64_t hashOf(const Item& item) {
+    const std::uint64_t kind = static_cast<std::uint64_t>(item.kind) * kOdd;
     if (item.kind < Item::Kind::Data) {
       const std::uint64_t mixed = (item.bits ^ kind) * kOdd;
       return mixed ^ mixed >> 32;
@@ -107,8 +107,8 @@ class Uniques {
     used_ = 0;
     for (const Slot& slot : old) {
       if (slot.number == 0) continue;
-      const std::size_t hash = hashOf(slot.number - 1 < items.size() ? items[slot.number - 1] : newest);
-      std::size_t at = hash;
+      std::size_t at =
+          static_cast<std::size_t>(hashOf(slot.number - 1 < items.size() ? items[slot.number - 1] : newest));
       while (slots_[at & (slots_.size() - 1)].number != 0) ++at;
       slots_[at & (slots_.size() - 1)] = slot;
       ++used_;
@@ -313,7 +313,8 @@ class BinaryWriter {
     }
   }
   void putReferences(const Item& item, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) putNumber(references_[item.bits + i], referenceSize_);
+    for (std::size_t i = 0; i < count; ++i)
+      putNumber(references_[static_cast<std::size_t>(item.bits) + i], referenceSize_);
   }
 
   void put(const Item& item) {
