@@ -56,8 +56,7 @@ enum Column : std::size_t {
 };
 
 Setting settingOf(const Rows& rows, std::size_t row) {
-  return {rows.text(row, Product) == "T2",
-          std::stoi(rows.text(row, Year)),
+  return {{rows.text(row, Product) == "T2", std::stoi(rows.text(row, Year))},
           rows.text(row, Key),
           rows.at(row, JsonValue),
           rows.text(row, Locked) == "t",

@@ -225,10 +225,12 @@ Rows Connection::answer(Clock::time_point deadline) {
     const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
     failure.emplace(
         trimmed(state ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : PQresultErrorMessage(result)),
-        state && PQstatus(server) == CONNECTION_OK ? state : "");
+        state ? state : "");
   }
-  if (failure) throw DatabaseError(*failure);
-  if (PQstatus(server) != CONNECTION_OK) broken();
+  // The server's own last word before it hung up is told, but it is no answer.
+  const bool lost = PQstatus(server) != CONNECTION_OK;
+  if (failure) throw lost ? DatabaseError(failure->what(), "") : DatabaseError(*failure);
+  if (lost) broken();
   return last;
 }
 

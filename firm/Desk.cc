@@ -36,11 +36,6 @@ namespace {
 constexpr const char* kHistoryFile = "Agent.plist";
 constexpr std::size_t kStatesKept = 3;
 
-std::string domainOf(bool corporate, int year) {
-  return (corporate ? "QorvaneT2Settings" : "QorvaneT1Settings") +
-         (year == 0 ? std::string() : std::to_string(year));
-}
-
 // The settings that one place has under one key, for one year.
 struct Held {
   const Setting* value = nullptr;
@@ -49,13 +44,13 @@ struct Held {
 
 class Resolver {
  public:
-  Resolver(const std::vector<PlaceState>& chain, bool corporate, int year) : chain_(chain) {
+  Resolver(const std::vector<PlaceState>& chain, const Domain& domain) : chain_(chain) {
     for (const PlaceState& place : chain) {
       auto& held = held_.emplace_back();
       // Every year's first, so that the year's own value comes over it.
-      for (const int which : {0, year})
+      for (const int which : {0, domain.year})
         for (const Setting& setting : place.settings) {
-          if (setting.corporate != corporate || setting.year != which) continue;
+          if (setting.domain != Domain{domain.corporate, which}) continue;
           Held& at = held[setting.key];
           if (setting.value) at.value = &setting;
           at.locked = at.locked || setting.locked;
@@ -181,6 +176,25 @@ std::string digits(std::int64_t number) { return std::to_string(number); }
 
 }  // namespace
 
+std::string Domain::key() const {
+  return (corporate ? "QorvaneT2Settings" : "QorvaneT1Settings") + (year == 0 ? "" : std::to_string(year));
+}
+
+std::optional<Domain> Domain::fromKey(std::string_view key) {
+  for (const bool corporate : {false, true}) {
+    Domain domain{corporate, 0};
+    const std::string every = domain.key();
+    if (!key.starts_with(every)) continue;
+    const std::string_view digits = key.substr(every.size());
+    std::from_chars(digits.data(), digits.data() + digits.size(), domain.year);
+    // Only the year's own digits make the key that the suite would use.
+    if (domain.year >= 0 && domain.year <= 9999 && domain.key() == key) return domain;
+  }
+  return std::nullopt;
+}
+
+std::string Domain::name() const { return product() + (year == 0 ? "" : " " + std::to_string(year)); }
+
 Standing standingOf(const History& server, const std::optional<History>& followed) {
   if (!followed) return Standing::Same;
   if (server.system != followed->system) return Standing::TakenOver;
@@ -191,16 +205,12 @@ Standing standingOf(const History& server, const std::optional<History>& followe
 }
 
 std::map<std::string, Value> filesOf(const std::vector<PlaceState>& chain) {
-  std::set<std::pair<bool, int>> domains;
+  std::set<Domain> domains;
   for (const PlaceState& place : chain)
-    for (const Setting& setting : place.settings) {
-      domains.emplace(setting.corporate, setting.year);
-    }
+    for (const Setting& setting : place.settings) domains.insert(setting.domain);
   std::map<std::string, Value> files;
-  for (const auto& [corporate, year] : domains) {
-    const std::string domain = domainOf(corporate, year);
-    files[domain + ".plist"] = Resolver(chain, corporate, year).file(domain);
-  }
+  for (const Domain& domain : domains)
+    files[domain.key() + ".plist"] = Resolver(chain, domain).file(domain.key());
   return files;
 }
 

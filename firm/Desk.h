@@ -1,19 +1,37 @@
 // What a desk reads of its firm: the places' settings made into files, one state at a time.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qorvane/foundation/Value.h"
 
 namespace optionsmgr::firm {
 
-struct Setting {
+/// A product and a year, 0 for every year: one file of a layer.
+struct Domain {
   bool corporate = false;
-  int year = 0;  ///< 0 for every year.
+  int year = 0;
+
+  /// "QorvaneT1Settings2024", "QorvaneT1Settings".
+  std::string key() const;
+  /// None for any other text.
+  static std::optional<Domain> fromKey(std::string_view key);
+  /// For people: "T1 2024", "T1".
+  std::string name() const;
+  /// "T1" or "T2".
+  std::string product() const { return corporate ? "T2" : "T1"; }
+
+  friend auto operator<=>(const Domain&, const Domain&) = default;
+};
+
+struct Setting {
+  Domain domain;
   std::string key;
   std::optional<std::string> value;  ///< Tagged JSON; none for a lock alone.
   bool locked = false;

@@ -1,74 +1,52 @@
 #include "firm/OptionEntries.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <optional>
 
 #include "firm/Words.h"
-#include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/desktop/MemoryFileManager.h"
 #include "qorvane/preferences/UserDefaults.h"
-#include "qorvane/store/NSColorHexadecimalValue.h"
+#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
+#include "tool/EntryForm.h"
+#include "tool/OptionText.h"
 #include "tool/speech/Language.h"
 
 namespace optionsmgr::firm {
 
 using qorvane::Dictionary;
-using qorvane::Number;
 using qorvane::OptionRow;
-using qorvane::OptionType;
 using qorvane::Product;
 using qorvane::Text;
 using qorvane::Value;
 
 namespace {
 
-std::optional<bool> flagMeant(std::string_view words) {
-  std::string low(words);
-  std::ranges::transform(low, low.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 32) : c; });
-  for (const char* const yes : {"true", "yes", "on", "1", "oui"})
-    if (low == yes) return true;
-  for (const char* const no : {"false", "no", "off", "0", "non"})
-    if (low == no) return false;
-  return std::nullopt;
+// A setter needs some year to run in; what it stores is not the year's.
+Product productOf(const Domain& domain) {
+  return {.corporate = domain.corporate, .taxYear = domain.year != 0 ? domain.year : 2024};
 }
 
-template <class T>
-std::optional<Value> numberMeant(std::string_view words) {
-  T number{};
-  const auto [end, error] = std::from_chars(words.data(), words.data() + words.size(), number);
-  if (error != std::errc() || end != words.data() + words.size()) return std::nullopt;
-  return Value(Number(number));
-}
-
-std::optional<Value> meant(const OptionRow& row, std::string_view words, const Product& product) {
-  switch (row.type) {
-    case OptionType::Flag:
-      if (const auto flag = flagMeant(words)) return Value(Number(*flag));
-      return std::nullopt;
-    case OptionType::Integer:
-      return numberMeant<std::int32_t>(words);
-    case OptionType::Date:
-      return words.empty() ? Value(Text("")) : numberMeant<double>(words);
-    case OptionType::Font:
-      if (const auto font = qorvane::fontFromText(words)) return Value(qorvane::fontText(font));
-      return std::nullopt;
-    case OptionType::Color:
-      if (const auto color = qorvane::NSColorHexadecimalValue::nsColorFromHexadecimalValue(Text(words)))
-        return Value(qorvane::archiveColor(*color));
-      return std::nullopt;
-    case OptionType::Text:
-    case OptionType::Folder:
-      break;
+// A store of the domain in which setters and checks run. Nothing of the administrator's own settings is read
+// or written, not even by the words of a list, which ask for the display language.
+class Workshop {
+ public:
+  explicit Workshop(const Domain& domain)
+      : noFiles_(&files_),
+        noSettings_(&memory_),
+        running_(productOf(domain)),
+        options_(memory_, productOf(domain)) {
+    options_.loadOptions();
   }
-  // Where nothing is chosen at first, it can be so again.
-  const bool cleared = words.empty() && row.fallback(product) == Value(Text(words));
-  if (row.choices && !cleared && !row.choices->meant(words)) return std::nullopt;
-  return Value(row.meant(Text(words), product));
-}
+  qorvane::Options& options() { return options_; }
+
+ private:
+  qorvane::MemoryFileManager files_;
+  qorvane::ScopedFileManager noFiles_;
+  qorvane::MemoryUserDefaults memory_;
+  qorvane::ScopedUserDefaults noSettings_;
+  qorvane::ScopedProduct running_;
+  qorvane::Options options_;
+};
 
 }  // namespace
 
@@ -81,31 +59,43 @@ const OptionRow& settableOption(std::string_view name) {
   return *row;
 }
 
-Dictionary entriesFor(const OptionRow& row, std::string_view words, const Product& product, bool force) {
-  if (!qorvane::detail::isWellFormedUtf8(words)) throw FirmFailure(Exit::BadData, Word::doesNotFit, row.name);
-  // Nothing of the administrator's own settings is read or written, not even by the words of a list, which
-  // ask for the display language.
-  qorvane::MemoryFileManager files;
-  const qorvane::ScopedFileManager noFiles(&files);
-  qorvane::MemoryUserDefaults memory;
-  const qorvane::ScopedUserDefaults noSettings(&memory);
-  const auto value = meant(row, words, product);
-  if (!value) throw FirmFailure(Exit::BadData, Word::doesNotFit, row.name);
-  qorvane::Options options(memory, product);
-  options.loadOptions();
-  if (const auto refused = force ? std::nullopt : row.check(*value, product, &options))
+Dictionary entriesFor(const OptionRow& row, std::string_view words, const Domain& domain, bool force) {
+  Workshop workshop(domain);
+  const Value value = parsedFor(row, words, force);
+  if (const auto refused = force ? std::nullopt : row.check(value, &workshop.options()))
     throw FirmFailure(Exit::BadData, Word::doesNotPass, row.name,
                       refused->reason(optionsmgr::language()).string());
-  row.write(options, *value);
+  row.write(workshop.options(), value);
   Dictionary entries;
-  for (const Text& key : row.entries(product))
-    if (const Value* const stored = options.options()->find(key.view())) entries.set(key, *stored);
+  for (const Text& key : row.entries())
+    if (const Value* const stored = workshop.options().options()->find(key.view())) entries.set(key, *stored);
   return entries;
 }
 
-std::vector<std::string> keysOf(const OptionRow& row, const Product& product) {
+Taken takenFrom(const Dictionary& given, const Domain& domain, bool force) {
+  Workshop workshop(domain);
+  for (const auto& [key, value] : given) workshop.options().options()->set(key, value);
+  Taken taken;
+  for (const auto& [key, value] : given) {
+    const OptionRow* const owner = ownerOf(key);
+    if (owner && (owner->secret || owner->machineSpecific)) {
+      taken.leftOut.emplace_back(owner->name);
+      continue;
+    }
+    const Formed formed = owner                          ? formedEntry(*owner, value, workshop.options())
+                          : qorvane::isDerivedEntry(key) ? formedDerivedEntry(value)
+                                                         : Formed{value, std::nullopt};
+    if (formed.objection && !(force && formed.objection->mayBeForced))
+      taken.objections += "\n  " + domain.name() + ", " + key.string() + ": " + formed.objection->why;
+    else
+      taken.entries.set(key, formed.objection ? value : formed.entry);
+  }
+  return taken;
+}
+
+std::vector<std::string> keysOf(const OptionRow& row, const Domain& domain) {
   std::vector<std::string> keys;
-  for (const Text& key : row.entries(product)) keys.push_back(key.string());
+  for (const Text& key : row.entries(productOf(domain))) keys.push_back(key.string());
   return keys;
 }
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "firm/Desk.h"
 #include "qorvane/foundation/Dictionary.h"
-#include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/OptionTable.h"
 
 namespace optionsmgr::firm {
@@ -15,14 +15,22 @@ namespace optionsmgr::firm {
 /// only, or one that cannot be set.
 const qorvane::OptionRow& settableOption(std::string_view name);
 
-/// The entries that the option's own setter stores for what a person wrote: true or false, yes or no, digits,
-/// a font as "name, size", a colour as "#RRGGBB", a choice by its neutral word or a label in either language.
-/// Throws FirmFailure when it means no value of the option.
-qorvane::Dictionary entriesFor(const qorvane::OptionRow& row, std::string_view words,
-                               const qorvane::Product& product, bool force);
+/// The entries that the option's own setter stores for what a person wrote, in the words that the tool takes
+/// at a desk. Throws optionsmgr::Failure or FirmFailure when it means no value of the option.
+qorvane::Dictionary entriesFor(const qorvane::OptionRow& row, std::string_view words, const Domain& domain,
+                               bool force);
 
-/// The stored keys that belong to the option in that product.
-std::vector<std::string> keysOf(const qorvane::OptionRow& row, const qorvane::Product& product);
+/// What of somebody's entries a firm may take, in the stored forms of their options.
+struct Taken {
+  qorvane::Dictionary entries;
+  std::vector<std::string> leftOut;  ///< Options that are secret or one machine's, by name.
+  std::string objections;            ///< A line each for what is no entry of its option.
+};
+/// `force` passes rules about values, never about forms.
+Taken takenFrom(const qorvane::Dictionary& given, const Domain& domain, bool force);
+
+/// The stored keys that belong to the option in that domain.
+std::vector<std::string> keysOf(const qorvane::OptionRow& row, const Domain& domain);
 
 /// The option's name for a stored key, or else the key itself.
 std::string nameOfKey(const std::string& key, bool corporate);

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
+#include <thread>
 
 namespace optionsmgr::firm {
 
@@ -18,44 +19,63 @@ constexpr std::chrono::seconds kCommitting{30};
 
 bool passes(const std::string& state) { return state == "40001" || state == "40P01"; }
 
+// Acknowledged means on the disk, whatever this login is used to; nobody waits longer than five seconds.
+// Answers who does the work, so that it can be asked whether it still does.
+constexpr const char* kCarefully =
+    "SELECT set_config('lock_timeout', '5s', true), set_config('synchronous_commit', CASE WHEN "
+    "current_setting('synchronous_commit') = 'remote_apply' THEN 'remote_apply' ELSE 'on' END, true), "
+    "(SELECT a.pid || ' ' || extract(epoch FROM a.backend_start) FROM pg_stat_activity a WHERE a.pid = "
+    "pg_backend_pid())";
+// A standby may have yet to replay what it holds already.
+constexpr const char* kStillAtWork =
+    "SELECT FROM pg_stat_activity a WHERE pg_is_in_recovery() OR a.pid || ' ' || extract(epoch FROM "
+    "a.backend_start) = $1";
+
 // What became of a batch whose commit was not answered.
-Stored lookedUp(const std::string& token) {
-  try {
-    Connection again;
-    const Rows rows = again.ask("SELECT optionsmgr.committed($1::uuid)", {token});
-    if (const Field number = rows.at(0, 0)) return {*number, 0, {}};
-  } catch (const DatabaseError&) {
-    // Nothing tells; which is what is told.
-  }
+std::string lookedUp(const std::string& token, const Field& worker, Clock::time_point until) {
+  do {
+    try {
+      Connection again;
+      for (;;) {
+        // Asked in this order, for it may commit between the two.
+        const bool atWork = again.ask(kStillAtWork, {worker}).size() > 0;
+        if (const Field number = again.ask("SELECT optionsmgr.committed($1::uuid)", {token}).at(0, 0))
+          return *number;
+        if (!atWork) throw FirmFailure(Exit::TryAgain, Word::notStored);
+        if (Clock::now() >= until) break;
+        std::this_thread::sleep_for(200ms);
+      }
+    } catch (const DatabaseError&) {
+      // It may be back in a moment.
+      std::this_thread::sleep_for(200ms);
+    }
+  } while (Clock::now() < until);
   throw FirmFailure(Exit::Unavailable, Word::storedUnknown);
 }
 
-Stored once(Connection& server, const char* sql, const std::vector<Field>& parameters) {
-  server.takeWarnings();
+Stored once(Connection& server, const Statement& statement) {
   server.run("BEGIN", 10s);
-  // Acknowledged means on the disk, whatever this login is used to; nobody waits longer than five seconds.
-  server.ask(
-      "SELECT set_config('lock_timeout', '5s', true), set_config('synchronous_commit', CASE WHEN "
-      "current_setting('synchronous_commit') = 'remote_apply' THEN 'remote_apply' ELSE 'on' END, true)");
-  const Rows rows = server.ask(sql, parameters, 60s);
+  const Field worker = server.ask(kCarefully).at(0, 2);
+  const Rows rows = server.ask(statement.sql.c_str(), statement.parameters, 60s);
   Stored stored{rows.text(0, 0), 0, {}};
   if (const Field changed = rows.at(0, 1)) stored.changed = std::stoi(*changed);
   server.takeWarnings();
+  const Clock::time_point until = Clock::now() + kCommitting;
   try {
     server.ask("COMMIT", {}, kCommitting);
   } catch (const DatabaseError& error) {
     if (!error.state().empty()) throw;
-    const int changed = stored.changed;
-    stored = lookedUp(*parameters.front());
-    stored.changed = changed;
+    if (!stored.number.empty()) stored.number = lookedUp(*statement.parameters.front(), worker, until);
   }
   stored.warnings = server.takeWarnings();
   return stored;
 }
 
-Stored tried(Connection& server, const char* sql, const std::vector<Field>& parameters) {
+// Tries again where others were in the way. Throws FirmFailure.
+template <class Once>
+auto tried(Connection& server, const Once& once) {
   for (int tries = 1;; ++tries) try {
-      return once(server, sql, parameters);
+      return once();
     } catch (const DatabaseError& error) {
       if (error.state().empty()) throw failureOf(error);
       server.run("ROLLBACK", 10s);
@@ -108,8 +128,7 @@ std::string newToken() {
   return token;
 }
 
-Stored store(Connection& server, const std::vector<Entry>& entries,
-             const std::optional<std::string>& comment) {
+Statement batchOf(const std::vector<Entry>& entries, const std::optional<std::string>& comment) {
   std::array<std::vector<Field>, 9> columns;
   for (const Entry& entry : entries) {
     Field kind;
@@ -123,8 +142,8 @@ Stored store(Connection& server, const std::vector<Entry>& entries,
                                                                            : "number";
     }
     const std::array<Field, 9> fields = {entry.place,
-                                         entry.product,
-                                         std::to_string(entry.year),
+                                         entry.domain.product(),
+                                         std::to_string(entry.domain.year),
                                          entry.key,
                                          entry.sets ? "true" : "false",
                                          kind,
@@ -133,20 +152,38 @@ Stored store(Connection& server, const std::vector<Entry>& entries,
                                          entry.expected};
     for (std::size_t i = 0; i < columns.size(); ++i) columns[i].push_back(fields[i]);
   }
-  std::vector<Field> parameters = {newToken(), comment};
-  for (const auto& column : columns) parameters.emplace_back(arrayOf(column));
-  return tried(server,
-               "SELECT w.number, w.changed FROM optionsmgr.write($1::uuid, $2, $3::bigint[], $4::text[], "
-               "$5::integer[], "
-               "$6::text[], $7::boolean[], $8::text[], $9::text[], $10::boolean[], $11::uuid[]) AS w",
-               parameters);
+  Statement statement{
+      "SELECT w.number, w.changed FROM optionsmgr.write($1::uuid, $2, $3::bigint[], $4::text[], "
+      "$5::integer[], "
+      "$6::text[], $7::boolean[], $8::text[], $9::text[], $10::boolean[], $11::uuid[]) AS w",
+      {newToken(), comment}};
+  for (const auto& column : columns) statement.parameters.emplace_back(arrayOf(column));
+  return statement;
 }
 
-Stored change(Connection& server, const char* sql, std::vector<Field> further,
-              const std::optional<std::string>& comment) {
-  std::vector<Field> parameters = {newToken(), comment};
-  parameters.insert(parameters.end(), further.begin(), further.end());
-  return tried(server, sql, parameters);
+Statement changeOf(const std::string& function, const std::string& casts, std::vector<Field> further,
+                   const std::optional<std::string>& comment) {
+  Statement statement{"SELECT optionsmgr." + function + "($1::uuid, $2, " + casts + "), 0",
+                      {newToken(), comment}};
+  statement.parameters.insert(statement.parameters.end(), further.begin(), further.end());
+  return statement;
+}
+
+Stored store(Connection& server, const Statement& statement) {
+  return tried(server, [&] { return once(server, statement); });
+}
+
+void rehearse(Connection& server, const Statement& statement, const std::function<void(bool)>& look) {
+  tried(server, [&] {
+    // As of one moment, so that what others commit meanwhile is not taken for this change's.
+    server.run("BEGIN ISOLATION LEVEL REPEATABLE READ", 10s);
+    server.ask(kCarefully);
+    look(false);
+    server.ask(statement.sql.c_str(), statement.parameters, 60s);
+    look(true);
+    server.run("ROLLBACK", 10s);
+    return true;
+  });
 }
 
 }  // namespace optionsmgr::firm

@@ -2,11 +2,13 @@
 // words.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "firm/Database.h"
+#include "firm/Desk.h"
 #include "firm/Words.h"
 
 namespace optionsmgr::firm {
@@ -21,8 +23,7 @@ std::string placeCalled(Connection& server, const std::string& name);
 /// What an entry is to become.
 struct Entry {
   std::string place;
-  std::string product;  ///< "T1" or "T2".
-  int year = 0;
+  Domain domain;
   std::string key;
   bool sets = false;                         ///< The value becomes `value`,
   std::optional<std::string> value = {};     ///< which is none to take it away.
@@ -41,14 +42,26 @@ struct Stored {
   std::vector<std::string> warnings;  ///< Of the commit: it may not have reached the standby.
 };
 
-/// Writes the batch as one transaction, tried three times where others were in the way. When the connection
-/// breaks while it commits, a new one asks what became of it. Throws FirmFailure.
-Stored store(Connection& server, const std::vector<Entry>& entries,
-             const std::optional<std::string>& comment);
+/// A change that waits to be made: a statement that answers a number, or null when it changed nothing, and
+/// how many entries it changed. Its first parameter is its token.
+struct Statement {
+  std::string sql;
+  std::vector<Field> parameters;
+};
 
-/// The same for a statement of the tree or of grants whose first parameters are token and comment, answering
-/// a number or null.
-Stored change(Connection& server, const char* sql, std::vector<Field> further,
-              const std::optional<std::string>& comment);
+/// The batch as one statement.
+Statement batchOf(const std::vector<Entry>& entries, const std::optional<std::string>& comment);
+
+/// A change of the tree or of grants: the function's further parameters, each as "$3::bigint".
+Statement changeOf(const std::string& function, const std::string& casts, std::vector<Field> further,
+                   const std::optional<std::string>& comment);
+
+/// Makes the change in a transaction of its own, tried three times where others were in the way. When the
+/// connection breaks while it commits, a new one asks what became of it. Throws FirmFailure.
+Stored store(Connection& server, const Statement& statement);
+
+/// Makes the change, lets `look` see what stands then, and takes it back; `look` is called before the change
+/// too, with false. It may happen three times. Throws FirmFailure as `store` would.
+void rehearse(Connection& server, const Statement& statement, const std::function<void(bool changed)>& look);
 
 }  // namespace optionsmgr::firm

@@ -1,7 +1,4 @@
-// Values as the store keeps them: JSON text, with an object of one member for what JSON has no form for, as
-// in the tool's own files: {"$data": base64}, {"$date": seconds since 2001}, {"$real": "nan", "inf" or
-// "-inf"}, and
-// {"$dictionary": {…}} for a dictionary that itself begins with a "$".
+// Values as the store keeps them: the JSON of preference files (tool/JsonText.h) on one line, without truths.
 #pragma once
 
 #include <optional>

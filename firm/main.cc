@@ -8,6 +8,7 @@
 
 #include "firm/Verbs.h"
 #include "qorvane/desktop/Log.h"
+#include "tool/Failure.h"
 #include "tool/speech/Columns.h"
 
 namespace {
@@ -31,6 +32,9 @@ int main(int argc, char** argv) {
   } catch (const optionsmgr::firm::FirmFailure& failure) {
     tell(failure.what());
     return static_cast<int>(failure.exit());
+  } catch (const optionsmgr::Failure& failure) {
+    tell(failure.what());
+    return static_cast<int>(failure.code());
   } catch (const std::exception& error) {
     tell(error.what());
     return static_cast<int>(optionsmgr::firm::Exit::InputOutput);

@@ -169,6 +169,7 @@ class Counting {
 
 class Writer {
  public:
+  explicit Writer(bool onOneLine) : onOneLine_(onOneLine) {}
   std::string text() && { return std::move(text_); }
 
   void put(const Value& value, std::size_t depth) {
@@ -215,7 +216,7 @@ class Writer {
     void next(std::string_view name) {
       next();
       writer_.putString(name);
-      writer_.text_ += ": ";
+      writer_.text_ += writer_.onOneLine_ ? ":" : ": ";
     }
 
    private:
@@ -225,7 +226,9 @@ class Writer {
     bool any_ = false;
   };
 
-  void breakLine(std::size_t depth) { text_.append("\n").append(2 * depth, ' '); }
+  void breakLine(std::size_t depth) {
+    if (!onOneLine_) text_.append("\n").append(2 * depth, ' ');
+  }
 
   void putString(std::string_view string) {
     text_ += withoutControls(
@@ -256,7 +259,9 @@ class Writer {
     else if (std::isfinite(number.doubleValue()))
       text_ += nlohmann::json(number.doubleValue()).dump();
     else
-      text_.append("{\"$real\": \"").append(number.stringValue().view()).append("\"}");
+      text_.append(onOneLine_ ? "{\"$real\":\"" : "{\"$real\": \"")
+          .append(number.stringValue().view())
+          .append("\"}");
   }
 
   void putDate(const Date& date, std::size_t depth) {
@@ -266,6 +271,7 @@ class Writer {
   }
 
   std::string text_;
+  bool onOneLine_;
 };
 
 }  // namespace
@@ -284,9 +290,15 @@ Value valueFromJson(std::string_view text) {
 }
 
 std::string jsonFromValue(const Value& value) {
-  Writer writer;
+  Writer writer(false);
   writer.put(value, 0);
   return std::move(writer).text() + "\n";
+}
+
+std::string jsonLineFromValue(const Value& value) {
+  Writer writer(true);
+  writer.put(value, 0);
+  return std::move(writer).text();
 }
 
 std::string withoutControls(std::string_view json) {

@@ -20,6 +20,9 @@ qorvane::Value valueFromJson(std::string_view text);
 /// The value as JSON, indented. Nothing in it steers a terminal: such characters are escaped.
 std::string jsonFromValue(const qorvane::Value& value);
 
+/// The same without a line break or blank between its parts: one value has one text.
+std::string jsonLineFromValue(const qorvane::Value& value);
+
 /// JSON with those characters escaped that break a line or steer a terminal; they stand in its strings only.
 std::string withoutControls(std::string_view json);
 

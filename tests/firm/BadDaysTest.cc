@@ -36,10 +36,10 @@ class FirmBadDaysTest : public testing::Test {
 
   void write(const std::string& value) {
     const auto owner = server_->connect("postgres", "postgres");
-    Entry entry{.place = place_, .product = "T1", .key = "PCity"};
+    Entry entry{.place = place_, .domain = {}, .key = "PCity"};
     entry.sets = true;
     entry.value = '"' + value + '"';
-    EXPECT_EQ(store(*owner, {entry}, std::nullopt).changed, 1);
+    EXPECT_EQ(store(*owner, batchOf({entry}, std::nullopt)).changed, 1);
   }
   // What an agent's one fetch answers: its number, or what it is told.
   static std::string synced(Agent& agent) try {

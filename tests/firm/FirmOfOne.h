@@ -35,14 +35,14 @@ class FirmOfOne : public testing::Test {
   void TearDown() override { unsetenv("XDG_CONFIG_DIRS"); }
 
   optionsmgr::firm::Entry city(const std::string& value) const {
-    optionsmgr::firm::Entry entry{.place = place_, .product = "T1", .key = "PCity"};
+    optionsmgr::firm::Entry entry{.place = place_, .domain = {}, .key = "PCity"};
     entry.sets = true;
     entry.value = '"' + value + '"';
     return entry;
   }
   optionsmgr::firm::Stored write(const FirmServer& server, const std::string& value) const {
     const auto owner = server.connect("postgres", "postgres");
-    return optionsmgr::firm::store(*owner, {city(value)}, std::nullopt);
+    return optionsmgr::firm::store(*owner, optionsmgr::firm::batchOf({city(value)}, std::nullopt));
   }
   // What one fetch answers: its number, or what it is told.
   static std::string synced() try {

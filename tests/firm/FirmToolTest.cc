@@ -1,96 +1,19 @@
 // The program itself: an administrator's verbs and a desk's agent, on a real server.
-#include <fcntl.h>
-#include <signal.h>
-#include <stdlib.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <filesystem>
-#include <optional>
-#include <thread>
 
 #include "qorvane/foundation/Dictionary.h"
-#include "qorvane/foundation/Exception.h"
 #include "qorvane/propertylist/PropertyList.h"
 #include "tests/TestHome.h"
-#include "tests/firm/FirmWorld.h"
-#include "tests/tool/ToolRun.h"
+#include "tests/firm/FirmProgram.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-using qorvane::Value;
-using testing_support::FirmServer;
-using testing_support::FirmWorld;
 using testing_support::optionsmgr;
-using testing_support::readFile;
 using testing_support::sharedServer;
 using testing_support::ToolResult;
 
-class FirmToolTest : public FirmWorld {
- protected:
-  void SetUp() override {
-    FirmWorld::SetUp();
-    setenv("LC_ALL", "C.UTF-8", 1);
-    setenv("XDG_CONFIG_DIRS", (home_.path() / "xdg").c_str(), 1);
-  }
-  void TearDown() override {
-    if (agent_ > 0) stopAgent();
-    unsetenv("XDG_CONFIG_DIRS");
-  }
-
-  ToolResult as(const std::string& login, const std::vector<std::string>& words) {
-    sharedServer().choose(role(login), database());
-    return optionsmgr(words);
-  }
-  ToolResult done(const std::string& login, const std::vector<std::string>& words) {
-    ToolResult result = as(login, words);
-    EXPECT_EQ(result.exit, 0) << result.err;
-    return result;
-  }
-
-  fs::path states() const { return home_.path() / ".local/state/Qorvane/firm"; }
-  // What the desk's file says for the key; none without file or entry.
-  std::optional<std::string> atDesk(const std::string& domain, const std::string& key) const try {
-    const Value top = qorvane::readPropertyList(readFile(states() / "current" / (domain + ".plist")));
-    const Value* value = top.asDictionary()->find(domain)->asDictionary()->find(key);
-    return value ? std::optional(value->textValue().string()) : std::nullopt;
-  } catch (const std::runtime_error&) {
-    return std::nullopt;
-  }
-
-  void startAgent(const std::string& login, const std::string& interval) {
-    sharedServer().choose(role(login), database());
-    log_ = home_.path() / "agent.log";
-    agent_ = fork();
-    if (agent_ != 0) return;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const int log = open(log_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    dup2(log, 2);
-    execl(TOOL_PATH, TOOL_PATH, "agent", "--interval", interval.c_str(), nullptr);
-    _exit(127);
-  }
-  int stopAgent() {
-    kill(agent_, SIGTERM);
-    int status = 0;
-    waitpid(agent_, &status, 0);
-    agent_ = -1;
-    return status;
-  }
-  std::string agentLog() const { return readFile(log_); }
-  // Waits for what must come; ctest's own limit ends a wait in vain.
-  template <class Condition>
-  static void await(const Condition& condition) {
-    while (!condition()) std::this_thread::sleep_for(5ms);
-  }
-
-  testing_support::TestHome home_;
-  pid_t agent_ = -1;
-  fs::path log_;
-};
+class FirmToolTest : public testing_support::FirmProgram {};
 
 TEST_F(FirmToolTest, AnAdministratorSetsAndReadsBack) {
   done("boss", {"set", "--place", "Laval", "preparerCity", "Laval", "autoSaveAfter", "7", "-m", "spring"});

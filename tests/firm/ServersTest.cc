@@ -198,8 +198,8 @@ TEST_F(FirmPoolerTest, WhatIsNotHeardIsAskedFor) {
 TEST_F(FirmPoolerTest, VerbsWriteThroughIt) {
   choose();
   Connection pooled;
-  EXPECT_EQ(store(pooled, {city("two")}, std::nullopt).changed, 1);
-  EXPECT_EQ(store(pooled, {city("three")}, std::nullopt).changed, 1);
+  EXPECT_EQ(store(pooled, batchOf({city("two")}, std::nullopt)).changed, 1);
+  EXPECT_EQ(store(pooled, batchOf({city("three")}, std::nullopt)).changed, 1);
   choose();
   synced();
   EXPECT_EQ(atDesk(), "three");
@@ -291,18 +291,20 @@ TEST_F(FirmStandbySlowTest, WhatWasAcknowledgedIsThereAfterAnyPrimarysDeath) {
   for (int trial = 0; trial < trials; ++trial) {
     std::string acknowledged;
     const auto owner = server_->connect("postgres", "postgres");
+    const auto supervisor = standby_->connect("postgres", "postgres");
+    chooseBoth();  // A commit that is not answered is looked up where the firm goes on.
     std::thread writer([&] {
       for (int i = 0;; ++i) try {
           const std::string value = std::to_string(trial) + '.' + std::to_string(i);
-          if (store(*owner, {city(value)}, std::nullopt).warnings.empty()) acknowledged = value;
+          if (store(*owner, batchOf({city(value)}, std::nullopt)).warnings.empty()) acknowledged = value;
         } catch (const FirmFailure&) {
           return;
         }
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(100 + 37 * (trial % 7)));
     server_->crash();
+    supervisor->ask("SELECT pg_promote(true, 60)", {}, std::chrono::seconds(60));
     writer.join();
-    standby_->promote();
     const auto survivor = standby_->connect("postgres", "postgres");
     // The last acknowledged value, or one that was written after it and whose answer was lost.
     EXPECT_EQ(survivor
