@@ -56,10 +56,8 @@ std::vector<Row> withoutHelp(std::vector<Row> rows) {
 
 void printVerbs(const CLI::App& app, std::ostream& out) {
   for (const CLI::App* verb : verbsOf(app)) {
-    if (!verbsOf(*verb).empty()) {
-      printVerbs(*verb, out);
-      continue;
-    }
+    printVerbs(*verb, out);
+    if (verb->get_require_subcommand_min() > 0) continue;
     out << ".SS " << roff(usageOf(*verb, commandOf(*verb))) << '\n' << roff(verb->get_description()) << ".\n";
     printTerms(rowsOf(*verb, true), out);
     printTerms(withoutHelp(rowsOf(*verb, false)), out);
