@@ -18,6 +18,7 @@
 #include "qorvane/preferences/FileException.h"
 #include "qorvane/preferences/LockedFolder.h"
 #include "qorvane/preferences/OpenFile.h"
+#include "qorvane/preferences/Seal.h"
 #include "qorvane/preferences/SystemCalls.h"
 #include "qorvane/propertylist/PropertyList.h"
 
@@ -93,6 +94,10 @@ Dictionary listIn(const OpenFile& folder, const std::string& path, const std::st
   std::string bytes;
   if (!file.read(bytes, static_cast<std::size_t>(status.st_size)))
     throw FileException(FailureCode::cannotRead, {Text(whole)}, errno);
+  if (checkSeal(bytes).state == SealState::Broken) {
+    leaveOut(whole, "it is damaged: its checksum is wrong");
+    return {};
+  }
   try {
     Value top = readPropertyList(bytes);
     if (!top.asDictionary()) leaveOut(whole, "it is no dictionary");

@@ -35,12 +35,11 @@ bool OpenFile::write(std::string_view bytes) {
   return true;
 }
 
-bool OpenFile::makePrivate(struct stat* found) {
+bool OpenFile::setRights(mode_t rights, struct stat* found) {
   struct stat status;
   const bool examined = calls_.fstat(descriptor_, &status) == 0;
   if (examined && found) *found = status;
-  return (examined && (status.st_mode & kRights) == kPrivateFile) ||
-         calls_.fchmod(descriptor_, kPrivateFile) == 0;
+  return (examined && (status.st_mode & kRights) == rights) || calls_.fchmod(descriptor_, rights) == 0;
 }
 
 bool OpenFile::list(const std::function<void(std::string_view name, unsigned char kind)>& tell) {

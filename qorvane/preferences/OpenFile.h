@@ -50,10 +50,10 @@ class OpenFile {
   /// Appends up to `count` bytes to `bytes`, fewer only at the file's end.
   bool read(std::string& bytes, std::size_t count);
   bool write(std::string_view bytes);
-  /// Makes the file its owner's alone, whatever a umask took or another program gave. Touches it only where
+  /// Gives the file these rights, whatever a umask took or another program gave. Touches it only where
   /// it has to: a change of rights that changes nothing is one more write for the file system. Tells on the
   /// way which file it is.
-  bool makePrivate(struct stat* found = nullptr);
+  bool setRights(mode_t rights, struct stat* found = nullptr);
   bool sync();
   /// Tells each name in the folder that is open, from where the last listing ended, with its kind (a DT_…
   /// constant, DT_UNKNOWN where the file system does not tell).
