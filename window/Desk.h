@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "qorvane/desktop/Log.h"
-#include "qorvane/preferences/FileUserDefaults.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
 #include "qorvane/preferences/PreferenceWatch.h"
 #include "window/Sheet.h"
 
@@ -51,7 +51,7 @@ class Desk {
   void listen();
   void hear();
 
-  qorvane::FileUserDefaults files_;
+  qorvane::LayeredUserDefaults files_;
   std::vector<QString> told_;
   qorvane::ScopedLogSink sink_;
   std::map<std::pair<bool, int>, std::unique_ptr<Sheet>> sheets_;

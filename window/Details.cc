@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
 #include "tool/speech/Language.h"
 #include "window/Failures.h"
 #include "window/History.h"
@@ -60,18 +61,75 @@ void Details::addText(const QString& text) {
   column_->addWidget(label);
 }
 
+namespace {
+
+Word wordOf(qorvane::OptionOrigin::Layer layer) {
+  using enum qorvane::OptionOrigin::Layer;
+  switch (layer) {
+    case Default:
+      return Word::LayerDefault;
+    case Firm:
+      return Word::LayerFirm;
+    case Machine:
+      return Word::LayerMachine;
+    case User:
+      return Word::LayerUser;
+  }
+  return Word::LayerDefault;
+}
+
+// What such a file notes of an entry, in its own order.
+QString noted(const Value& record) {
+  if (const qorvane::Dictionary* parts = record.asDictionary()) {
+    QStringList words;
+    for (const auto& [name, value] : *parts)
+      if (const QString word = shown(value.textValue()); !word.isEmpty()) words << word;
+    return words.join(" · ");
+  }
+  return shown(record.textValue());
+}
+
+}  // namespace
+
+// The nearest layer first, each with what it says.
 void Details::addOrigin() {
   addTitle(said(Word::WhereFrom));
-  const State state = sheet_.state(item_);
-  const auto line = [&](Word layer, const Value& value, bool counts) {
-    const QString name = counts ? said(Word::LayerCounts, said(layer)) : said(layer);
-    addText(QString("%1: %2").arg(name, words(value)));
-  };
+  const qorvane::OptionOrigin origin = sheet_.origin(item_);
   const bool isEdited = sheet_.edit(item_).has_value();
-  const bool isSet = !readSame(item_, sheet_.product(), sheet_.saved(item_), sheet_.fallback(item_));
-  if (isEdited) line(Word::LayerUnsaved, sheet_.value(item_), true);
-  if (isSet || state == State::Changed) line(Word::LayerUser, sheet_.saved(item_), !isEdited);
-  line(Word::LayerDefault, sheet_.fallback(item_), !isEdited && !isSet);
+  const auto line = [&](const QString& layer, const QString& value, bool counts) {
+    addText(QString("%1: %2").arg(counts && !isEdited ? said(Word::LayerCounts, layer) : layer, value));
+  };
+  if (isEdited) addText(QString("%1: %2").arg(said(Word::LayerUnsaved), words(sheet_.value(item_))));
+  const auto layers = sheet_.layers();
+  const std::string_view key = item_.row->key(sheet_.product()).view();
+  using Layer = qorvane::OptionOrigin::Layer;
+  bool counted = origin.layer == Layer::User;
+  if (!layers) {
+    const bool isSet = !readSame(item_, sheet_.product(), sheet_.saved(item_), sheet_.fallback(item_));
+    counted = isSet;
+    line(said(Word::LayerUser), isSet ? words(sheet_.saved(item_)) : said(Word::NotHere), isSet);
+  } else {
+    const Value* own = layers->ownEntries().find(key);
+    line(said(Word::LayerUser), own ? wordsIn(layers->ownEntries()) : said(Word::NotHere), counted);
+    for (const qorvane::Layer& layer : layers->layers()) {
+      const auto entry = layer.find(key);
+      const bool isFirm = layer.kind() == qorvane::LayerFolder::Kind::Firm;
+      QString name = said(wordOf(isFirm ? Layer::Firm : Layer::Machine));
+      if (entry && entry->everyYear) name = said(Word::LayerEveryYear, name);
+      if (layer.locks(key))
+        name = said(layer.isEnforced() ? Word::LayerLocks : Word::LayerLocksPrograms, name);
+      const bool counts = entry && origin.file == layer.file(entry->everyYear);
+      counted = counted || counts;
+      line(name, entry ? wordsIn(entry->everyYear ? layer.everyYear() : layer.year()) : said(Word::NotHere),
+           counts);
+    }
+  }
+  line(said(Word::LayerDefault), words(item_.row->fallback(sheet_.product())), !counted);
+  if (const QString note = noted(origin.record); !note.isEmpty()) addText(said(Word::OriginNoted, note));
+}
+
+QString Details::wordsIn(const qorvane::Dictionary& entries) const {
+  return words(Source({}, sheet_.product(), entries).value(item_).value_or(Value()));
 }
 
 void Details::addLastYear() {
@@ -93,7 +151,7 @@ void Details::addLastYear() {
   text->setTextFormat(Qt::PlainText);
   text->setWordWrap(true);
   line->addWidget(text, 1);
-  if (item_.canBeSet() && differs(sheet_, item_, *source)) {
+  if (sheet_.canBeSet(item_) && differs(sheet_, item_, *source)) {
     auto* button = new QPushButton(said(Word::TakeOfYear, year), this);
     connect(button, &QPushButton::clicked, this, [this, taken = *value] { take({false, taken}); });
     line->addWidget(button);
@@ -119,7 +177,7 @@ void Details::addEarlier() {
   list->resizeColumnToContents(0);
   list->setFixedHeight(fontMetrics().height() * 7);
   column_->addWidget(list);
-  if (!item_.canBeSet()) return;
+  if (!sheet_.canBeSet(item_)) return;
   auto* button = new QPushButton(said(Word::TakeThisOne), this);
   button->setObjectName("takeThisOne");
   column_->addWidget(button, 0, Qt::AlignLeft);
@@ -138,7 +196,7 @@ void Details::addNames() {
 
 void Details::addButtons() {
   auto* buttons = new QDialogButtonBox(this);
-  if (item_.canBeSet()) {
+  if (sheet_.canBeSet(item_)) {
     QString fallback = words(sheet_.fallback(item_));
     if (fallback.size() > 40) fallback = fallback.left(39) + "…";
     auto* reset =

@@ -30,6 +30,7 @@ class Details : public QDialog {
   void addButtons();
   void take(const Edit& edit);
   QString words(const qorvane::Value& value) const;
+  QString wordsIn(const qorvane::Dictionary& entries) const;
 
   const Item& item_;
   Sheet& sheet_;

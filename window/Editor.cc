@@ -195,8 +195,9 @@ class Reading : public Editor {
 
 }  // namespace
 
+Editor* makeReading(const Item& item, Sheet& sheet) { return new Reading(item, sheet); }
+
 Editor* makeEditor(const Item& item, Sheet& sheet) {
-  if (!item.canBeSet()) return new Reading(item, sheet);
   switch (item.control) {
     case Control::Flag:
       return makeFlagEditor(item, sheet);

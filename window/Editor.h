@@ -56,8 +56,10 @@ class Editor : public QWidget {
   Sheet& sheet_;
 };
 
-/// The editor of the row's kind; one that only shows where the row cannot be changed.
+/// The editor of the row's kind, and one that only shows the value, to be read, reached with the keyboard and
+/// copied.
 Editor* makeEditor(const Item& item, Sheet& sheet);
+Editor* makeReading(const Item& item, Sheet& sheet);
 
 Editor* makeFlagEditor(const Item& item, Sheet& sheet);
 Editor* makeListEditor(const Item& item, Sheet& sheet);

@@ -1,5 +1,6 @@
 #include "window/Row.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QGridLayout>
 #include <QLabel>
@@ -24,13 +25,6 @@ Row::Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QW
   setFound({}, {});
   label_->setWordWrap(true);
   label_->setFixedWidth(labelWidth);
-  editor_ = makeEditor(item, sheet);
-  editor_->setParent(this);
-  editor_->field()->setObjectName("field:" + shown(item.row->name));
-  editor_->changed = [this](const Item& changed, const Edit& edit, bool finished) {
-    actions_.edited(changed, edit, finished);
-  };
-  label_->setBuddy(editor_->field());
   more_ = new QToolButton(this);
   more_->setText("⋮");
   more_->setAutoRaise(true);
@@ -40,13 +34,38 @@ Row::Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QW
   const Qt::Alignment top = item.control == Control::Lines ? Qt::AlignTop : Qt::AlignVCenter;
   layout_->addWidget(mark_, 0, 0, top);
   layout_->addWidget(label_, 0, 1, top);
-  layout_->addWidget(editor_, 0, 2, editor_->isWide() ? Qt::Alignment() : Qt::AlignLeft | top);
   layout_->addWidget(more_, 0, 5, top);
   layout_->setColumnStretch(2, 1);
   refresh();
 }
 
+// A lock that comes leaves what was typed in its field until the person gives it up.
+void Row::placeEditor() {
+  const bool reads = !sheet_.canBeSet(item_) && !sheet_.edit(item_);
+  if (editor_ && reads == isReading_) return;
+  const bool hadFocus = editor_ && editor_->isAncestorOf(QApplication::focusWidget());
+  if (editor_) {
+    layout_->removeWidget(editor_);
+    editor_->hide();
+    editor_->field()->setObjectName({});
+    editor_->deleteLater();
+  }
+  isReading_ = reads;
+  editor_ = reads ? makeReading(item_, sheet_) : makeEditor(item_, sheet_);
+  editor_->setParent(this);
+  editor_->field()->setObjectName("field:" + shown(item_.row->name));
+  editor_->changed = [this](const Item& changed, const Edit& edit, bool finished) {
+    actions_.edited(changed, edit, finished);
+  };
+  label_->setBuddy(editor_->field());
+  const Qt::Alignment top = item_.control == Control::Lines ? Qt::AlignTop : Qt::AlignVCenter;
+  layout_->addWidget(editor_, 0, 2, editor_->isWide() ? Qt::Alignment() : Qt::AlignLeft | top);
+  editor_->show();
+  if (hadFocus) editor_->field()->setFocus();
+}
+
 void Row::refresh() {
+  placeEditor();
   editor_->refresh();
   state_ = sheet_.state(item_);
   mark_->show(state_);
@@ -58,6 +77,12 @@ void Row::refresh() {
 
 Row::Notice Row::notice() const {
   using enum RowActions::Settle;
+  if (const auto& lock = sheet_.lock(item_)) {
+    const bool byFirm = lock->layer == qorvane::OptionOrigin::Layer::Firm;
+    Notice locked{said(byFirm ? Word::LockedByFirm : Word::LockedByMachine), {{said(Word::Why), Why}}};
+    if (sheet_.edit(item_)) locked.answers.emplace_back(said(Word::TakeTheirs), TakeTheirs);
+    return locked;
+  }
   if (const qorvane::Value* theirs = sheet_.conflict(item_)) {
     const bool hidden = item_.control == Control::Secret;
     return {hidden ? said(Word::SavedMeanwhileHidden)
@@ -94,9 +119,11 @@ void Row::showNotice(const Notice& notice) {
   text->setTextFormat(Qt::PlainText);
   text->setWordWrap(true);
   text->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  QPalette colors = text->palette();
-  colors.setColor(QPalette::WindowText, warningColor(palette()));
-  text->setPalette(colors);
+  if (state_ >= State::Refused) {
+    QPalette colors = text->palette();
+    colors.setColor(QPalette::WindowText, warningColor(palette()));
+    text->setPalette(colors);
+  }
   line->addWidget(text, 1);
   for (const auto& [answer, how] : notice.answers) {
     auto* button = new QPushButton(answer, notice_);

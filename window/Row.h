@@ -21,7 +21,7 @@ class RowActions {
  public:
   virtual ~RowActions() = default;
   virtual void edited(const Item& item, const Edit& edit, bool finished) = 0;
-  enum class Settle : std::uint8_t { Correct, KeepAnyway, KeepMine, TakeTheirs, UseDefault };
+  enum class Settle : std::uint8_t { Correct, KeepAnyway, KeepMine, TakeTheirs, UseDefault, Why };
   virtual void settle(const Item& item, Settle how) = 0;
   /// Takes the value of what the page is compared with.
   virtual void takeOther(const Item& item) = 0;
@@ -56,6 +56,7 @@ class Row : public QWidget {
     std::vector<std::pair<QString, RowActions::Settle>> answers;
   };
   Notice notice() const;
+  void placeEditor();
   void showNotice(const Notice& notice);
   void describe(const QString& noticed);
 
@@ -69,7 +70,8 @@ class Row : public QWidget {
   QLabel* found_ = nullptr;
   QToolButton* take_ = nullptr;
   QLabel* other_ = nullptr;
-  Editor* editor_;
+  Editor* editor_ = nullptr;
+  bool isReading_ = false;
   QToolButton* more_;
   QWidget* notice_ = nullptr;
   QString noticed_;

@@ -37,15 +37,24 @@ void Sheet::reload() {
 
 const Sheet::Reading& Sheet::reading(const Item& item) const {
   const auto [at, isNew] = readings_.try_emplace(item.row);
-  if (isNew) {
-    try {
-      // Reads beside the store, where nothing was edited.
-      at->second.value = OptionEdits(const_cast<qorvane::Options&>(options_)).value(item.row->name);
-    } catch (const qorvane::Exception&) {
-      at->second.refused = true;
-    }
+  Reading& reading = at->second;
+  if (!isNew) return reading;
+  // Both are read beside the store, which stays as it is.
+  auto& store = const_cast<qorvane::Options&>(options_);
+  try {
+    reading.value = OptionEdits(store).value(item.row->name);
+  } catch (const qorvane::Exception&) {
+    reading.refused = true;
   }
-  return at->second;
+  reading.lock = options_.origin(item.row->name).lock;
+  // Under a lock, and for what cannot be set, nothing is ever reset.
+  reading.fallback = item.row->fallback(product_);
+  if (options_.layers() && item.canBeSet() && !reading.lock) {
+    OptionEdits unset(store);
+    unset.reset(item.row->name);
+    reading.fallback = unset.value(item.row->name);
+  }
+  return reading;
 }
 
 Value Sheet::saved(const Item& item) const { return reading(item).value; }
@@ -115,6 +124,7 @@ State Sheet::state(const Item& item) const {
   if (refusal(item)) return State::Refused;
   if (edited_.contains(item.row)) return State::Unsaved;
   if (isUnreadable(item)) return State::Refused;
+  if (lock(item)) return State::Locked;
   return readSame(item, product_, saved(item), fallback(item)) ? State::Default : State::Changed;
 }
 
@@ -151,12 +161,29 @@ std::vector<const Item*> Sheet::refresh() {
     readings_.erase(item->row);
     if (std::ranges::find(changed, item) == changed.end()) changed.push_back(item);
   }
+  forgetMovedLocks(changed);
   noteConflicts();
   for (const Item& item : items_)
     if (before.contains(item.row) != conflicts_.contains(item.row) &&
         std::ranges::find(changed, &item) == changed.end())
       changed.push_back(&item);
   return changed;
+}
+
+// A lock may come or go, and what a reset gives change, though the value stays as it was.
+void Sheet::forgetMovedLocks(std::vector<const Item*>& changed) {
+  if (!layers() && !layered_) return;
+  layered_ = layers() != nullptr;
+  std::map<const qorvane::OptionRow*, Reading> before;
+  before.swap(readings_);
+  for (const Item& item : items_) {
+    const auto old = before.find(item.row);
+    if (old == before.end()) continue;
+    const Reading& now = reading(item);
+    const bool same =
+        now.lock.has_value() == old->second.lock.has_value() && now.fallback == old->second.fallback;
+    if (!same && std::ranges::find(changed, &item) == changed.end()) changed.push_back(&item);
+  }
 }
 
 void Sheet::noteConflicts() {

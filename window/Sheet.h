@@ -6,6 +6,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <vector>
@@ -52,8 +53,17 @@ class Sheet {
   /// What stands, without the change. Nil for a colour whose entry is none (`isUnreadable`).
   qorvane::Value saved(const Item& item) const;
   bool isUnreadable(const Item& item) const;
-  /// What it reads as when nobody has set it.
-  qorvane::Value fallback(const Item& item) const { return item.row->fallback(product_); }
+  /// What it reads as when the person has not set it: what the firm or the machine sets, or else its default.
+  qorvane::Value fallback(const Item& item) const { return reading(item).fallback; }
+  /// Who keeps it from being changed; none where nobody does.
+  const std::optional<qorvane::OptionOrigin::Lock>& lock(const Item& item) const {
+    return reading(item).lock;
+  }
+  bool canBeSet(const Item& item) const { return item.canBeSet() && !lock(item); }
+  /// Where what stands comes from, and all layers that it was read from; null where there are no farther
+  /// ones.
+  qorvane::OptionOrigin origin(const Item& item) const { return options_.origin(item.row->name); }
+  std::shared_ptr<const qorvane::LayeredSettings> layers() const { return options_.layers(); }
 
   std::optional<Edit> edit(const Item& item) const;
   /// Makes it the row's change; none, or one that comes to what stands, is no change any more.
@@ -84,9 +94,12 @@ class Sheet {
   struct Reading {
     qorvane::Value value;
     bool refused = false;
+    qorvane::Value fallback;
+    std::optional<qorvane::OptionOrigin::Lock> lock;
   };
   const Reading& reading(const Item& item) const;
   void noteConflicts();
+  void forgetMovedLocks(std::vector<const Item*>& changed);
 
   qorvane::Product product_;
   qorvane::Options options_;
@@ -97,6 +110,8 @@ class Sheet {
   // Typing on does not settle one, though the edits that are handed on forget it.
   std::map<const qorvane::OptionRow*, qorvane::Value> conflicts_;
   mutable std::map<const qorvane::OptionRow*, Reading> readings_;
+  /// At the last look there were farther layers.
+  bool layered_ = false;
   Blocked blocked_ = Blocked::Not;
 };
 

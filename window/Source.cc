@@ -48,7 +48,7 @@ bool differs(const Sheet& sheet, const Item& item, const Source& source) {
 std::vector<const Item*> differing(const Sheet& sheet, const Source& source, bool onlyItsOwn) {
   std::vector<const Item*> items;
   for (const Item& item : sheet.items())
-    if (item.canBeSet() && (!onlyItsOwn || source.has(item)) && differs(sheet, item, source))
+    if (sheet.canBeSet(item) && (!onlyItsOwn || source.has(item)) && differs(sheet, item, source))
       items.push_back(&item);
   return items;
 }

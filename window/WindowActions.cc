@@ -49,7 +49,7 @@ void Window::judge() {
 }
 
 void Window::reset(const Item& item) {
-  if (item.canBeSet()) edited(item, {true, nullptr}, true);
+  if (sheet_->canBeSet(item)) edited(item, {true, nullptr}, true);
 }
 
 void Window::settle(const Item& item, Settle how) {
@@ -69,6 +69,8 @@ void Window::settle(const Item& item, Settle how) {
     case Settle::UseDefault:
       reset(item);
       break;
+    case Settle::Why:
+      return showDetails(item);
   }
   refreshRows({&item});
   if (!row) return;
@@ -196,7 +198,7 @@ void Window::openMenu(const Item& item, const QPoint& at) {
   menu->setAttribute(Qt::WA_DeleteOnClose);
   menu->setObjectName("rowMenu");
   menu->addAction(said(Word::DoDetails), QKeySequence("F1"), this, [this, &item] { showDetails(item); });
-  if (item.canBeSet()) {
+  if (sheet_->canBeSet(item)) {
     menu->addAction(said(Word::TakeOfYear, QString::number(sheet_->product().taxYear - 1)), this,
                     [this, &item] { takeOfLastYear(item); });
     QString fallback = inWords(item, sheet_->product(), sheet_->fallback(item));

@@ -56,7 +56,7 @@ QWidget* Window::makeCompareHead(std::size_t count) {
 }
 
 void Window::takeOther(const Item& item) {
-  if (!compared_) return;
+  if (!compared_ || !sheet_->canBeSet(item)) return;
   if (const auto value = compared_->value(item)) edited(item, {false, *value}, true);
 }
 
