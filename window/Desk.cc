@@ -24,7 +24,7 @@ qorvane::Product productOf(bool corporate, int year) { return {.corporate = corp
 }  // namespace
 
 Desk::Desk(const std::string& folder)
-    : files_(folderOr(folder)), sink_([this](const qorvane::Text& line) { told_.push_back(shown(line)); }) {
+    : files_(folderOr(folder)), sink_([this](const qorvane::Text& line) { hearLog(shown(line)); }) {
   files_.setLockWait(kLockWaitMilliseconds);
   listen();
 }
@@ -103,6 +103,13 @@ void Desk::hear() {
     const auto items = sheet->refresh();
     if (!items.empty() && changedOutside) changedOutside(*sheet, items);
   }
+  if (!told_.empty() && heard) heard();
+}
+
+// Two lines of the store are in English whatever the language; the reason that comes with them says more.
+void Desk::hearLog(const QString& line) {
+  if (!line.startsWith("Options couldn't be loaded") && !line.startsWith("Could not load default options"))
+    told_.push_back(line);
 }
 
 }  // namespace optionsmgr::window

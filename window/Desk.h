@@ -43,6 +43,8 @@ class Desk {
   /// Called when another program changed what rows of a sheet show, or a sheet can be read now.
   std::function<void(Sheet& sheet, const std::vector<const Item*>& items)> changedOutside;
   std::function<void(Sheet& sheet)> readAgain;
+  /// Called after whatever others changed was taken in, for what the library told meanwhile.
+  std::function<void()> heard;
 
   /// What the library told since the last time, such as that a damaged file was mended.
   std::vector<QString> takeTold();
@@ -50,10 +52,13 @@ class Desk {
  private:
   void listen();
   void hear();
+  void hearLog(const QString& line);
 
   qorvane::LayeredUserDefaults files_;
   std::vector<QString> told_;
   qorvane::ScopedLogSink sink_;
+  /// The display language of stored labels is asked of these settings, too.
+  qorvane::ScopedUserDefaults standard_{&files_};
   std::map<std::pair<bool, int>, std::unique_ptr<Sheet>> sheets_;
   std::unique_ptr<qorvane::PreferenceWatch> watch_;
   std::unique_ptr<QSocketNotifier> notifier_;

@@ -172,14 +172,14 @@ void Row::setOther(const QString& name, const std::optional<QString>& value) {
     other_->setTextFormat(Qt::PlainText);
     other_->setWordWrap(true);
     other_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    other_->setFixedWidth(fontMetrics().horizontalAdvance('0') * 26);
+    other_->setFixedWidth(fontMetrics().horizontalAdvance('0') * 22);
     layout_->addWidget(take_, 0, 3);
     layout_->addWidget(other_, 0, 4);
   }
   take_->setToolTip(said(Word::TakeOfYear, name));
   take_->setAccessibleName(QString("%1: %2").arg(item_.label(), said(Word::TakeOfYear, name)));
   other_->setAccessibleName(QString("%1, %2").arg(item_.label(), name));
-  other_->setText(value.value_or(QString()));
+  other_->setText(value ? QString("%1: %2").arg(name, *value) : QString());
   take_->setVisible(value.has_value());
   other_->setVisible(value.has_value());
 }

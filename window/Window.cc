@@ -48,6 +48,7 @@ Window::Window(const Start& start) : desk_(start.folder) {
   desk_.changedOutside = [this](Sheet& sheet, const std::vector<const Item*>& items) {
     if (&sheet == sheet_) refreshRows(items);
   };
+  desk_.heard = [this] { showTold(); };
   desk_.readAgain = [this](Sheet& sheet) {
     if (&sheet == sheet_) rebuild();
   };
@@ -152,7 +153,7 @@ QWidget* Window::makeFooter() {
     connect(made, &QPushButton::clicked, this, run);
     return made;
   };
-  showUnsaved_ = button("showUnsaved", [this] { showView(View::Unsaved); });
+  showUnsaved_ = button("showUnsaved", [this] { showUnsaved(); });
   cancel_ = button("cancel", [this] { close(); });
   apply_ = button("apply", [this] { apply(); });
   ok_ = button("ok", [this] {
@@ -346,26 +347,39 @@ void Window::showCounts() {
     if (other != sheet_ && other->unsaved() > 0)
       parts << said(Word::OfThemIn, QString::number(other->unsaved()), other->name());
   counts_->setText(parts.join(", "));
-  showUnsaved_->setVisible(sheet_->unsaved() > 0);
+  showUnsaved_->setVisible(all > 0);
+}
+
+// Those of this sheet, or of another where this one has none.
+void Window::showUnsaved() {
+  if (sheet_->unsaved() == 0)
+    for (const Sheet* other : desk_.sheets())
+      if (other->unsaved() > 0) {
+        showSheet(other->product().corporate, other->product().taxYear);
+        break;
+      }
+  showView(View::Unsaved);
 }
 
 void Window::showBadges() {
   struct Badge {
     std::size_t unsaved = 0;
-    bool urgent = false;
+    State worst = State::Default;
   };
   std::map<const qorvane::OptionGroup*, Badge> badges;
   for (const Item& item : sheet_->items()) {
     Badge& badge = badges[&item.row->group()];
     if (sheet_->edit(item)) ++badge.unsaved;
-    if (sheet_->conflict(item) || sheet_->refusal(item)) badge.urgent = true;
+    if (sheet_->conflict(item) || sheet_->refusal(item))
+      badge.worst = std::max(badge.worst, sheet_->state(item));
   }
   for (const auto& [group, badge] : badges) {
-    const QString words = badge.urgent         ? said(Word::MarkRefused)
+    const bool urgent = badge.worst != State::Default;
+    const QString words = urgent               ? wordOf(badge.worst)
                           : badge.unsaved == 0 ? QString()
                                                : counted(badge.unsaved, Word::OneUnsaved, Word::ManyUnsaved);
     groups_->setBadge(*group,
-                      badge.urgent    ? "!"
+                      urgent          ? "!"
                       : badge.unsaved ? QString::number(badge.unsaved)
                                       : QString(),
                       words);
@@ -393,6 +407,8 @@ Row* Window::currentRow() const { return Page::rowAround(QApplication::focusWidg
 void Window::focusMoved(QWidget* from, QWidget* to) {
   Row* const left = Page::rowAround(from);
   Row* const entered = Page::rowAround(to);
+  // Made before the first letter is typed.
+  if (to == words_ && !search_) search_ = std::make_unique<Search>(*sheet_);
   if (left == entered) return;
   if (left) judge();
   if (!entered || !isAncestorOf(entered)) return;

@@ -87,6 +87,7 @@ class Window : public QWidget, private RowActions {
   std::vector<Section> sections();
   void showStrip(const Item* item);
   void showCounts();
+  void showUnsaved();
   void showBadges();
   void showTold();
   void refreshRows(const std::vector<const Item*>& items);

@@ -1,8 +1,11 @@
 // optionsmgr-window: the settings where people would rather look than read.
 #include <QApplication>
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <iostream>
+#include <memory>
+#include <string_view>
 
 #include "tool/speech/Language.h"
 #include "window/Arguments.h"
@@ -12,9 +15,14 @@
 int main(int argc, char** argv) {
   using namespace optionsmgr::window;
   std::signal(SIGXFSZ, SIG_IGN);  // A file that may grow no more is an error like a full disk.
-  QApplication application(argc, argv);
+  // Help is told without a screen, too.
+  const bool onlyTells = std::any_of(argv + 1, argv + argc, [](const std::string_view word) {
+    return word == "--help" || word == "-h" || word == "--version";
+  });
+  const std::unique_ptr<QCoreApplication> application(onlyTells ? new QCoreApplication(argc, argv)
+                                                                : new QApplication(argc, argv));
   QApplication::setApplicationName("optionsmgr-window");
-  QApplication::setDesktopFileName("optionsmgr-window");
+  QGuiApplication::setDesktopFileName("optionsmgr-window");
   // What the system tells is translated by the library, and numbers are written by it, too.
   std::setlocale(LC_NUMERIC, "C");
   std::setlocale(LC_MESSAGES, "C");

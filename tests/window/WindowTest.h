@@ -86,7 +86,10 @@ class WindowTest : public testing::Test {
     }
   }
   /// Presses such as "Ctrl+S" where the keyboard is.
-  static void press(const char* keys) { QTest::keySequence(QApplication::focusWidget(), QKeySequence(keys)); }
+  void press(const char* keys) {
+    QWidget* const where = QApplication::focusWidget();
+    QTest::keySequence(where ? where : window.get(), QKeySequence(keys));
+  }
   /// The option's field holds this text in place of what it held.
   void fill(std::string_view option, const QString& text) {
     goTo(option);
