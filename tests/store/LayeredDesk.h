@@ -10,6 +10,7 @@
 
 #include "qorvane/desktop/NotificationCenter.h"
 #include "qorvane/preferences/LayeredUserDefaults.h"
+#include "qorvane/preferences/SystemCalls.h"
 #include "qorvane/propertylist/PropertyList.h"
 #include "qorvane/siblings/QVSettings.h"
 #include "qorvane/store/Options.h"
@@ -66,11 +67,22 @@ class Desk {
   TestHome home_;
 };
 
+/// The real calls without waiting for the disk: who only wants to know what is written need not.
+class Hasty : public qorvane::SystemCalls {
+ public:
+  int fsync(int /*file*/) override { return 0; }
+
+  static Hasty& calls() {
+    static Hasty calls;
+    return calls;
+  }
+};
+
 /// A program with stores of its own, loaded.
 class Program {
  public:
   explicit Program(const Desk& desk, const qorvane::Product& product = personal())
-      : files_(desk.store().string()), options_(files_, product) {
+      : files_(desk.store().string(), qorvane::optionLayerRule(), Hasty::calls()), options_(files_, product) {
     observer_ = qorvane::NotificationCenter::defaultCenter().addObserver(
         qorvane::kPreferenceChangeEvt, [this](const qorvane::Notification&) { ++posts_; }, &options_);
     options_.loadOptions();

@@ -2,13 +2,19 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "qorvane/desktop/ColorArchive.h"
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/desktop/NotificationCenter.h"
+#include "qorvane/preferences/FileException.h"
 #include "qorvane/preferences/LayeredUserDefaults.h"
 #include "qorvane/store/OptionEdits.h"
 #include "qorvane/store/OptionTable.h"
@@ -196,7 +202,6 @@ TEST_F(LayersTableTest, EveryRowComesToWhatItSays) {
     const Settings user = desk_->user();
     const Value* const after =
         user.object.asDictionary() ? user.object.asDictionary()->find(row.entry()) : nullptr;
-    const Cell wanted(row["user_after"]);
     EXPECT_EQ(after ? row.words(row.option().type == OptionType::Flag ? Number(after->textValue() == "YES")
                                                                       : *after)
                     : "-",
@@ -209,6 +214,306 @@ TEST_F(LayersTableTest, EveryRowComesToWhatItSays) {
     Program next(*desk_);
     expectReading(row, next, row["reads_after"], row["from_after"], row["locked_after"]);
   }
+}
+
+// ---- beyond the table -----------------------------------------------------------------------------------
+
+class LayeredOptionsTest : public testing::Test {
+ protected:
+  static Text entry(Program& program, std::string_view key) {
+    const Value* const found = program.options().options()->find(key);
+    return found ? found->textValue() : Text();
+  }
+  Text userEntry(std::string_view key) const {
+    const Settings user = desk_.user();
+    const Value* const found = user.object.asDictionary() ? user.object.asDictionary()->find(key) : nullptr;
+    return found ? found->textValue() : Text();
+  }
+
+  Desk desk_;
+};
+
+TEST_F(LayeredOptionsTest, WhatGoesWithAProvinceComesFromItsLayer) {
+  desk_.setUser({{"PProv", ""}, {"PProvCode", "ON"}, {"PProvandPCode", "Ontario K1A"}});
+  desk_.setLayer("machine_year", {{"PProv", "Quebec"}, {"PProvCode", "QC"}});
+  Program program(desk_);
+  EXPECT_EQ(entry(program, "PProv"), Text("Quebec"));
+  EXPECT_EQ(entry(program, "PProvCode"), Text("QC"));
+  EXPECT_TRUE(entry(program, "PProvandPCode").isNil());
+  EXPECT_EQ(userEntry("PProvCode"), Text("ON")) << "hidden, and kept";
+
+  program.options().setPreparerProvince("Alberta");
+  program.options().saveOptions();
+  EXPECT_EQ(userEntry("PProv"), Text("Alberta"));
+  EXPECT_EQ(userEntry("PProvCode"), Text("AB"));
+  Program next(desk_);
+  EXPECT_EQ(entry(next, "PProvCode"), Text("AB"));
+}
+
+TEST_F(LayeredOptionsTest, TheSizeIsTheUsersAsLongAsAFontIs) {
+  desk_.setLayer("machine_year",
+                 {{optsStr_HeaderFontName, "Courier"}, {optsStr_HeaderFontSize, "10.000000"}});
+  Program program(desk_);
+  program.options().setPrintFontForFooter(FontDescriptor("Times", 14));
+  program.options().saveOptions();
+  Program next(desk_);
+  EXPECT_EQ(entry(next, optsStr_HeaderFontSize), Text("14.000000"));
+  EXPECT_EQ(entry(next, optsStr_HeaderFontName), Text("Courier"));
+
+  OptionEdits edits(next.options());
+  edits.reset("printFontForFooter");
+  ASSERT_TRUE(edits.apply());
+  EXPECT_TRUE(userEntry(optsStr_HeaderFontSize).isNil());
+  EXPECT_EQ(entry(next, optsStr_HeaderFontSize), Text("10.000000"));
+}
+
+TEST_F(LayeredOptionsTest, EveryLockedSetterIsWithoutEffect) {
+  const Product personal = Program::personal();
+  for (const bool corporate : {false, true}) {
+    const Text key = corporate ? Text("QorvaneT2Settings2020") : Desk::kKey;
+    Product product = personal;
+    product.corporate = corporate;
+    Dictionary all;
+    {
+      MemoryUserDefaults nowhere;
+      Options options(nowhere, product);
+      options.loadOptions();
+      all = *options.options();
+      for (const OptionRow& row : optionTable())
+        for (const Text& entryKey : row.entries(product))
+          if (!all.find(entryKey.view())) all.set(entryKey, "farther");
+    }
+    testing_support::writeFile(
+        desk_.machine() / (key.string() + ".plist"),
+        writePropertyList(Dictionary{{key, all}, {"Locked", Array{"*"}}}, PropertyListFormat::Binary));
+    Program program(desk_, product);
+    Options& store = program.options();
+    const Dictionary before = *store.options();
+    for (const OptionRow& row : optionTable()) {
+      if (!row.write) continue;
+      SCOPED_TRACE(row.name);
+      Value value = Text("another");
+      if (row.type == OptionType::Flag) value = Number(!row.read(store).boolValue());
+      if (row.type == OptionType::Integer || row.type == OptionType::Date) value = Number(77);
+      if (row.type == OptionType::Font) value = Text("Times, 7");
+      if (row.type == OptionType::Color)
+        value = archiveColor(Color::colorWithCalibratedRed(0.1, 0.2, 0.3, 1));
+      row.write(store, value);
+      row.write(store, nullptr);
+      EXPECT_TRUE(isIdentical(*store.options(), before));
+      EXPECT_FALSE(store.isMarked());
+      ASSERT_TRUE(store.origin(row.name).lock);
+      EXPECT_EQ(store.origin(row.name).lock->layer, OptionOrigin::Layer::Machine);
+      OptionEdits edits(store);
+      edits.set(row.name, value);
+      ASSERT_FALSE(edits.check().empty());
+      EXPECT_FALSE(edits.check()[0].mayBeKept);
+      edits.keepAnyway(row.name);
+      EXPECT_FALSE(edits.apply());
+      EXPECT_EQ(edits.failure()->code, FailureCode::optionLocked);
+    }
+    EXPECT_EQ(program.posts(), 0);
+  }
+}
+
+TEST_F(LayeredOptionsTest, ALockedStepsModeIsNeitherStoredNorAnnounced) {
+  testing_support::writeFile(
+      desk_.machine() / "QorvaneT2Settings.plist",
+      writePropertyList(Dictionary{{"QorvaneT2Settings", Dictionary{{"IsStepModeS", Number(false)}}},
+                                   {"Locked", Array{"IsStepModeS"}}},
+                        PropertyListFormat::Xml));
+  Product product = Program::personal();
+  product.corporate = true;
+  Program program(desk_, product);
+  int told = 0;
+  const auto observer = NotificationCenter::defaultCenter().addObserver(
+      kStepFormsModeChangeEvt, [&](const Notification&) { ++told; }, &program.options());
+  program.options().setIsStepsMode(true);
+  EXPECT_EQ(told, 0);
+  EXPECT_FALSE(std::filesystem::exists(desk_.store() / "QorvaneT2Settings2020.plist"));
+}
+
+TEST_F(LayeredOptionsTest, AWindowsResetPutsTheFartherValueInItsPlace) {
+  desk_.setUser({{"PCity", "Alma"}, {"PPhone", "418"}});
+  desk_.setLayer("firm_every", {{"PCity", "Percé"}, {"PPhone", "418"}});
+  Program program(desk_);
+  OptionEdits edits(program.options());
+  edits.reset("preparerCity");
+  // It reads the same, and is the user's no longer.
+  edits.reset("preparerPhone");
+  EXPECT_EQ(edits.value("preparerCity").textValue(), Text("Percé"));
+  ASSERT_TRUE(edits.apply());
+  EXPECT_EQ(entry(program, "PCity"), Text("Percé"));
+  EXPECT_TRUE(userEntry("PCity").isNil());
+  EXPECT_TRUE(userEntry("PPhone").isNil());
+  EXPECT_EQ(program.options().changedNames(), std::vector<Text>{"preparerCity"});
+}
+
+TEST_F(LayeredOptionsTest, NoDefaultIsFilledInWhereAFartherLayerHasTheEntry) {
+  desk_.setUser({{optsStr_DisclaimerTxt, ""}}, {optsStr_DisclaimerTxt});
+  desk_.setLayer("machine_every", {{optsStr_DisclaimerTxt, "Ours"}, {optsStr_PreparerFirmName, ""}});
+  Program program(desk_);
+  // Both read their default over the empty text: what the user chose, and what the machine says.
+  EXPECT_EQ(program.options().disclaimerTxt(), optsStr_DefaultDisclaimerTxt);
+  EXPECT_EQ(program.options().preparerFirmName(), Text(""));
+  program.options().saveOptions();
+  EXPECT_EQ(userEntry(optsStr_DisclaimerTxt), Text(""));
+  EXPECT_TRUE(userEntry(optsStr_PreparerFirmName).isNil());
+  EXPECT_EQ(program.options().disclaimerTxt(), optsStr_DefaultDisclaimerTxt);
+}
+
+TEST_F(LayeredOptionsTest, AnEditThatIsLockedMeanwhileChangesNothing) {
+  Program program(desk_);
+  OptionEdits edits(program.options());
+  edits.set("preparerCity", "Alma");
+  edits.set("preparerPhone", "418");
+  desk_.setLayer("machine_every", {{"PCity", "Percé"}}, {"PCity"});
+  EXPECT_FALSE(edits.apply());
+  EXPECT_EQ(edits.failure()->code, FailureCode::optionLocked);
+  EXPECT_EQ(edits.failure()->arguments[0], Text("preparerCity"));
+  EXPECT_TRUE(userEntry("PPhone").isNil());
+}
+
+TEST_F(LayeredOptionsTest, UnderAnotherYearWhatFartherLayersHandedOutIsLeftOut) {
+  desk_.setUser({{"PCity", "Alma"}, {"PostAssessmentOption", "2"}}, {"PostAssessmentOption"});
+  desk_.setLayer("machine_year",
+                 {{optsStr_PreparerFirmEmail, "office@example.ca"}, {"PostAssessmentOption", "5"}});
+  QVSettings::setProduct(Program::personal());
+  LayeredUserDefaults files(desk_.store().string());
+  const ScopedUserDefaults standard(&files);
+  Options store;
+  store.loadOptions();
+  EXPECT_EQ(store.preparerEmail(), Text("office@example.ca"));
+  Product next = Program::personal();
+  next.taxYear = 2021;
+  QVSettings::setProduct(next);
+  store.saveOptions();
+  const auto written = FileUserDefaults(desk_.store().string()).inspect("QorvaneT1Settings2021");
+  QVSettings::setSource(nullptr);
+  ASSERT_TRUE(written.object.asDictionary());
+  EXPECT_EQ(written.object.asDictionary()->find(optsStr_PreparerFirmEmail), nullptr);
+  EXPECT_EQ(written.object.asDictionary()->find("PCity")->textValue(), Text("Alma"));
+  EXPECT_EQ(written.chosen, Value(Array{"PostAssessmentOption"})) << "a choice goes with its entry";
+}
+
+TEST_F(LayeredOptionsTest, AChangeThatWaitsIsJudgedByTheLayersOfItsSave) {
+  const LogCapture log;
+  Program program(desk_);
+  program.options().setPreparerCity("Alma");
+  program.options().setPreparerPhone("418");
+  std::filesystem::create_directories(desk_.store());
+  std::filesystem::permissions(desk_.store(), std::filesystem::perms(0777));
+  program.options().saveOptions();
+  ASSERT_TRUE(program.options().saveFailure());
+  desk_.setLayer("firm_year", {{"PCity", "Percé"}}, {"PCity"});
+  std::filesystem::permissions(desk_.store(), std::filesystem::perms(0700));
+  EXPECT_TRUE(program.files().synchronize());
+  EXPECT_TRUE(userEntry("PCity").isNil());
+  EXPECT_EQ(userEntry("PPhone"), Text("418"));
+  program.options().refresh();
+  EXPECT_EQ(program.options().preparerCity(), Text("Percé"));
+}
+
+TEST_F(LayeredOptionsTest, WithoutFartherLayersFilesAreWhatTheyAlwaysWere) {
+  Program layered(desk_);
+  layered.options().setPreparerCity("Alma");
+  layered.options().saveOptions();
+  const std::string name = Desk::kKey.string() + ".plist";
+  const std::string with = testing_support::readFile(desk_.store() / name);
+  const Desk other;
+  FileUserDefaults files(other.store().string());
+  Options plain(files, Program::personal());
+  plain.loadOptions();
+  plain.setPreparerCity("Alma");
+  plain.saveOptions();
+  EXPECT_EQ(with, testing_support::readFile(other.store() / name));
+}
+
+// ---- layers that are not what they should be ------------------------------------------------------------
+
+TEST_F(LayeredOptionsTest, FromHostileLayersOnlyWhatIsSoundCounts) {
+  namespace fs = std::filesystem;
+  const LogCapture log;
+  std::string folders;
+  const auto folder = [&](const std::string& name) {
+    folders += (desk_.home().path() / name).string() + ":";
+    const fs::path path = desk_.home().path() / name / "Qorvane";
+    fs::create_directories(path);
+    return path;
+  };
+  const std::string bytes =
+      writePropertyList(Dictionary{{Desk::kKey, Dictionary{{"PCity", "Hostile"}}}, {"Locked", Array{"*"}}},
+                        PropertyListFormat::Xml);
+  const std::string file = Desk::kKey.string() + ".plist";
+  testing_support::writeFile(folder("writable") / file, bytes);
+  fs::permissions(desk_.home().path() / "writable/Qorvane" / file, fs::perms(0666));
+  testing_support::writeFile(folder("open") / file, bytes);
+  fs::permissions(desk_.home().path() / "open/Qorvane", fs::perms(0777));
+  testing_support::writeFile(desk_.home().path() / "elsewhere.plist", bytes);
+  fs::create_symlink(desk_.home().path() / "elsewhere.plist", folder("link") / file);
+  testing_support::writeFile(folder("damaged") / file, bytes.substr(0, bytes.size() / 2));
+  testing_support::writeFile(folder("huge") / file, bytes);
+  fs::resize_file(desk_.home().path() / "huge/Qorvane" / file, std::uintmax_t{17} << 20);
+  ASSERT_EQ(mkfifo((folder("pipe") / file).c_str(), 0644), 0);
+  fs::create_directories(folder("folder") / file);
+  folders += "relative::";
+  testing_support::writeFile(
+      folder("sound") / file,
+      writePropertyList(Dictionary{{Desk::kKey, Dictionary{{"PPhone", "418"}}}}, PropertyListFormat::Xml));
+  for (int i = 0; i < 1'000; ++i) folders += "/nowhere/" + std::to_string(i) + ":";
+  setenv("XDG_CONFIG_DIRS", folders.c_str(), 1);
+  desk_.setUser({{"PCity", "Alma"}});
+  for (int load = 0; load < 3; ++load) {
+    Program program(desk_);
+    EXPECT_EQ(program.options().loadFailure(), std::nullopt);
+    EXPECT_EQ(program.options().preparerCity(), Text("Alma"));
+    EXPECT_EQ(program.options().preparerPhone(), Text("418"));
+    EXPECT_FALSE(program.options().origin("preparerCity").lock);
+    program.options().refresh();
+  }
+  EXPECT_EQ(log.lines().size(), 8u) << "one line each for what was left out, the thousand folders in one";
+  EXPECT_EQ(testing_support::readFile(desk_.home().path() / "damaged/Qorvane" / file),
+            bytes.substr(0, bytes.size() / 2));
+  std::size_t beside = 0;
+  for (const char* name : {"writable", "open", "link", "damaged", "huge", "pipe", "folder", "sound"})
+    for (const auto& entry : fs::directory_iterator(desk_.home().path() / name / "Qorvane"))
+      beside += static_cast<std::size_t>(entry.path().filename() != file);
+  EXPECT_EQ(beside, 0u) << "nothing was written";
+}
+
+TEST_F(LayeredOptionsTest, ATurnedLinkOfTheFirmInAnOpenFolderIsNotFollowed) {
+  const LogCapture log;
+  desk_.setLayer("firm_year", {{"PCity", "Percé"}});
+  std::filesystem::permissions(desk_.firm().parent_path(), std::filesystem::perms(0777));
+  Program program(desk_);
+  EXPECT_EQ(program.options().preparerCity(), Text(""));
+  EXPECT_EQ(log.lines().size(), 1u);
+}
+
+TEST_F(LayeredOptionsTest, ALayerThatCannotBeReadJustNowFailsTheLoadAndTheSave) {
+  const LogCapture log;
+  desk_.setLayer("machine_year", {{"PCity", "Percé"}}, {"PCity"});
+  FaultInjectingSystemCalls calls;
+  bool failing = false;
+  calls.setFault([&](const std::string& name, int) { return failing && name == "openat" ? EIO : 0; });
+  LayeredUserDefaults files(desk_.store().string(), optionLayerRule(), calls);
+  Options store(files, Program::personal());
+  store.loadOptions();
+  EXPECT_EQ(store.preparerCity(), Text("Percé"));
+  store.setPreparerPhone("418");
+  failing = true;
+  store.saveOptions();
+  ASSERT_TRUE(store.saveFailure());
+  EXPECT_EQ(store.saveFailure()->systemError, EIO);
+  EXPECT_TRUE(desk_.user().object.isNil());
+  EXPECT_FALSE(store.reload());
+  EXPECT_EQ(store.preparerCity(), Text("Percé")) << "the dictionary is the one from before";
+  EXPECT_TRUE(store.refresh().empty());
+  failing = false;
+  Options fresh(files, Program::personal());
+  failing = true;
+  fresh.loadOptions();
+  EXPECT_TRUE(fresh.loadFailure());
 }
 
 }  // namespace
