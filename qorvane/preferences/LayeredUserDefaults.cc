@@ -134,6 +134,7 @@ std::shared_ptr<const LayeredSettings> LayeredUserDefaults::over(const Text& key
 }
 
 UserDefaults::Loaded LayeredUserDefaults::load(const Text& key) {
+  if (!loaded_.contains(key.view())) loaded_.insert(key.string());
   Loaded loaded = FileUserDefaults::load(key);
   std::shared_ptr<const Layers> farther;
   try {

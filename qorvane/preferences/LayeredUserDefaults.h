@@ -13,6 +13,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,12 +89,15 @@ class LayeredUserDefaults : public FileUserDefaults {
   void update(const Value& whole, const Text& key, std::shared_ptr<Merge> merge) override;
 
  private:
+  friend class PreferenceWatch;
   class OverLayers;
 
   const LayerRule& rule_;
   SystemCalls& calls_;
   /// The merges that were handed on and may wait.
   std::vector<std::weak_ptr<OverLayers>> handed_;
+  /// The keys that were ever loaded.
+  std::set<std::string, std::less<>> loaded_;
 };
 
 }  // namespace v1

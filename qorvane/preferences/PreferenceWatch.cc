@@ -15,7 +15,10 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
+#include "qorvane/preferences/LayeredUserDefaults.h"
 #include "qorvane/preferences/LockedFolder.h"
 #include "qorvane/preferences/OpenFile.h"
 
@@ -99,6 +102,7 @@ class PreferenceWatch::Eyes {
  public:
   explicit Eyes(FileUserDefaults& store)
       : store_(store),
+        layered_(dynamic_cast<LayeredUserDefaults*>(&store)),
         calls_(store.calls_),
         poll_(calls_, epoll_create1(EPOLL_CLOEXEC)),
         notify_(calls_, inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
@@ -108,6 +112,7 @@ class PreferenceWatch::Eyes {
       throw FileException(FailureCode::cannotWatch, {store.folder()}, errno);
     follow();
     look(nullptr);
+    lookAtLayers(nullptr);
   }
 
   int descriptor() const { return poll_.get(); }
@@ -124,6 +129,8 @@ class PreferenceWatch::Eyes {
       look(&changed);
     }
     for (const std::string& key : touched) lookAt(key, &changed, true);
+    if (moved || ticked || !layersTouched_.empty()) lookAtLayers(&changed);
+    layersTouched_.clear();
     std::vector<Text> keys;
     for (const std::string& key : changed) keys.emplace_back(key);
     return keys;
@@ -135,6 +142,7 @@ class PreferenceWatch::Eyes {
     /// The names that matter in it; every name when it is the store's own folder.
     std::set<std::string> names;
     bool isStore = false;
+    bool isLayer = false;
     bool isNew = true;
   };
   struct Seen {
@@ -145,6 +153,12 @@ class PreferenceWatch::Eyes {
     std::uint64_t ownWrite = 0;
     /// Whether it stood there when the folder was looked through.
     bool listed = false;
+  };
+
+  /// The files of a key in the farther layers, each folder's year first, and when they were looked at.
+  struct SeenLayers {
+    std::vector<std::optional<Identity>> files;
+    timespec looked = {};
   };
 
   bool wait(const Handle& handle) {
@@ -159,10 +173,15 @@ class PreferenceWatch::Eyes {
   // one.
   void follow() {
     for (auto& [number, watched] : watched_)
-      watched.isNew = false, watched.names.clear(), watched.isStore = false;
+      watched.isNew = false, watched.names.clear(), watched.isStore = watched.isLayer = false;
     wanted_.clear();
     blind_ = notify_.get() < 0;
-    walk(store_.folder() + "/", 0, [this](const std::string& folder) { want(folder, kNames, {}, true); });
+    walk(store_.folder() + "/", 0,
+         [this](const std::string& folder) { want(folder, kNames, {}, &Watched::isStore); });
+    if (layered_)
+      for (const LayerFolder& layer : layerFolders(calls_))
+        walk(layer.path + "/", 0,
+             [this](const std::string& folder) { want(folder, kNames, {}, &Watched::isLayer); });
     for (const auto& [key, seen] : seen_)
       if (seen.linked) walk(store_.folder() + "/" + key + std::string(kEnd), 0, [](const std::string&) {});
     std::erase_if(watched_, [this](const auto& one) {
@@ -212,7 +231,9 @@ class PreferenceWatch::Eyes {
     found(at);
   }
 
-  void want(const std::string& folder, std::uint32_t events, const std::string& name, bool isStore = false) {
+  // mark: what the folder is, besides a place on the way.
+  void want(const std::string& folder, std::uint32_t events, const std::string& name,
+            bool Watched::*mark = nullptr) {
     struct statfs where {};
     if (calls_.statfs(folder.c_str(), &where) == 0 && isBlindTo(static_cast<std::uint32_t>(where.f_type)))
       blind_ = true;
@@ -226,7 +247,7 @@ class PreferenceWatch::Eyes {
     }
     wanted_.insert(number);
     Watched& watched = watched_[number];
-    watched.isStore = watched.isStore || isStore;
+    if (mark) watched.*mark = true;
     if (!name.empty()) watched.names.insert(name);
   }
 
@@ -265,7 +286,11 @@ class PreferenceWatch::Eyes {
     }
     if ((event.mask & kItself) != 0) return true;
     if (found->second.names.contains(std::string(name))) return true;
-    if (!found->second.isStore || !isSettings(name)) return false;
+    if (!isSettings(name)) return false;
+    if (found->second.isLayer) layersTouched_.emplace(name.substr(0, name.size() - kEnd.size()));
+    // Root's word on where the firm's layer is.
+    if (found->second.isLayer && name == "Firm.plist") return true;
+    if (!found->second.isStore) return false;
     const std::string key(name.substr(0, name.size() - kEnd.size()));
     // A link that comes or is replaced leads somewhere else.
     const auto seen = seen_.find(key);
@@ -333,6 +358,33 @@ class PreferenceWatch::Eyes {
     if (wasTouched && turned) follow();
   }
 
+  // The keys whose settings the layers are part of: those that were loaded, and those that have files.
+  void lookAtLayers(std::set<std::string>* changed) {
+    if (!layered_) return;
+    std::set<std::string> keys(layered_->loaded_.begin(), layered_->loaded_.end());
+    for (const auto& [key, seen] : seen_) keys.insert(key);
+    const std::vector<LayerFolder> folders = layerFolders(calls_);
+    for (const std::string& key : keys) {
+      const std::string everyYear(everyYearKey(key));
+      const bool wereTouched = layersTouched_.contains(key) || layersTouched_.contains(everyYear);
+      SeenLayers now{{}, calls_.fileTime()};
+      for (const LayerFolder& folder : folders)
+        for (const std::string& name : {key, everyYear}) {
+          struct stat status;
+          const std::string path = folder.path + "/" + name + std::string(kEnd);
+          const bool there = calls_.stat(path.c_str(), &status) == 0;
+          now.files.push_back(there ? std::optional(Identity::of(status)) : std::nullopt);
+        }
+      const auto before = seenLayers_.find(key);
+      const bool isKnown = before != seenLayers_.end();
+      const auto mayHide = [&](const auto& file) { return file && file->mayHide(before->second.looked); };
+      if (changed && (!isKnown || before->second.files != now.files ||
+                      (wereTouched && std::ranges::any_of(now.files, mayHide))))
+        changed->insert(key);
+      seenLayers_.insert_or_assign(key, std::move(now));
+    }
+  }
+
   std::uint64_t ownWrite(const std::string& key) const {
     const auto known = store_.known_.find(key);
     return known == store_.known_.end() ? 0 : known->second.write;
@@ -350,6 +402,8 @@ class PreferenceWatch::Eyes {
   }
 
   FileUserDefaults& store_;
+  /// The same store where it has layers; else null.
+  LayeredUserDefaults* layered_;
   SystemCalls& calls_;
   Handle poll_;
   Handle notify_;
@@ -357,6 +411,9 @@ class PreferenceWatch::Eyes {
   std::unordered_map<int, Watched> watched_;
   std::set<int> wanted_;
   std::map<std::string, Seen, std::less<>> seen_;
+  std::map<std::string, SeenLayers, std::less<>> seenLayers_;
+  /// The names of layers' files that were touched, without their end.
+  std::set<std::string> layersTouched_;
   bool blind_ = false;
   bool ticking_ = false;
 };

@@ -10,6 +10,10 @@
 // cannot see what other machines change (network file systems), and where it has no watches left, the
 // descriptor becomes readable every two seconds and the files are compared with what they were.
 //
+// Made for a store with layers (LayeredUserDefaults), it hears those, too: a key is told when a file of a
+// layer that its settings are read from changes, comes or goes, or when the firm's folder is turned to
+// another. A file for every year is told as each key that the store has loaded or that has a file.
+//
 // Main thread only. The store object must outlive the watch. A child process that was forked shares the
 // descriptor and must not use it.
 #pragma once

@@ -5,10 +5,13 @@
 #include <linux/magic.h>
 #include <poll.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
 
+#include "qorvane/preferences/LayeredUserDefaults.h"
+#include "qorvane/propertylist/PropertyList.h"
 #include "tests/preferences/FileStoreTest.h"
 
 namespace qorvane {
@@ -216,6 +219,97 @@ TEST_F(PreferenceWatchSlowTest, AStormEndsInTheTrueState) {
   EXPECT_TRUE(isSilent(watch));
   save(kNew);
   EXPECT_EQ(heard(watch), Keys{kKey}) << "it hears on";
+}
+
+// ---- layers ---------------------------------------------------------------------------------------------
+
+class LayerWatchTest : public PreferenceWatchTest {
+ protected:
+  LayerWatchTest() { umask(022); }
+
+  void writeLayer(const fs::path& folder, const Text& key, const char* city) {
+    const fs::path staged = folder / "staged";
+    writeFile(staged,
+              writePropertyList(Dictionary{{key, Dictionary{{"PCity", city}}}}, PropertyListFormat::Xml));
+    fs::rename(staged, folder / (key.string() + ".plist"));
+  }
+  void turn(const fs::path& to) {
+    fs::create_symlink(to, firm() / "next");
+    fs::rename(firm() / "next", firm() / "current");
+  }
+  fs::path machine() const { return home.path() / "etc/xdg/Qorvane"; }
+  fs::path firm() const { return home.path() / ".local/state/Qorvane/firm"; }
+  std::string city() {
+    const Value found = layered.load(kKey).object;
+    const Value* const value = found.asDictionary() ? found.asDictionary()->find("PCity") : nullptr;
+    return value ? value->textValue().string() : "none";
+  }
+
+  LayeredUserDefaults layered{FileUserDefaults::defaultFolder(), optionLayerRule(), calls};
+  const Text kEvery = Text(everyYearKey(kKey));
+};
+
+TEST_F(LayerWatchTest, AMachinesFileThatComesChangesAndGoesIsTold) {
+  EXPECT_EQ(city(), "none");
+  PreferenceWatch watch(layered);
+  EXPECT_TRUE(isSilent(watch));
+  writeLayer(machine(), kKey, "Alma");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  EXPECT_EQ(city(), "Alma");
+  // The file for every year is a part of this year's settings.
+  writeLayer(machine(), kEvery, "Gaspé");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  EXPECT_TRUE(isSilent(watch));
+  fs::remove(machine() / (kKey.string() + ".plist"));
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  EXPECT_EQ(city(), "Gaspé");
+  writeLayer(machine(), "Another", "Percé");
+  EXPECT_TRUE(isSilent(watch)) << "of no key that anybody loaded";
+  fs::remove_all(home.path() / "etc");
+  EXPECT_EQ(heard(watch), Keys{kKey});
+  EXPECT_EQ(city(), "none");
+}
+
+TEST_F(LayerWatchTest, AFirmsTurnedLinkIsTold) {
+  writeLayer(firm() / "states/1", kEvery, "Alma");
+  writeLayer(firm() / "states/2", kEvery, "Gaspé");
+  turn("states/1");
+  EXPECT_EQ(city(), "Alma");
+  PreferenceWatch watch(layered);
+  for (int round = 0; round < 5; ++round) {
+    turn("states/2");
+    EXPECT_EQ(heard(watch), Keys{kKey});
+    EXPECT_EQ(city(), "Gaspé");
+    turn("states/1");
+    EXPECT_EQ(heard(watch), Keys{kKey});
+    EXPECT_EQ(city(), "Alma");
+  }
+  EXPECT_TRUE(isSilent(watch));
+  writeLayer(firm() / "states/2", kEvery, "Percé");
+  EXPECT_TRUE(isSilent(watch)) << "nobody reads there now";
+}
+
+TEST_F(LayerWatchTest, ALayerWrittenInPlaceIsTold) {
+  writeLayer(machine(), kKey, "Alma");
+  EXPECT_EQ(city(), "Alma");
+  PreferenceWatch watch(layered);
+  const fs::path file = machine() / (kKey.string() + ".plist");
+  const std::string bytes = readFile(file);
+  for (int i = 0; i < 10; ++i) {
+    writeFile(file, bytes);
+    EXPECT_EQ(heard(watch), Keys{kKey}) << i;
+  }
+}
+
+TEST_F(LayerWatchTest, ThisStoresOwnSavesAreNotTold) {
+  writeLayer(machine(), kEvery, "Alma");
+  EXPECT_EQ(city(), "Alma");
+  PreferenceWatch watch(layered);
+  layered.setObject(kNew, kKey);
+  EXPECT_TRUE(layered.synchronize());
+  EXPECT_TRUE(isSilent(watch));
+  save(kOld);
+  EXPECT_EQ(heard(watch), Keys{kKey});
 }
 
 }  // namespace
