@@ -96,6 +96,11 @@ CommandLine::CommandLine()
       ->check([](const std::string& folder) {
         return folder.empty() ? say("--store names no folder") : std::string();
       });
+  takesOneOf(
+      app_.add_option("--layer", settings_.layer,
+                      Phrase("user, machine or firm: whose settings to show, or to change; by default those "
+                             "that count of all, and the user's are changed")),
+      {"user", "machine", "firm"});
   takesSeconds(app_.add_option("--lock-wait", settings_.lockWait,
                                Phrase("seconds to wait while another program saves; 10 by default")),
                0, 86400);
@@ -111,6 +116,7 @@ CommandLine::CommandLine()
   addOptionVerbs(verbs_);
   addYearVerbs(verbs_);
   addExchangeVerbs(verbs_);
+  addLayerVerbs(verbs_);
   addCareVerbs(verbs_);
   addGenerationVerbs(verbs_);
   addAnswerVerbs(verbs_);
@@ -166,6 +172,21 @@ void CommandLine::refuseUnknown(const Walk& walked) const {
                                    seeHelp);
 }
 
+// Not every verb knows layers, and not every layer is changed here.
+void CommandLine::refuseLayer() const {
+  static constexpr std::string_view kShown[] = {"list", "get", "describe", "search", "diff", "export"};
+  static constexpr std::string_view kChanged[] = {"import", "set", "reset", "lock", "unlock"};
+  const std::string verb = verb_->get_name();
+  const bool changes = std::ranges::find(kChanged, verb) != std::end(kChanged);
+  if ((verb == "lock" || verb == "unlock") && (settings_.layer.empty() || settings_.layer == "user"))
+    throw Failure(Exit::Usage, say("{} is for --layer machine", verb));
+  if (settings_.layer.empty()) return;
+  if (changes && settings_.layer == "firm")
+    throw Failure(Exit::Usage, say("the firm's settings are changed with `optionsmgr firm`"));
+  if (!changes && std::ranges::find(kShown, verb) == std::end(kShown))
+    throw Failure(Exit::Usage, say("{} knows no --layer", verb));
+}
+
 CommandLine::Requested CommandLine::parse(const std::vector<std::string>& words) {
   const Walk walked = walk(app_, words);
   settleLanguage(walked);
@@ -194,6 +215,7 @@ CommandLine::Requested CommandLine::parse(const std::vector<std::string>& words)
       std::ranges::any_of(walked.words, [](const Word& word) { return word.kind == Word::Kind::Separator; });
   if (settings_.bothProducts && verb_->get_name() != "carry-forward")
     throw Failure(Exit::Usage, say("--product all is for carry-forward only"));
+  refuseLayer();
   if (verb_->get_name() != "help") return Requested::Run;
   const std::vector<std::string> topic = walked.values();
   verb_ = topic.empty() ? nullptr : verbNamed(topic.front());

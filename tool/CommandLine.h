@@ -34,6 +34,7 @@ class CommandLine {
 
  private:
   void settleLanguage(const Walk& walked) const;
+  void refuseLayer() const;
   void refuseUnknown(const Walk& walked) const;
   const CLI::App* verbNamed(const std::string& name) const;
 

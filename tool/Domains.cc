@@ -28,8 +28,13 @@ constexpr std::string_view kPrefixes[] = {"QorvaneT1Settings", "QorvaneT2Setting
 
 }  // namespace
 
-Text Domain::key() const { return Text(std::string(kPrefixes[corporate]) + std::to_string(year)); }
-std::string Domain::name() const { return (corporate ? "T2 " : "T1 ") + std::to_string(year); }
+Text Domain::key() const {
+  return Text(std::string(kPrefixes[corporate]) + (year == 0 ? "" : std::to_string(year)));
+}
+std::string Domain::name() const {
+  const std::string product = corporate ? "T2" : "T1";
+  return year == 0 ? say("{}, every year", product) : product + " " + std::to_string(year);
+}
 
 std::optional<Domain> Domain::fromKey(std::string_view key) {
   for (const bool corporate : {false, true}) {
@@ -66,7 +71,12 @@ std::vector<Domain> domainsIn(const std::string& folder) {
 
 std::vector<Domain> storedDomains(Session& session) { return domainsIn(session.files().folder()); }
 
-std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) try {
+std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) {
+  const auto settings = storedSettings(session, domain);
+  return settings ? std::optional(*settings->object.asDictionary()) : std::nullopt;
+}
+
+std::optional<qorvane::Settings> storedSettings(Session& session, const Domain& domain) try {
   using State = FileUserDefaults::Inspection::State;
   FileUserDefaults& files = session.files();
   const auto found = files.inspect(domain.key());
@@ -81,10 +91,14 @@ std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) 
                           "starts afresh"),
             files.pathForKey(domain.key()), told(*found.damage)));
   }
-  if (found.state == State::Missing) return beforeUnfinished(session, domain, std::nullopt);
+  const auto before = [&](std::optional<Dictionary> entries) {
+    const auto now = beforeUnfinished(session, domain, std::move(entries));
+    return now ? std::optional(qorvane::Settings{Value(*now), found.chosen}) : std::nullopt;
+  };
+  if (found.state == State::Missing) return before(std::nullopt);
   if (!found.object.asDictionary())
     throw Failure(Exit::BadData, say("{} holds no dictionary of settings", files.pathForKey(domain.key())));
-  return beforeUnfinished(session, domain, *found.object.asDictionary());
+  return before(*found.object.asDictionary());
 } catch (const FileException& error) {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
@@ -92,7 +106,7 @@ std::optional<Dictionary> storedEntries(Session& session, const Domain& domain) 
 DomainStore::DomainStore(Session& session, const Domain& domain, const Dictionary& entries)
     : running_(session.product(domain.corporate, domain.year)),
       store_(memory_, session.product(domain.corporate, domain.year)) {
-  memory_.setObject(entries, domain.key());
+  memory_.setObject(entries, store_.settingsDomainKey());
   store_.loadOptions();
 }
 

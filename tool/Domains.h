@@ -15,7 +15,8 @@
 
 namespace optionsmgr {
 
-/// A product and a tax year: one file of the store.
+/// A product and a tax year: one file of the store. The year 0 is every year, which only layers have that are
+/// set for many desks.
 struct Domain {
   bool corporate = false;
   int year = 0;
@@ -43,6 +44,9 @@ std::vector<Domain> storedDomains(Session& session);
 /// change of several years is unfinished, those from before it (tool/UnfinishedChange.h). Changes nothing and
 /// takes no lock. Throws Failure when the file is damaged or cannot be read.
 std::optional<qorvane::Dictionary> storedEntries(Session& session, const Domain& domain);
+
+/// The same with what the file notes as chosen.
+std::optional<qorvane::Settings> storedSettings(Session& session, const Domain& domain);
 
 /// A store of the domain over those entries, nothing of which reaches the disk. While it lives the running
 /// product is the domain's, so it lives within one function.

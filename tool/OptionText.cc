@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 
@@ -222,7 +224,9 @@ const Policy& policyNamed(std::span<const Policy> policies, std::string_view kin
 const Policy& readPolicy(const OptionRow& row) { return policyNamed(kReadPolicies, row.readKind); }
 const Policy& writePolicy(const OptionRow& row) { return policyNamed(kWritePolicies, row.writeKind); }
 
-Phrase rangeOf(const OptionRow& row) {
+namespace {
+
+Phrase formOf(const OptionRow& row) {
   switch (row.type) {
     case OptionType::Flag:
       return "true or false (or yes/no, oui/non, on/off, 1/0)";
@@ -240,6 +244,20 @@ Phrase rangeOf(const OptionRow& row) {
       break;
   }
   return "any text";
+}
+
+}  // namespace
+
+std::optional<qorvane::Failure> ruleOf(const OptionRow& row) {
+  // A check tells its rule when it refuses; these are refused by any that has one.
+  if (row.type == OptionType::Text && !row.choices) return row.check(Text("?"), nullptr);
+  if (row.type == OptionType::Integer) return row.check(std::numeric_limits<std::int32_t>::min(), nullptr);
+  return std::nullopt;
+}
+
+std::string rangeOf(const OptionRow& row, qorvane::Language language) {
+  if (const auto rule = ruleOf(row)) return rule->reason(language).string();
+  return std::string(translated(formOf(row).english(), language));
 }
 
 std::string nearestRight(std::string_view words, const qorvane::Failure& refusal) {
@@ -276,21 +294,24 @@ Json factsAsJson(const OptionRow& row, const Value& value, bool showSecrets) {
     return Json{{"english", text(qorvane::Language::English).string()},
                 {"french", text(qorvane::Language::French).string()}};
   };
-  Json facts{{"label", both([&](auto language) { return row.label(language); })},
-             {"description", both([&](auto language) { return row.description(language); })},
-             {"group", both([&](auto language) { return row.group().name(language); })},
-             {"type", std::string(typeName(row).english())},
-             {"value", maskedJson(row, value, showSecrets)},
-             {"default", entry ? shownAsJson(row, row.fallback()) : Json(nullptr)},
-             {"key", entry ? Json(row.key().string()) : Json(nullptr)},
-             {"stored", entry ? Json(row.stored) : Json(nullptr)},
-             {"read", entry ? Json(readPolicy(row).code) : Json(nullptr)},
-             {"set", row.write ? Json(writePolicy(row).code) : Json(nullptr)},
-             {"secret", row.secret},
-             {"machineSpecific", row.machineSpecific},
-             {"facade", facadeNamesOf(row)},
-             {"sameEntry", relatedTo(row)},
-             {"choices", nullptr}};
+  Json facts{
+      {"label", both([&](auto language) { return row.label(language); })},
+      {"description", both([&](auto language) { return row.description(language); })},
+      {"group", both([&](auto language) { return row.group().name(language); })},
+      {"type", std::string(typeName(row).english())},
+      {"value", maskedJson(row, value, showSecrets)},
+      {"default", entry ? shownAsJson(row, row.fallback()) : Json(nullptr)},
+      {"key", entry ? Json(row.key().string()) : Json(nullptr)},
+      {"stored", entry ? Json(row.stored) : Json(nullptr)},
+      {"read", entry ? Json(readPolicy(row).code) : Json(nullptr)},
+      {"set", row.write ? Json(writePolicy(row).code) : Json(nullptr)},
+      {"takes", row.write && !row.choices ? both([&](auto language) { return Text(rangeOf(row, language)); })
+                                          : Json(nullptr)},
+      {"secret", row.secret},
+      {"machineSpecific", row.machineSpecific},
+      {"facade", facadeNamesOf(row)},
+      {"sameEntry", relatedTo(row)},
+      {"choices", nullptr}};
   facts["group"]["id"] = std::string(row.group().id);
   if (const ChoiceList* list = row.choices)
     facts["choices"] = choicesAsJson(*list, row.fallback().textValue());

@@ -65,8 +65,11 @@ struct Policy {
 const Policy& readPolicy(const qorvane::OptionRow& row);
 const Policy& writePolicy(const qorvane::OptionRow& row);
 
-/// What a value must be, in words; for a type whose values are not counted, or for a choice, "any text".
-Phrase rangeOf(const qorvane::OptionRow& row);
+/// The rule that the option's check holds its values to; none where any value of its type will do.
+std::optional<qorvane::Failure> ruleOf(const qorvane::OptionRow& row);
+/// What a value must be, in words: its check's rule, or what values of its type are. For an option without a
+/// list of choices.
+std::string rangeOf(const qorvane::OptionRow& row, qorvane::Language language);
 
 /// The right values that are nearest to words which an option's check refused, such as `; did you mean "x"?`;
 /// empty when none is near.

@@ -12,6 +12,7 @@
 #include "qorvane/siblings/QVSettings.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
+#include "tool/LayerFiles.h"
 #include "tool/UnfinishedChange.h"
 #include "tool/speech/Language.h"
 #include "tool/speech/Suggest.h"
@@ -69,7 +70,7 @@ int Session::seasonYear() {
 qorvane::Product Session::product(bool corporate, int year) const {
   return {.corporate = corporate,
           .professional = !settings_.singleFiler,
-          .taxYear = year,
+          .taxYear = year == 0 ? settings_.year : year,
           .release = Text(settings_.release)};
 }
 
@@ -91,22 +92,29 @@ void Session::requireFolder() try {
   throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
-std::unique_ptr<Options> Session::load() {
-  const Domain domain = domainOf(*this);
-  const auto entries = storedEntries(*this, domain);
-  snapshot_.setObject(entries ? Value(*entries) : Value(), domain.key());
+std::unique_ptr<Options> Session::load() { return loaded(seenEntries(*this, domainOf(*this))); }
+
+std::unique_ptr<Options> Session::loaded(const std::optional<qorvane::Dictionary>& entries) {
+  snapshot_.setObject(entries ? Value(*entries) : Value(), domainOf(*this).key());
   auto store = std::make_unique<Options>(snapshot_, product());
   store->loadOptions();
   return store;
 }
 
-void Session::change(const std::function<void(Options&)>& change) try {
+void Session::change(const std::function<void(Options&)>& change, const std::vector<Text>& chosen) try {
   const FileUserDefaults::Lock lock(files_);
   putBackUnfinished(*this);
-  const auto store = load();
-  change(*store);
   const Domain domain = domainOf(*this);
-  files_.setObject(*store->options(), domain.key());
+  const auto own = storedSettings(*this, domain);
+  const auto store = loaded(own ? std::optional(*own->object.asDictionary()) : std::nullopt);
+  change(*store);
+  const auto layers = layersOf(*this, domain, own.value_or(qorvane::Settings()));
+  qorvane::Array notes;
+  if (own && own->chosen.asArray()) notes = *own->chosen.asArray();
+  for (const Text& key : pinsAmong(*layers, chosen, *store->options()))
+    if (!layers->isMarked(key.view())) notes.push_back(key);
+  files_.setSettings({*store->options(), qorvane::chosenAmong(Value(notes), *store->options())},
+                     domain.key());
   if (!files_.synchronize()) {
     const auto failure = *files_.lastFailure();
     throw Failure(exitFor(failure.systemError), say("{}; nothing was changed", told(failure)));

@@ -3,8 +3,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "qorvane/desktop/FileManager.h"
 #include "qorvane/preferences/FileUserDefaults.h"
@@ -31,6 +33,9 @@ struct Settings {
   bool json = false;
   bool quiet = false;
   bool noColor = false;
+  /// What --layer says: "user", "machine" or "firm"; empty for all together, or the user's where it is
+  /// changed.
+  std::string layer;
 };
 
 class Session {
@@ -65,15 +70,18 @@ class Session {
   qorvane::Product product() const { return product(settings_.corporate, settings_.year); }
   qorvane::Product product(bool corporate, int year) const;
 
-  /// A store loaded from the bytes that are on the disk now and were found good. Nothing that reads through
+  /// A store loaded from the bytes that are on the disk now and were found good: of the layers that --layer
+  /// asks for, by default of all of them together. Nothing that reads through
   /// it, or through the facade from then on, reaches the disk. Throws Failure, with the file untouched, when
   /// the file is damaged or cannot be read.
   std::unique_ptr<qorvane::Options> load();
 
-  /// Under the store's lock: puts back what an interrupted run left, loads the store, lets the function
-  /// change it and saves it. Throws Failure when nothing was changed; what goes wrong after the save is told
-  /// only.
-  void change(const std::function<void(qorvane::Options&)>& change);
+  /// Under the store's lock: puts back what an interrupted run left, loads the user's own settings, lets the
+  /// function change them and saves them, with those entries of the list noted as chosen that would yield to
+  /// a farther layer's otherwise. Throws Failure when nothing was changed; what goes wrong after the save is
+  /// told only.
+  void change(const std::function<void(qorvane::Options&)>& change,
+              const std::vector<qorvane::Text>& chosen = {});
 
   /// Tells it once in a run.
   void tellOnce(const std::string& message);
@@ -82,6 +90,8 @@ class Session {
   static const qorvane::OptionRow& option(const std::string& nameOrKey);
 
  private:
+  std::unique_ptr<qorvane::Options> loaded(const std::optional<qorvane::Dictionary>& entries);
+
   Settings settings_;
   Exit exit_ = Exit::Done;
   qorvane::FileUserDefaults files_;

@@ -80,16 +80,17 @@ class Staging {
 };
 
 // A file without a name where there are such, so that nothing is left of it when the process ends.
-bool writeStaged(const std::string& folder, const std::string& staging, std::string_view bytes) {
+bool writeStaged(const std::string& folder, const std::string& staging, std::string_view bytes, mode_t mode) {
   Descriptor nameless(open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600));
   if (nameless >= 0) {
     const std::string self = "/proc/self/fd/" + std::to_string(nameless);
-    if (!writeAll(nameless, bytes) || fsync(nameless) != 0) return false;
+    if (!writeAll(nameless, bytes) || fchmod(nameless, mode) != 0 || fsync(nameless) != 0) return false;
     if (linkat(AT_FDCWD, self.c_str(), AT_FDCWD, staging.c_str(), AT_SYMLINK_FOLLOW) == 0)
       return nameless.close();
   }
   Descriptor named(open(staging.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  return named >= 0 && writeAll(named, bytes) && fsync(named) == 0 && named.close();
+  return named >= 0 && writeAll(named, bytes) && fchmod(named, mode) == 0 && fsync(named) == 0 &&
+         named.close();
 }
 
 bool publish(const std::string& staging, const std::string& target, Existing existing) {
@@ -117,7 +118,7 @@ bool syncFolder(const std::string& folder) {
   return opened >= 0 && (fsync(opened) == 0 || errno == EINVAL);
 }
 
-void writeWholeFile(const std::string& path, std::string_view bytes, Existing existing) {
+void writeWholeFile(const std::string& path, std::string_view bytes, Existing existing, mode_t mode) {
   const auto fail = [&] {
     throw Failure(exitFor(errno), say("cannot write {}: {}", path, systemReason(errno)));
   };
@@ -131,8 +132,8 @@ void writeWholeFile(const std::string& path, std::string_view bytes, Existing ex
   const fs::path target = exists ? realPath(path) : path;
   const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
   const Staging staging(folder, target.filename().string());
-  if (!writeStaged(folder, staging.path(), bytes) || !publish(staging.path(), target.string(), existing) ||
-      !syncFolder(folder))
+  if (!writeStaged(folder, staging.path(), bytes, mode) ||
+      !publish(staging.path(), target.string(), existing) || !syncFolder(folder))
     fail();
 }
 

@@ -68,8 +68,8 @@ TEST(CommandLineTest, WhatIsWrongIsToldInBothLanguages) {
 
 TEST(CommandLineTest, TheOptionThatWasMeantIsNamed) {
   const TestHome home;
-  for (const auto& [words, meant] : {std::pair{Words{"list", "--yaer", "2020"}, "--year"},
-                                     {Words{"--yaer=2020", "list"}, "--year"},
+  for (const auto& [words, meant] : {std::pair{Words{"list", "--yeer", "2020"}, "--year"},
+                                     {Words{"--yeer=2020", "list"}, "--year"},
                                      {Words{"list", "--chnged"}, "--changed"}}) {
     const ToolResult result = optionsmgr(words);
     EXPECT_EQ(result.exit, 2);

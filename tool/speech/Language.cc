@@ -39,8 +39,10 @@ void speakFrench(bool wanted) {
 bool speaksFrench() { return french; }
 qorvane::Language language() { return french ? qorvane::Language::French : qorvane::Language::English; }
 
-std::string_view translated(std::string_view english) {
-  if (!french) return english;
+std::string_view translated(std::string_view english) { return translated(english, language()); }
+
+std::string_view translated(std::string_view english, qorvane::Language language) {
+  if (language == qorvane::Language::English) return english;
   const auto* const row = std::ranges::find(kFrenchRows, english, &FrenchRow::english);
   return row == std::end(kFrenchRows) ? english : row->french;
 }

@@ -62,6 +62,7 @@ std::string inQuotes(std::string_view words);
 /// A text that comes from a table of the library or of the parser, in the language of the tool. One that
 /// French.def does not hold stays.
 std::string_view translated(std::string_view english);
+std::string_view translated(std::string_view english, qorvane::Language language);
 
 /// What the library tells of a failure, in the language of the tool.
 std::string told(const qorvane::Failure& failure);

@@ -6,15 +6,17 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <sstream>
 
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/Version.h"
+#include "qorvane/preferences/SystemCalls.h"
 #include "tool/Domains.h"
 #include "tool/Failure.h"
+#include "tool/LayerFiles.h"
 #include "tool/Output.h"
 #include "tool/PreferenceFile.h"
 #include "tool/UnfinishedChange.h"
@@ -217,19 +219,6 @@ class Doctor {
   std::vector<Finding> findings_;
 };
 
-// The folders in which the machine's settings would stand, the nearest first.
-std::vector<std::string> machineFolders() {
-  const char* said = std::getenv("XDG_CONFIG_DIRS");
-  std::string_view rest = said && *said ? said : "/etc/xdg";
-  std::vector<std::string> folders;
-  while (!rest.empty()) {
-    const std::string_view folder = rest.substr(0, rest.find(':'));
-    if (folder.starts_with('/')) folders.push_back(std::string(folder) + "/Qorvane");
-    rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
-  }
-  return folders;
-}
-
 // For whoever helps: versions, layers, failures and states, in English whoever asks, and no value of a
 // setting.
 std::string reportOf(Session& session, const std::vector<Finding>& findings) {
@@ -239,12 +228,12 @@ std::string reportOf(Session& session, const std::vector<Finding>& findings) {
   text << "optionsmgr " << OPTIONSMGR_VERSION << '\n'
        << machine.sysname << ' ' << machine.release << ' ' << machine.machine << "\n\n"
        << "user: " << session.files().folder() << '\n';
-  for (const std::string& folder : machineFolders()) {
+  for (const auto& [kind, folder, owner] : qorvane::layerFolders(qorvane::SystemCalls::standard())) {
     std::error_code error;
     std::size_t lists = 0;
     for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error))
       lists += file->path().extension() == ".plist";
-    text << "machine: " << folder << ": "
+    text << layerName(kind).english() << ": " << folder << ": "
          << (error ? error.value() == ENOENT
                          ? "not there"
                          : qorvane::systemReason(error.value(), qorvane::Language::English).string()
@@ -276,8 +265,51 @@ std::string reportOf(Session& session, const std::vector<Finding>& findings) {
   return text.str();
 }
 
+// Whether the layers that are set for many desks count: who could change them, and what their locks hold.
+void examineLayers(Session& session, std::vector<Finding>& findings) {
+  std::vector<Domain> domains = storedDomains(session);
+  domains.push_back(domainOf(session));
+  for (const qorvane::LayerFolder& folder : qorvane::layerFolders(qorvane::SystemCalls::standard())) {
+    std::error_code error;
+    bool any = false;
+    std::vector<std::string> paths{folder.path};
+    for (fs::directory_iterator file(folder.path, error), end; !error && file != end; file.increment(error)) {
+      const std::string stem = file->path().stem().string();
+      if (file->path().extension() != ".plist" || !stem.starts_with("QorvaneT")) continue;
+      any = true;
+      paths.push_back(file->path().string());
+      if (const auto domain = Domain::fromKey(stem)) domains.push_back(*domain);
+    }
+    if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)
+      findings.push_back({folder.path, "problem", systemReason(error.value())});
+    if (!any) continue;
+    bool trusted = true;
+    for (const std::string& path : paths)
+      if (const auto why = distrusted(path, folder.owner)) {
+        findings.push_back({path, "problem", say("{}: it is left out", *why)});
+        trusted = false;
+      }
+    if (trusted)
+      findings.push_back({folder.path, "good",
+                          say("files that count for many desks: {}", std::to_string(paths.size() - 1))});
+  }
+  std::ranges::sort(domains);
+  domains.erase(std::unique(domains.begin(), domains.end()), domains.end());
+  std::set<std::string> told;
+  for (const Domain& domain : domains) {
+    const auto layers = layersOf(session, domain, {});
+    for (const qorvane::Layer& layer : layers->layers())
+      for (const auto& [key, ignored] : layer.locked())
+        if (!layers->layers().lockOf(key.view()) && told.insert(layer.folder().path + key.string()).second)
+          findings.push_back(
+              {layer.folder().path, "note",
+               say("locks {}, of which neither it nor a farther layer has a value", key.view())});
+  }
+}
+
 void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
-  const std::vector<Finding> findings = Doctor(session, request.repair).findings();
+  std::vector<Finding> findings = Doctor(session, request.repair).findings();
+  examineLayers(session, findings);
   if (!request.report.empty())
     writeWholeFile(request.report, reportOf(session, findings), Existing::Replaced);
   const bool ill =

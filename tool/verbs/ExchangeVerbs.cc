@@ -13,6 +13,7 @@
 #include "tool/EntryForm.h"
 #include "tool/Exchange.h"
 #include "tool/Failure.h"
+#include "tool/LayerFiles.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
 #include "tool/PreferenceFile.h"
@@ -143,7 +144,8 @@ void exportSettings(Session& session, const ExportRequest& request, std::ostream
   std::map<Domain, Dictionary> settings;
   LeftOut left;
   for (const Domain& domain : request.all ? storedDomains(session) : std::vector{domainOf(session)}) try {
-      const auto entries = storedEntries(session, domain);
+      const auto entries = asksForFartherLayer(session.settings()) ? seenEntries(session, domain)
+                                                                   : storedEntries(session, domain);
       if (!entries)
         throw Failure(Exit::NotFound,
                       say("there are no {} settings in {}", domain.name(), session.files().folder()));
@@ -211,22 +213,25 @@ class Planner {
   Planner(Session& session, const ImportRequest& request, const PreferenceFile& file)
       : session_(session), request_(request), file_(file) {}
 
+  bool intoMachine() const { return session_.settings().layer == "machine"; }
+
   ImportPlan plan() {
     for (const Domain& domain : file_.broken)
       object(domain, domain.key().string(), say("it holds no dictionary"));
     std::map<Domain, Dictionary> given = file_.settings;
-    if (!file_.named.empty()) given[domainOf(session_)];
+    if (!file_.named.empty()) given[own()];
     for (const auto& [domain, entries] : given) planFor(domain, entries);
     return std::move(plan_);
   }
 
  private:
   void planFor(const Domain& domain, const Dictionary& given) {
-    const Dictionary before = storedEntries(session_, domain).value_or(Dictionary());
+    const Dictionary before = intoMachine() ? machineSettings(session_, domain).entries
+                                            : storedEntries(session_, domain).value_or(Dictionary());
     const Dictionary good = taken(domain, given, before);
     Dictionary after = request_.replace ? keptOf(domain, given, before) : before;
     for (const auto& [key, value] : good) after.set(key, value);
-    if (domain == domainOf(session_)) setNamed(domain, after);
+    if (domain == own()) setNamed(domain, after);
     settleDerived(session_, domain, good, after);
     addLines(domain, before, after);
     if (!isIdentical(before, after)) plan_.changes[domain] = after;
@@ -334,6 +339,9 @@ class Planner {
               isUnknownEntry(key));
   }
 
+  // What a JSON text that names options is for.
+  Domain own() const { return intoMachine() ? editedDomain(session_) : domainOf(session_); }
+
   Session& session_;
   const ImportRequest& request_;
   const PreferenceFile& file_;
@@ -397,9 +405,43 @@ PreferenceFile chosenOf(const Session& session, const ImportRequest& request) {
   return file;
 }
 
+// What the machine's files are to hold: the year's only with --year, and nobody's secrets, for everybody can
+// read them.
+PreferenceFile forMachine(Session& session, PreferenceFile file) {
+  std::map<Domain, Dictionary> settings;
+  for (auto& [domain, entries] : file.settings) {
+    const Domain edited{domain.corporate, session.settings().yearSaid ? domain.year : 0};
+    if (settings.contains(edited))
+      throw Failure(Exit::Usage, say("there are several years: say which with --year"));
+    const qorvane::ScopedProduct product(session.product(domain.corporate, domain.year));
+    for (const OptionRow& row : qorvane::optionTable())
+      if (row.secret && !row.key().isNil()) entries.remove(row.key());
+    settings[edited] = std::move(entries);
+  }
+  for (const OptionRow& row : qorvane::optionTable())
+    if (row.secret) file.named.remove(row.name);
+  file.settings = std::move(settings);
+  return file;
+}
+
+void importIntoMachine(Session& session, const ImportRequest& request, std::ostream& out) {
+  const PreferenceFile file = forMachine(session, chosenOf(session, request));
+  const ImportPlan plan = planned(session, request, file);
+  for (const auto& [domain, entries] : plan.changes)
+    if (!request.dryRun)
+      changeMachineSettings(session, domain, [&](MachineSettings& settings) {
+        settings.entries = entries.value_or(Dictionary());
+      });
+  if (session.json())
+    printPlanAsJson(request, file, plan, out);
+  else if (session.reports())
+    printPlan(session, request, file, plan, out);
+}
+
 }  // namespace
 
 void importSettings(Session& session, const ImportRequest& request, std::ostream& out) try {
+  if (session.settings().layer == "machine") return importIntoMachine(session, request, out);
   const PreferenceFile file = chosenOf(session, request);
   session.requireSound();
   ImportPlan plan = planned(session, request, file);

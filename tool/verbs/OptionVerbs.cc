@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include "tool/ChoiceText.h"
 #include "tool/EntryForm.h"
 #include "tool/Failure.h"
+#include "tool/LayerFiles.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
 #include "tool/speech/Language.h"
@@ -62,6 +64,15 @@ const OptionGroup* groupMeant(const std::string& word) {
   throw Failure(Exit::NotFound, say("there is no group \"{}\"", word) + didYouMean(word, names));
 }
 
+// Where the option's value comes from, in a word.
+std::string sourceOf(const qorvane::LayeredSettings& layers, const OptionRow& row) {
+  const Text key = row.key();
+  if (key.isNil()) return "";
+  const auto standing = layers.standing(key.view());
+  if (standing.layer) return say(layerName(standing.layer->kind()));
+  return standing.value ? say("user") : say("default");
+}
+
 // One option in a list, which one bad entry must not keep from showing the others.
 struct Listed {
   const OptionRow* row;
@@ -76,8 +87,9 @@ Listed listed(Options& store, const OptionRow& row) try {
   return {&row, Value(), true};
 }
 
+// layers: to say which of them each value comes from; null to leave that out.
 void printListed(const Session& session, const std::vector<Listed>& all, bool labels, bool showSecrets,
-                 std::ostream& out) {
+                 std::ostream& out, const qorvane::LayeredSettings* layers = nullptr) {
   std::vector<Row> rows;
   for (const auto& [row, value, unreadable] : all) {
     const std::string words = unreadable ? say("(unreadable)") : masked(*row, value, showSecrets);
@@ -85,12 +97,13 @@ void printListed(const Session& session, const std::vector<Listed>& all, bool la
       rows.push_back({std::string(row->name), row->label(language()).string(), words});
     else
       rows.push_back({std::string(row->name), say(typeName(*row)), words, shown(*row, row->fallback())});
+    if (layers) rows.back().push_back(sourceOf(*layers, *row));
   }
   if (rows.empty()) return;
-  printTable(session,
-             labels ? Row{say("option"), say("label"), say("value")}
-                    : Row{say("option"), say("type"), say("value"), say("default")},
-             rows, out, Overflow::Values);
+  Row heading = labels ? Row{say("option"), say("label"), say("value")}
+                       : Row{say("option"), say("type"), say("value"), say("default")};
+  if (layers) heading.push_back(say("layer"));
+  printTable(session, heading, rows, out, Overflow::Values);
 }
 
 void listUnknown(Session& session, std::ostream& out) {
@@ -123,7 +136,16 @@ void list(Session& session, const ListRequest& request, std::ostream& out) {
     all.push_back(std::move(one));
   }
   if (!matched) throw Failure(Exit::NotFound, say("no option's name matches \"{}\"", request.glob));
-  if (!session.json()) return printListed(session, all, request.labels, request.showSecrets, out);
+  if (!session.json()) {
+    // Only where there is more than one layer.
+    std::shared_ptr<const qorvane::LayeredSettings> layers;
+    if (request.changedOnly && session.settings().layer.empty()) {
+      const Domain domain = domainOf(session);
+      layers = layersOf(session, domain, storedSettings(session, domain).value_or(qorvane::Settings()));
+      if (layers->layers().empty()) layers.reset();
+    }
+    return printListed(session, all, request.labels, request.showSecrets, out, layers.get());
+  }
   Json found = Json::object();
   for (const Listed& one : all)
     found[std::string(one.row->name)] = factsAsJson(*one.row, one.value, request.showSecrets);
@@ -156,7 +178,7 @@ void describe(Session& session, const DescribeRequest& request, std::ostream& ou
   if (const Text key = row.key(); !key.isNil()) {
     const Value fallback = row.fallback();
     rows.push_back({say("default"), inWords(shown(row, fallback), fallback.isNil())});
-    if (row.write && !row.choices) rows.push_back({say("takes"), say(rangeOf(row))});
+    if (row.write && !row.choices) rows.push_back({say("takes"), rangeOf(row, language())});
     rows.push_back({say("key"), key.string()});
     rows.push_back({say("stored"), std::string(translated(row.stored))});
     rows.push_back({say("read"), say(readPolicy(row).words)});
@@ -260,11 +282,18 @@ void range(Session& session, const DescribeRequest& request, std::ostream& out) 
   } else if (row.type == OptionType::Flag) {
     words = "true\nfalse";
   } else if (row.type == OptionType::Integer) {
-    told["least"] = std::numeric_limits<std::int32_t>::min();
-    told["most"] = std::numeric_limits<std::int32_t>::max();
+    // A rule about numbers names its bounds.
+    const auto rule = ruleOf(row);
+    const auto bound = [&](std::size_t place, std::int32_t otherwise) {
+      return rule ? std::stoi(rule->arguments.at(place).string()) : otherwise;
+    };
+    told["least"] = bound(0, std::numeric_limits<std::int32_t>::min());
+    told["most"] = bound(1, std::numeric_limits<std::int32_t>::max());
     words = told["least"].dump() + " .. " + told["most"].dump();
   } else {
-    words = say(rangeOf(row));
+    words = rangeOf(row, language());
+    told["takes"] = {{"english", rangeOf(row, Language::English)},
+                     {"french", rangeOf(row, Language::French)}};
   }
   if (session.json())
     printJson(told, out);

@@ -15,9 +15,11 @@
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/foundation/Exception.h"
 #include "tool/ColorText.h"
+#include "tool/Domains.h"
 #include "tool/EntryForm.h"
 #include "tool/Failure.h"
 #include "tool/JsonText.h"
+#include "tool/LayerFiles.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
 #include "tool/PreferenceFile.h"
@@ -284,17 +286,64 @@ Value readable(Options& store, const OptionRow& row) try {
   return Value();
 }
 
-// Makes the change, or shows what it would do to the options of those rows.
-void changeOrPreview(Session& session, bool dryRun, const std::vector<const OptionRow*>& rows,
-                     const std::function<void(Options&)>& change, std::ostream& out) {
-  if (!dryRun) return session.change(change);
-  const auto store = session.load();
+// Shows how the options of those rows read with the entries that are, and with those that would be.
+void preview(Session& session, const Domain& domain, const std::vector<const OptionRow*>& rows,
+             const Dictionary& before, const Dictionary& after, std::ostream& out) {
   std::vector<PreviewLine> lines;
-  for (const OptionRow* row : rows) lines.push_back({row, readable(*store, *row), Value()});
-  change(*store);
-  for (PreviewLine& line : lines) line.to = readable(*store, *line.row);
+  for (const OptionRow* row : rows) lines.push_back({row, Value(), Value()});
+  {
+    DomainStore store(session, domain, before);
+    for (PreviewLine& line : lines) line.from = readable(store.options(), *line.row);
+  }
+  DomainStore store(session, domain, after);
+  for (PreviewLine& line : lines) line.to = readable(store.options(), *line.row);
   std::erase_if(lines, [](const PreviewLine& line) { return line.from == line.to; });
   printPreview(session, lines, out);
+}
+
+// How a change is made in the user's own settings, and in the machine's.
+struct Change {
+  std::function<void(Options&)> own;
+  std::function<void(Dictionary&)> machine;
+};
+
+void changeMachine(Session& session, bool dryRun, const std::vector<const OptionRow*>& rows,
+                   const std::function<void(Dictionary&)>& change, std::ostream& out) {
+  const Domain domain = editedDomain(session);
+  if (!dryRun)
+    return changeMachineSettings(session, domain,
+                                 [&](MachineSettings& settings) { change(settings.entries); });
+  const Dictionary before = machineSettings(session, domain).entries;
+  Dictionary after = before;
+  change(after);
+  preview(session, domain, rows, before, after, out);
+}
+
+// Makes the change, or shows what it would do to the options of those rows. What is locked is not changed.
+// `chosen`: what a person sets here stays his, whatever is set for many desks.
+void changeOrPreview(Session& session, bool dryRun, const std::vector<const OptionRow*>& rows, bool chosen,
+                     const Change& change, std::ostream& out) {
+  if (session.settings().layer == "machine") return changeMachine(session, dryRun, rows, change.machine, out);
+  const Domain domain = domainOf(session);
+  const auto changed = [&](Options& store) {
+    const auto layers = layersOf(session, domain, {});
+    for (const OptionRow* row : rows) requireUnlocked(*layers, *row, session.product());
+    change.own(store);
+  };
+  std::vector<Text> keys;
+  for (const OptionRow* row : rows) {
+    if (chosen) keys.push_back(row->key());
+    if (chosen && row->type == OptionType::Font) keys.push_back("HeaderFontSize");
+  }
+  if (!dryRun) return session.change(changed, keys);
+  const qorvane::Settings own = storedSettings(session, domain).value_or(qorvane::Settings{Dictionary(), {}});
+  DomainStore after(session, domain, *own.object.asDictionary());
+  changed(after.options());
+  const auto layers = layersOf(session, domain, own);
+  qorvane::Array notes = own.chosen.asArray() ? *own.chosen.asArray() : qorvane::Array();
+  for (const Text& key : pinsAmong(*layers, keys, *after.options().options())) notes.push_back(key);
+  const auto then = layers->with({*after.options().options(), Value(notes)});
+  preview(session, domain, rows, layers->effective(), then->effective(), out);
 }
 
 void set(Session& session, const SetRequest& request, std::ostream& out) {
@@ -306,12 +355,22 @@ void set(Session& session, const SetRequest& request, std::ostream& out) {
     static_cast<void>(valueFor(*now, asked, request.force));
     rows.push_back(asked.row);
   }
-  changeOrPreview(
-      session, request.dryRun, rows,
-      [&](Options& store) {
-        for (const Assignment& asked : all) writeIn(store, *asked.row, valueFor(store, asked, request.force));
-      },
-      out);
+  const auto setOwn = [&](Options& store) {
+    for (const Assignment& asked : all) writeIn(store, *asked.row, valueFor(store, asked, request.force));
+  };
+  const auto setMachine = [&](Dictionary& entries) {
+    const Domain domain = editedDomain(session);
+    for (const Assignment& asked : all) {
+      if (asked.row->secret)
+        throw Failure(Exit::BadData,
+                      say("{} is a secret, and everybody can read the machine's settings", asked.row->name));
+      DomainStore store(session, domain, entries);
+      const Value wanted = valueFor(store.options(), asked, request.force);
+      for (const auto& [key, entry] : entriesFor(session, domain, *asked.row, wanted, entries))
+        entries.set(key, entry);
+    }
+  };
+  changeOrPreview(session, request.dryRun, rows, true, {setOwn, setMachine}, out);
 }
 
 // ---- reset ----------------------------------------------------------------------------------------------
@@ -352,14 +411,13 @@ void reset(Session& session, const ResetRequest& request, std::ostream& out) {
     for (const Text& key : unknownEntries(*session.load()->options()))
       if (!session.json() && session.reports())
         printLine(say("{} would go: no option names it", key.view()), out);
-  changeOrPreview(
-      session, request.dryRun, rows,
-      [&](Options& store) {
-        for (const OptionRow* row : rows) removeOption(*store.options(), *row);
-        if (request.unknown)
-          for (const Text& key : unknownEntries(*store.options())) store.options()->remove(key);
-      },
-      out);
+  const auto resetIn = [&](Dictionary& entries) {
+    for (const OptionRow* row : rows) removeOption(entries, *row);
+    if (request.unknown)
+      for (const Text& key : unknownEntries(entries)) entries.remove(key);
+  };
+  changeOrPreview(session, request.dryRun, rows, false,
+                  {[&](Options& store) { resetIn(*store.options()); }, resetIn}, out);
 }
 
 }  // namespace

@@ -91,6 +91,8 @@ void addJurisdictionVerbs(Verbs& verbs);
 void addProductVerbs(Verbs& verbs);
 /// completion.
 void addCompletionVerb(Verbs& verbs);
+/// why, lock, unlock.
+void addLayerVerbs(Verbs& verbs);
 /// diff, carry-forward.
 void addYearVerbs(Verbs& verbs);
 /// doctor, restore, watch.

@@ -11,6 +11,7 @@
 #include "tool/Domains.h"
 #include "tool/EntryForm.h"
 #include "tool/Failure.h"
+#include "tool/LayerFiles.h"
 #include "tool/OptionText.h"
 #include "tool/Output.h"
 #include "tool/PreferenceFile.h"
@@ -86,7 +87,7 @@ std::optional<Domain> domainMeant(Domain domain, std::string_view word) {
 }
 
 Side storeSide(Session& session, const Domain& domain) {
-  auto entries = storedEntries(session, domain);
+  auto entries = seenEntries(session, domain);
   // That there is nothing to compare is no difference.
   if (!entries)
     throw Failure(Exit::Usage,

@@ -315,7 +315,12 @@ TEST_F(CareVerbsTest, WatchingEndsInOrderWhenItsReaderGoes) {
 
 TEST_F(CareVerbsTest, TheRangeOfEachType) {
   EXPECT_EQ(tool({"range", "zsupress"}).out, "true\nfalse\n");
-  EXPECT_EQ(tool({"range", "autoSaveAfter"}).out, "-2147483648 .. 2147483647\n");
+  EXPECT_EQ(tool({"range", "autoSaveAfter"}).out, "0 .. 1440\n");
+  EXPECT_EQ(tool({"set", "autoSaveAfter", "1441"}).exit, 65);
+  EXPECT_EQ(tool({"set", "autoSaveAfter", "1440"}).exit, 0);
+  EXPECT_EQ(tool({"range", "language"}).out, "only English or French fits\n");
+  EXPECT_NE(tool({"describe", "preparerProvince"}).out.find("only the name or the two-letter code"),
+            std::string::npos);
   EXPECT_EQ(tool({"range", "rc59AllowUpdateAccess"}).exit, 0);
   EXPECT_EQ(tool({"range", "preparerModeOfDelivery"}).out,
             "neutral     English     French    offered  by default\n"
@@ -324,7 +329,7 @@ TEST_F(CareVerbsTest, TheRangeOfEachType) {
             "Efile Plus  Efile Plus  TED Plus  yes      no\n");
   EXPECT_EQ(tool({"range", "preparerCity"}).out, "any text\n");
   EXPECT_EQ(tool({"range", "cifFileFolder"}).out, "an absolute path\n");
-  EXPECT_EQ(json::parse(tool({"--json", "range", "autoSaveAfter"}).out)["most"], 2147483647);
+  EXPECT_EQ(json::parse(tool({"--json", "range", "autoSaveAfter"}).out)["most"], 1440);
   EXPECT_EQ(json::parse(tool({"--json", "range", "mr69_AuthType"}).out)["choices"].size(), 2u);
   EXPECT_EQ(tool({"range", "zsuppress"}).exit, 1);
 }
