@@ -78,6 +78,19 @@ void requireUnlocked(const LayeredSettings& layers, const OptionRow& row, const 
                       lock->folder().path, row.name));
 }
 
+void requireUnlocked(Session& session, const Domain& domain, const Dictionary& before,
+                     const Dictionary& after) {
+  const auto layers = layersOf(session, domain, {});
+  if (!layers->layers().lock()) return;
+  const qorvane::Product product = session.product(domain.corporate, domain.year);
+  for (const OptionRow& row : qorvane::optionTable()) {
+    const Text key = row.key(product);
+    const Value* const old = key.isNil() ? nullptr : before.find(key.view());
+    const Value* const now = key.isNil() ? nullptr : after.find(key.view());
+    if (old && now ? !isIdentical(*old, *now) : old || now) requireUnlocked(*layers, row, product);
+  }
+}
+
 std::vector<Text> pinsAmong(const LayeredSettings& layers, const std::vector<Text>& keys,
                             const Dictionary& entries) {
   std::vector<Text> pins;

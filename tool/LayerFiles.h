@@ -42,6 +42,10 @@ const qorvane::Layer* lockOn(const qorvane::LayeredSettings& layers, const qorva
 void requireUnlocked(const qorvane::LayeredSettings& layers, const qorvane::OptionRow& row,
                      const qorvane::Product& product);
 
+/// The same for every option whose entries differ in the two.
+void requireUnlocked(Session& session, const Domain& domain, const qorvane::Dictionary& before,
+                     const qorvane::Dictionary& after);
+
 /// The entries among these that are to be noted as chosen when a person sets them: those that would yield to
 /// a farther layer's otherwise.
 std::vector<qorvane::Text> pinsAmong(const qorvane::LayeredSettings& layers,

@@ -14,6 +14,7 @@
 #include "qorvane/propertylist/PropertyList.h"
 #include "tool/DoneSteps.h"
 #include "tool/Failure.h"
+#include "tool/LayerFiles.h"
 #include "tool/WholeFile.h"
 #include "tool/speech/Language.h"
 
@@ -236,6 +237,9 @@ void undo(Session& session, const Failure& failure) try {
 }  // namespace
 
 void changeAll(Session& session, const Changes& changes) try {
+  for (const auto& [domain, entries] : changes)
+    requireUnlocked(session, domain, storedEntries(session, domain).value_or(Dictionary()),
+                    entries.value_or(Dictionary()));
   if (changes.size() < 2) {
     // One file changes in one step by itself.
     for (const auto& [domain, entries] : changes) save(session.files(), domain.key(), objectOf(entries));

@@ -23,8 +23,9 @@ namespace optionsmgr {
 using Changes = std::map<Domain, std::optional<qorvane::Dictionary>>;
 
 /// Makes all the changes or, when one fails, none: those already made are put back. Called with the lock
-/// held, after `putBackUnfinished`. Throws Failure when nothing was changed, and says so when something could
-/// not be put back. What could not be tidied up after all was done is told, and no failure.
+/// held, after `putBackUnfinished`. Throws Failure when nothing was changed, as for a change of an option
+/// that a layer locks, and says so when something could not be put back. What could not be tidied up after
+/// all was done is told, and no failure.
 void changeAll(Session& session, const Changes& changes);
 
 /// Reads what was saved, and tells when it cannot be read or reads otherwise: it is saved all the same.

@@ -121,6 +121,29 @@ TEST_F(LayerVerbsTest, WhatIsLockedIsRefusedByNameAndLayer) {
   EXPECT_EQ(tool({"set", "autoSaveAfter", "5"}).exit, 0) << "what is not locked is free";
 }
 
+TEST_F(LayerVerbsTest, NoImportUndoOrCarryingChangesWhatIsLocked) {
+  ASSERT_EQ(optionsmgr({"--year", "2023", "set", "preparerCity", "Percé"}).exit, 0);
+  ASSERT_EQ(tool({"set", "preparerCity", "Gaspé"}).exit, 0);
+  ASSERT_EQ(tool({"set", "preparerCity", "Chambly"}).exit, 0);
+  write(machineFolder() / "QorvaneT1Settings.plist", "QorvaneT1Settings", {{"PCity", Text("Alma")}},
+        {Text("PCity")});
+  const std::string before = readFile(home.store() / "QorvaneT1Settings2024.plist");
+  const fs::path given = home.path() / "office.json";
+  writeFile(given, R"({"QorvaneT1Settings2024":{"PCity":"Matane","EncryptXml":true}})");
+  for (const auto& words : std::vector<std::vector<std::string>>{
+           {"import", given.string()},
+           {"undo"},
+           {"carry-forward", "--overwrite", "--from", "2023", "--to", "2024"}}) {
+    const ToolResult result = tool(words);
+    EXPECT_EQ(result.exit, 77) << words[0] << ": " << result.out << result.err;
+    EXPECT_NE(result.err.find("preparerCity is locked by"), std::string::npos) << result.err;
+    EXPECT_EQ(readFile(home.store() / "QorvaneT1Settings2024.plist"), before) << words[0];
+  }
+  // What does not touch it goes through.
+  writeFile(given, R"({"QorvaneT1Settings2024":{"EncryptXml":true}})");
+  EXPECT_EQ(tool({"import", given.string()}).exit, 0);
+}
+
 TEST_F(LayerVerbsTest, AChangedListSaysTheLayer) {
   EXPECT_EQ(tool({"list", "--changed"}).out.find("layer"), std::string::npos) << "there is but one";
   write(machineFolder() / "QorvaneT1Settings.plist", "QorvaneT1Settings", {{"PCity", Text("Alma")}});
