@@ -32,7 +32,10 @@ Page::Page(RowActions& actions, QWidget* parent) : QScrollArea(parent), actions_
 
 void Page::forget() {
   clear();
-  for (const auto& [item, row] : made_) row->deleteLater();
+  for (const auto& [item, row] : made_) {
+    row->hide();
+    row->deleteLater();
+  }
   made_.clear();
 }
 

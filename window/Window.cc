@@ -16,6 +16,7 @@
 
 #include "tool/speech/Language.h"
 #include "window/Failures.h"
+#include "window/Toolkit.h"
 #include "window/Words.h"
 
 namespace optionsmgr::window {
@@ -195,6 +196,7 @@ void Window::speak(bool french) {
 // Everything anew, for another sheet or language. What was typed stands in the sheets.
 void Window::rebuild() {
   stripped_ = nullptr;
+  formerPlace_ = nullptr;
   search_.reset();
   page_->forget();
   translate();
@@ -210,6 +212,7 @@ void Window::rebuild() {
 }
 
 void Window::translate() {
+  translateToolkit(speaksFrench());
   setWindowTitle(QString("%1 – %2").arg(sheet_->name(), said(Word::AppName)));
   product_->setItemText(0, said(Word::PersonalProduct));
   product_->setItemText(1, said(Word::CorporateProduct));
@@ -409,6 +412,7 @@ void Window::focusMoved(QWidget* from, QWidget* to) {
   Row* const entered = Page::rowAround(to);
   // Made before the first letter is typed.
   if (to == words_ && !search_) search_ = std::make_unique<Search>(*sheet_);
+  if (to == words_ && left && view_ != View::Search) formerPlace_ = &left->item();
   if (left == entered) return;
   if (left) judge();
   if (!entered || !isAncestorOf(entered)) return;

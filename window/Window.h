@@ -126,7 +126,8 @@ class Window : public QWidget, private RowActions {
   View view_ = View::Group;
   View former_ = View::Group;
   const Item* stripped_ = nullptr;
-  bool closing_ = false;
+  /// Where the keyboard was before the search.
+  const Item* formerPlace_ = nullptr;
 
   QComboBox* product_;
   QComboBox* year_;

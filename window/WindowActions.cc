@@ -217,9 +217,11 @@ void Window::openMenu(const Item& item, const QPoint& at) {
 
 // Esc leaves the search first, then a filtered page, and then the window.
 void Window::leave() {
-  if (view_ == View::Search || !words_->text().isEmpty())
+  if (view_ == View::Search || !words_->text().isEmpty()) {
     words_->clear();
-  else if (view_ != View::Group)
+    Row* const former = formerPlace_ ? page_->rowOf(*formerPlace_) : nullptr;
+    if (former) page_->goTo(*former);
+  } else if (view_ != View::Group)
     showView(View::Group);
   else
     close();

@@ -71,6 +71,7 @@ TEST_F(SearchTest, IsEditedInPlaceAndLeftWithEscape) {
   EXPECT_EQ(state("preparerEmail"), State::Unsaved);
   press("Esc");
   EXPECT_TRUE(finds("zsupress"));
+  EXPECT_EQ(QApplication::focusWidget(), row("zsupress").field());
   EXPECT_FALSE(finds("preparerEmail"));
   EXPECT_EQ(state("preparerEmail"), State::Unsaved);
 }
