@@ -175,6 +175,24 @@ TEST_F(GenerationsTest, ADayOfSavesKeepsFiftyToSixtySix) {
   EXPECT_EQ(generations().size(), 70u);
 }
 
+TEST_F(GenerationsTest, TenDamagedOnesArePassedOverAndTheEleventhServes) {
+  CallsWithoutSync calls;
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  for (int i = 1; i <= 80; ++i) {
+    store.setObject(numbered(i), kKey);
+    ASSERT_TRUE(store.synchronize());
+  }
+  writeFile(file(), "junk");
+  const auto all = generations();
+  for (std::size_t i = 0; i < 10; ++i) writeFile(all[i].path, std::string(i, 'x'));
+  logged.clear();
+  // The newest generation holds what the last save but one wrote.
+  EXPECT_TRUE(isIdentical(FileUserDefaults().objectForKey(kKey), numbered(80 - 11)));
+  ASSERT_EQ(logged.lines().size(), 1u);
+  for (const std::string& path : {file().string(), all[10].path})
+    EXPECT_NE(logged.lines()[0].view().find(path), std::string_view::npos) << logged.lines()[0];
+}
+
 // A rewrite by another program, or a removal, restarts what the seal counts.
 TEST_F(GenerationsTest, NoNumberIsUsedTwice) {
   save(numbered(1));

@@ -212,6 +212,43 @@ TEST_P(OutOfMemoryTest, AnOptionIsSavedAndAnnouncedInTheEnd) {
   UserDefaults::setStandardUserDefaults(nullptr);
 }
 
+// A save over what another program saved meanwhile: neither change is lost, whenever the memory ran out.
+TEST_P(OutOfMemoryTest, AMergedSaveLosesNeitherChange) {
+  const Product product{.taxYear = 2020};
+  int round = 0;
+  atEachAllocation([&](std::size_t allocation) {
+    FileUserDefaults mine(FileUserDefaults::defaultFolder(), calls);
+    FileUserDefaults theirs(FileUserDefaults::defaultFolder(), calls);
+    Options store(mine, product);
+    Options other(theirs, product);
+    store.loadOptions();
+    other.loadOptions();
+    const Text number(std::to_string(++round));
+    other.setPreparerPhone(number);
+    other.saveOptions();
+    store.setPreparerCity(number);
+    bool hadEffect;
+    {
+      const AllocationsFailAfter failing(allocation, GetParam());
+      try {
+        store.saveOptions();
+      } catch (const std::bad_alloc&) {
+      }
+      hadEffect = failing.hadEffect();
+    }
+    expectNoTemporaryFile(allocation);
+    EXPECT_EQ(store.preparerCity(), number);
+    store.saveOptions();
+    EXPECT_FALSE(store.saveFailure()) << allocation;
+    for (Options* one : {&store, &other}) {
+      one->loadOptions();
+      EXPECT_EQ(one->preparerCity(), number) << allocation;
+      EXPECT_EQ(one->preparerPhone(), number) << allocation;
+    }
+    return hadEffect;
+  });
+}
+
 INSTANTIATE_TEST_SUITE_P(, OutOfMemoryTest, testing::Bool(),
                          [](const auto& test) { return test.param ? "Once" : "FromThenOn"; });
 

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
+#include <memory>
+
+#include "qorvane/preferences/Generations.h"
 
 namespace testing_support {
 
@@ -15,6 +19,11 @@ const Value kNone;
 const Value kFirst = Dictionary{{"PCity", Text("Québec")}, {"Number", Number(1)}};
 const Value kSecond = Dictionary{{"PCity", Text("Gaspé")}, {"Bytes", Data("x")}};
 const Value kThird = Dictionary{{"PCity", Text("Alma")}};
+const Dictionary kMine = {{"PCity", Text("Rimouski")}, {"Mine", Text("x")}};
+const Value kFirstAndMine =
+    Dictionary{{"PCity", Text("Rimouski")}, {"Number", Number(1)}, {"Mine", Text("x")}};
+const Value kSecondAndMine =
+    Dictionary{{"PCity", Text("Rimouski")}, {"Bytes", Data("x")}, {"Mine", Text("x")}};
 
 // What the scenario makes stands still; how it got to the disk does not matter here.
 class CallsWithoutSync : public SystemCalls {
@@ -25,6 +34,36 @@ bool saveWith(SystemCalls& calls, const Value& value) {
   FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
   store.setObject(value, kKey);
   return store.synchronize();
+}
+
+// Puts entries over whatever stands there.
+class SetEntries : public UserDefaults::Merge {
+ public:
+  explicit SetEntries(Dictionary entries) : entries_(std::move(entries)) {}
+  Value merged(const Value& standing) override {
+    Dictionary all = standing.asDictionary() ? *standing.asDictionary() : Dictionary();
+    for (const auto& [key, value] : entries_) all.set(key, value);
+    return all;
+  }
+  void written() override {}
+
+ private:
+  Dictionary entries_;
+};
+
+bool mergeWith(SystemCalls& calls, const Dictionary& entries) {
+  FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);
+  store.update(entries, kKey, std::make_shared<SetEntries>(entries));
+  return store.synchronize();
+}
+
+// The same bytes under so many further names.
+void keepGenerations(const fs::path& folder, int count) {
+  const auto newest = FileUserDefaults().generations(kKey).at(0);
+  for (std::uint64_t number = kThinnedEvery * 4 - static_cast<std::uint64_t>(count);
+       number < kThinnedEvery * 4; ++number)
+    fs::create_hard_link(newest.path,
+                         folder / GenerationName{number, deskDay(std::time(nullptr))}.fileName(kKey.view()));
 }
 
 FaultInjectingSystemCalls::Fault always(const std::string& call, int error) {
@@ -110,6 +149,37 @@ const std::vector<Scenario>& scenarios() {
        .fault = firstReadFails(),
        .allowed = {kSecond, kThird},
        .finally = kThird},
+      {.name = "SaveThatThins",
+       .before = {kFirst, kSecond},
+       .generations = 51,
+       .saves = kThird,
+       .allowed = {kSecond, kThird},
+       .finally = kThird},
+      {.name = "MergedSave",
+       .before = {kFirst, kSecond},
+       .merges = kMine,
+       .allowed = {kSecond, kSecondAndMine},
+       .finally = kSecondAndMine},
+      {.name = "MergedSaveWithoutAFile", .merges = kMine, .allowed = {kNone, Value(kMine)}, .finally = kMine},
+      {.name = "MergedSaveThroughALink",
+       .before = {kFirst, kSecond},
+       .linkTarget = "dotfiles/settings",
+       .merges = kMine,
+       .allowed = {kSecond, kSecondAndMine},
+       .finally = kSecondAndMine},
+      {.name = "MergedSaveOverDamage",
+       .before = {kFirst, kSecond},
+       .damage = "junk",
+       .merges = kMine,
+       .allowed = {kFirst, kFirstAndMine},
+       .finally = kFirstAndMine},
+      {.name = "MergedSaveWhoseFolderCannotBeSynced",
+       .before = {kFirst, kSecond},
+       .merges = kMine,
+       .fault = folderSyncFails(),
+       .allowed = {kSecond, kSecondAndMine},
+       .finally = kSecond,
+       .fails = true},
       {.name = "LoadOfDamage",
        .before = {kFirst, kSecond},
        .damage = "junk",
@@ -140,6 +210,7 @@ void ScenarioTest::prepare() {
   }
   CallsWithoutSync calls;
   for (const Value& value : GetParam().before) ASSERT_TRUE(saveWith(calls, value));
+  if (GetParam().generations != 0) keepGenerations(home.store(), GetParam().generations);
   if (!GetParam().damage.empty()) writeFile(file(), GetParam().damage);
   logged.clear();
 }
@@ -147,6 +218,7 @@ void ScenarioTest::prepare() {
 bool ScenarioTest::act(SystemCalls& calls) {
   const Scenario& scenario = GetParam();
   if (scenario.saves) return saveWith(calls, *scenario.saves) != scenario.fails;
+  if (scenario.merges) return mergeWith(calls, *scenario.merges) != scenario.fails;
   return isIdentical(FileUserDefaults(FileUserDefaults::defaultFolder(), calls).objectForKey(kKey),
                      scenario.finally);
 }
@@ -166,6 +238,11 @@ void ScenarioTest::judge(bool ended, const std::string& what) {
   }
   if (scenario.before.size() > 1) {
     EXPECT_TRUE(FileUserDefaults().newestGoodGeneration(kKey)) << what;
+  }
+
+  // However far the thinning came.
+  if (scenario.generations != 0) {
+    EXPECT_GE(FileUserDefaults().generations(kKey).size(), 50u) << what;
   }
 
   logged.clear();

@@ -25,8 +25,12 @@ struct Scenario {
   std::string damage = {};
   /// The file is a symbolic link to this path below the home; none when empty.
   std::string linkTarget = {};
-  /// Sets this value and synchronizes; when none is said, loads.
+  /// So many generations are kept already, besides those of `before`, up to the number before one that thins.
+  int generations = 0;
+  /// Sets this value and synchronizes; when none is said, and nothing is merged, loads.
   std::optional<qorvane::Value> saves = {};
+  /// Puts these entries over what stands there, and synchronizes.
+  std::optional<qorvane::Dictionary> merges = {};
   /// Before each call of the act: the errno that it fails with, 0 to let it through.
   qorvane::FaultInjectingSystemCalls::Fault fault = {};
   /// What a load may find when it was stopped half-way, and what it must find when it ran to its end.
