@@ -1,2 +1,2 @@
-// The floor of a start: a program that links the same shared libraries and does nothing.
+// The floor of a start: a C++ program that does nothing.
 int main() {}

@@ -1,8 +1,5 @@
 #include "qorvane/jurisdictions/Province.h"
 
-#include <unicode/locid.h>
-#include <unicode/unistr.h>
-
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -25,16 +22,19 @@ std::vector<Text> tenProvinces() {
        "Nouvelle-cosse", "Ontario", "Ile-du-Prince-douard", "Québec", "Saskatchewan"});
 }
 
+// Lower case as far as the names of Quebec have letters: of the characters beyond ASCII only É is one of
+// theirs.
 std::string lowerCased(std::string_view text) {
+  constexpr std::string_view kCapital = "É";
   std::string lower;
-  for (const char c : text) {
-    if (static_cast<unsigned char>(c) >= 0x80) {
-      lower.clear();
-      const icu::StringPiece bytes(text.data(), static_cast<int>(text.size()));
-      icu::UnicodeString::fromUTF8(bytes).toLower(icu::Locale::getRoot()).toUTF8String(lower);
-      return lower;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (text.substr(at).starts_with(kCapital)) {
+      lower += "é";
+      at += kCapital.size() - 1;
+    } else {
+      lower += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
-    lower += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   }
   return lower;
 }

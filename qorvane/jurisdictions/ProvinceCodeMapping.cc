@@ -1,12 +1,10 @@
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
 
-#include <unicode/locid.h>
-#include <unicode/unistr.h>
-
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <iterator>
 #include <string_view>
 
 #include "qorvane/jurisdictions/DisplayLanguage.h"
@@ -59,29 +57,52 @@ constexpr struct {
 } kPostalDistricts[] = {{"A", 1}, {"B", 2}, {"C", 4}, {"E", 3}, {"GHJ", 13}, {"KLMNP", 5},
                         {"R", 6}, {"S", 7}, {"T", 8}, {"V", 9}, {"Y", 10}};
 
-// The first characters of the upper-cased text, up to three.
-std::u16string upperCasedStart(std::string_view text) {
-  std::u16string start;
-  for (const char c : text.substr(0, 3)) {
-    if (static_cast<unsigned char>(c) >= 0x80) {
-      icu::UnicodeString upper =
-          icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int>(text.size())));
-      upper.toUpper(icu::Locale::getRoot()).truncate(3);
-      return {upper.getBuffer(), static_cast<std::size_t>(upper.length())};
-    }
-    start += static_cast<char16_t>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
-  }
-  return start;
+constexpr struct {
+  char16_t character;
+  char low;
+} kCapitals[] = {
+#define CAPITAL(character, low) {character, low},
+#include "qorvane/jurisdictions/postal-capitals.def"
+#undef CAPITAL
+};
+static_assert(std::ranges::is_sorted(kCapitals, {}, [](const auto& row) { return row.character; }));
+
+// Of a text that is not empty.
+char32_t firstCharacter(std::string_view utf8) {
+  const auto lead = static_cast<unsigned char>(utf8[0]);
+  const std::size_t more = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+  char32_t character = more == 0 ? lead : lead & (0x3FU >> more);
+  for (std::size_t at = 1; at <= more; ++at)
+    character = character << 6 | (static_cast<unsigned char>(utf8[at]) & 0x3FU);
+  return character;
+}
+
+// The low eight bits of the first UTF-16 unit of the upper-cased text, as far as they are a letter of a
+// postal code. The whole text need not be upper-cased for it, and ICU not be loaded.
+char postalLetter(std::string_view text) {
+  const char32_t first = firstCharacter(text);
+  if (first < 0x80) return static_cast<char>(first >= 'a' && first <= 'z' ? first - 'a' + 'A' : first);
+  // No capital beyond the basic plane begins with another unit than its small letter.
+  const auto unit = static_cast<char16_t>(first < 0x10000 ? first : 0xD800 + ((first - 0x10000) >> 10));
+  const auto found =
+      std::ranges::lower_bound(kCapitals, unit, {}, [](const auto& row) { return row.character; });
+  return found != std::end(kCapitals) && found->character == unit ? found->low
+                                                                  : static_cast<char>(unit & 0xFF);
+}
+
+// X0A, X0B or X0C, in either case. One character beyond ASCII has a capital that begins so: U+1E9A.
+bool isOfNunavut(std::string_view text) {
+  if (text.size() < 3 || (text[0] | 0x20) != 'x' || text[1] != '0') return false;
+  return std::string_view("ABCabc").find(text[2]) != text.npos || text.substr(2).starts_with("\xE1\xBA\x9A");
 }
 
 double numberOfPostalDistrict(std::string_view postalCode) {
-  const std::u16string start = upperCasedStart(postalCode);
-  if (start.empty()) return 0;
+  if (postalCode.empty()) return 0;
   // Only the low eight bits of the first character count, so a letter beyond Latin-1 passes for another one.
-  const char letter = static_cast<char>(start.front() & 0xFF);
-  if (letter == 'X') return start == u"X0A" || start == u"X0B" || start == u"X0C" ? 19 : 11;
+  const char letter = postalLetter(postalCode);
+  if (letter == 'X') return isOfNunavut(postalCode) ? 19 : 11;
   for (const auto& district : kPostalDistricts)
-    if (district.letters.find(letter) != std::string_view::npos) return district.number;
+    if (letter != 0 && district.letters.find(letter) != std::string_view::npos) return district.number;
   return 0;
 }
 

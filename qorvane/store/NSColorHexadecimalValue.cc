@@ -1,7 +1,5 @@
 #include "qorvane/store/NSColorHexadecimalValue.h"
 
-#include <unicode/uchar.h>
-
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -50,13 +48,20 @@ constexpr auto kDigitValues = [] {
 
 int digitOf(char16_t unit) { return unit < 256 ? kDigitValues[unit] : -1; }
 
+/// The characters that Unicode calls white space, all in the basic plane. The set is closed.
+bool isWhiteSpace(char16_t unit) {
+  return (unit >= 0x09 && unit <= 0x0D) || unit == 0x20 || unit == 0x85 || unit == 0xA0 || unit == 0x1680 ||
+         (unit >= 0x2000 && unit <= 0x200A) || unit == 0x2028 || unit == 0x2029 || unit == 0x202F ||
+         unit == 0x205F || unit == 0x3000;
+}
+
 /// Scans two units as a hexadecimal number. A "0x" fills them and leaves nothing to scan, and so reads as 0,
 /// like everything else that holds no number.
 int scannedPair(char16_t first, char16_t second) {
   const int high = digitOf(first);
   const int low = digitOf(second);
   if (high >= 0) return low >= 0 ? high * 16 + low : high;
-  return low >= 0 && u_isUWhiteSpace(first) ? low : 0;
+  return low >= 0 && isWhiteSpace(first) ? low : 0;
 }
 
 /// The text as UTF-16, if it is just as long as the array.

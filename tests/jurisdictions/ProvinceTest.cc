@@ -1,6 +1,8 @@
 #include "qorvane/jurisdictions/Province.h"
 
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
 
 #include <functional>
 #include <map>
@@ -84,6 +86,18 @@ TEST(ProvinceTest, RecognisesQuebecInAnyCase) {
   for (const Text& name : std::vector<Text>{"Quebec", "quebec", "QUEBEC", "qUEBEc", "QC", "qc", "Qc",
                                             "Québec", "québec", "QUÉBEC", "quÉbec"})
     EXPECT_TRUE(Province::isQuebec(name)) << name;
+}
+
+// ICU's small letters of every character.
+TEST(ProvinceTest, NoOtherCharacterIsALetterOfQuebec) {
+  const icu::UnicodeString letters = u"quebecé";
+  for (UChar32 character = 0x80; character <= 0x10FFFF; ++character) {
+    if (U_IS_SURROGATE(static_cast<std::uint32_t>(character))) continue;
+    icu::UnicodeString lower(character);
+    lower.toLower(icu::Locale::getRoot());
+    const bool isLetter = lower.length() == 1 && letters.indexOf(lower) >= 0;
+    EXPECT_EQ(isLetter, character == U'é' || character == U'É') << std::hex << character;
+  }
 }
 
 TEST(ProvinceTest, TakesNothingElseForQuebec) {

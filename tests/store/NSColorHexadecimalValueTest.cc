@@ -1,6 +1,8 @@
 #include "qorvane/store/NSColorHexadecimalValue.h"
 
 #include <gtest/gtest.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
 
 #include <array>
 #include <cmath>
@@ -154,6 +156,17 @@ TEST(NSColorHexadecimalValueSlowTest, BringsBackEveryText) {
   for (int code = 0; code < 1 << 24; code += kStep)
     lost += !comesBack(code >> 16, code >> 8 & 255, code & 255);
   EXPECT_EQ(lost, 0);
+}
+
+// Those that ICU calls so.
+TEST(NSColorHexadecimalValueTest, SkipsEveryWhiteSpaceAndNothingElse) {
+  for (UChar32 unit = 1; unit <= 0xFFFF; ++unit) {
+    if (U_IS_SURROGATE(static_cast<std::uint32_t>(unit)) || u_digit(unit, 16) >= 0) continue;
+    std::string utf8;
+    icu::UnicodeString(unit).toUTF8String(utf8);
+    const int red = u_isUWhiteSpace(unit) ? 7 : 0;
+    EXPECT_EQ(decoded(Text("#" + utf8 + "70000")), colorOfCodes(red, 0, 0)) << std::hex << unit;
+  }
 }
 
 }  // namespace
