@@ -194,14 +194,18 @@ Options::Saved Options::save(UserDefaults& store, const Text& key) {
   if (!store.synchronize() && !merge->isWritten())
     return {.written = false, .othersChanged = false, .refused = {}};
   const Value written = merge->answer();
+  const bool differs = written.asDictionary() != whole.asDictionary();
+  // Dictionary and base move together or, when memory runs out here, not at all: what others changed would
+  // else look like our change back.
+  Dictionary entries = differs ? adopted(entriesOf(written)) : Dictionary();
   shared.base = written;
   shared.layers = merge->layers();
   shared.chosen = merge->chosen();
   shared.fills.clear();
   shared.merge.reset();
   bool othersChanged = false;
-  if (written.asDictionary() != whole.asDictionary()) {
-    *opts_ = adopted(entriesOf(written));
+  if (differs) {
+    *opts_ = std::move(entries);
     fillTaken(*this, entriesOf(whole));
     othersChanged = !changedReadings(entriesOf(whole), *opts_, product()).empty();
   }
