@@ -1,18 +1,29 @@
 // Programs that edit, read, save, fail, load and refresh in random order, against a model that follows the
-// rules entry by entry.
+// rules entry by entry: in memory, and through files that another writer rewrites in between.
 #include <gtest/gtest.h>
+#ifdef HAVE_LIBPLIST
+#include <plist/plist.h>
+#endif
 
+#include <cerrno>
+
+#include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
 #include <random>
 #include <set>
 
+#include "qorvane/desktop/LogCapture.h"
 #include "qorvane/desktop/NotificationCenter.h"
+#include "qorvane/preferences/FileUserDefaults.h"
+#include "qorvane/propertylist/PropertyList.h"
 #include "qorvane/store/Options.h"
 #include "qorvane/vocabulary/Notifications.h"
 #include "qorvane/vocabulary/OptionStrings.h"
+#include "tests/TestHome.h"
 #include "tests/store/SharedStore.h"
 
 namespace qorvane {
@@ -184,13 +195,106 @@ struct ModelProgram : Side {
 
 // ---- the two side by side -----------------------------------------------------------------------------
 
+// Where the programs meet.
+class Place {
+ public:
+  virtual ~Place() = default;
+  virtual Value standing() = 0;
+  /// Another writer, which knows no locks and no seals, writes the entry in a form of its own; nil removes
+  /// it.
+  virtual void rewrite(const Text& key, const Value& value, bool binary) = 0;
+};
+
+// A program's own access to it.
+class Access {
+ public:
+  virtual ~Access() = default;
+  virtual UserDefaults& defaults() = 0;
+  virtual void setFailing(bool failing) = 0;
+};
+
+class MemoryPlace : public Place {
+ public:
+  Disk disk;
+  Value standing() override { return disk[kDomain.string()]; }
+  void rewrite(const Text& key, const Value& value, bool) override {
+    Dictionary entries = *standing().asDictionary();
+    entries.set(key, value);
+    disk[kDomain.string()] = entries;
+  }
+};
+class MemoryAccess : public Access {
+ public:
+  explicit MemoryAccess(Disk& disk) : defaults_(disk) {}
+  UserDefaults& defaults() override { return defaults_; }
+  void setFailing(bool failing) override { defaults_.failing = failing; }
+
+ private:
+  SharedUserDefaults defaults_;
+};
+
+class FilePlace : public Place {
+ public:
+  Value standing() override { return FileUserDefaults().inspect(kDomain).object; }
+  void rewrite(const Text& key, const Value& value, bool binary) override {
+    const std::string path = FileUserDefaults().pathForKey(kDomain);
+    // Beside it and then in its place, as a careful editor does.
+    testing_support::writeFile(path + "~", rewritten(testing_support::readFile(path), key, value, binary));
+    std::filesystem::rename(path + "~", path);
+  }
+
+ private:
+#ifdef HAVE_LIBPLIST
+  static std::string rewritten(const std::string& bytes, const Text& key, const Value& value, bool binary) {
+    plist_t top = nullptr;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &top);
+    const plist_t entries = plist_dict_get_item(top, kDomain.string().c_str());
+    if (value.isNil())
+      plist_dict_remove_item(entries, key.string().c_str());
+    else
+      plist_dict_set_item(entries, key.string().c_str(),
+                          plist_new_string(value.textValue().string().c_str()));
+    char* made = nullptr;
+    std::uint32_t size = 0;
+    binary ? plist_to_bin(top, &made, &size) : plist_to_xml(top, &made, &size);
+    std::string answer(made, size);
+    std::free(made);
+    plist_free(top);
+    return answer;
+  }
+#else
+  static std::string rewritten(const std::string& bytes, const Text& key, const Value& value, bool binary) {
+    Dictionary top = *readPropertyList(bytes).asDictionary();
+    Dictionary entries = *top.find(kDomain.view())->asDictionary();
+    entries.set(key, value);
+    top.set(kDomain, entries);
+    return writePropertyList(top, binary ? PropertyListFormat::Binary : PropertyListFormat::Xml);
+  }
+#endif
+};
+class FileAccess : public Access {
+ public:
+  FileAccess() { calls_.setSyncing(false); }
+  UserDefaults& defaults() override { return defaults_; }
+  void setFailing(bool failing) override {
+    calls_.forgetCalls();
+    calls_.setFault(
+        [failing](const std::string& name, int) { return failing && name == "tryLock" ? EIO : 0; });
+  }
+
+ private:
+  FaultInjectingSystemCalls calls_;
+  FileUserDefaults defaults_{FileUserDefaults::defaultFolder(), calls_};
+};
+
 struct Program {
-  explicit Program(Disk& disk) : defaults(disk), store(defaults, {.taxYear = 2020}) {
+  explicit Program(std::unique_ptr<Access> way)
+      : access(std::move(way)), store(access->defaults(), {.taxYear = 2020}) {
     observer = NotificationCenter::defaultCenter().addObserver(
         kPreferenceChangeEvt, [this](const Notification&) { ++announced; }, &store);
   }
 
-  SharedUserDefaults defaults;
+  std::unique_ptr<Access> access;
   Options store;
   Observer observer;
   int announced = 0;
@@ -207,12 +311,18 @@ Map entriesOf(const Dictionary* dictionary) {
 
 class World {
  public:
-  World(unsigned seed, int programs) : random_(seed) {
-    for (int i = 0; i < programs; ++i) programs_.push_back(std::make_unique<Program>(disk_));
+  World(unsigned seed, int programs, bool inFiles) : random_(seed) {
+    if (inFiles) {
+      home_.emplace();
+      place_ = std::make_unique<FilePlace>();
+    } else {
+      place_ = std::make_unique<MemoryPlace>();
+    }
+    for (int i = 0; i < programs; ++i) programs_.push_back(std::make_unique<Program>(newAccess()));
     // All entries that a load fills stand on the disk from the start, so that the others stay out of it.
     programs_[0]->store.loadOptions();
     programs_[0]->store.saveOptions();
-    modelDisk_ = entriesOf(disk_[kDomain.string()].asDictionary());
+    modelDisk_ = entriesOf(place_->standing().asDictionary());
     for (const auto& program : programs_) load(*program);
   }
 
@@ -220,7 +330,10 @@ class World {
     Program& program = *programs_[below(programs_.size())];
     program.announced = 0;
     const Tracked& entry = tracked()[below(tracked().size())];
-    switch (below(12)) {
+    switch (below(13)) {
+      case 12:
+        rewrite(entry);
+        break;
       case 0:
       case 1:
       case 2:
@@ -264,6 +377,17 @@ class World {
     program.store.options()->set(key, value ? Value(Text(*value)) : Value());
     put(program.model.view, entry.key, value);
   }
+  std::unique_ptr<Access> newAccess() {
+    if (home_) return std::make_unique<FileAccess>();
+    return std::make_unique<MemoryAccess>(static_cast<MemoryPlace&>(*place_).disk);
+  }
+  void rewrite(const Tracked& entry) {
+    const bool removes = below(4) == 0;
+    const Entry value = removes ? Entry() : Entry(below(2) == 0 ? "YES" : "French");
+    place_->rewrite(Text(entry.key), value ? Value(Text(*value)) : Value(), below(2) == 0);
+    put(modelDisk_, entry.key, value);
+    acknowledged_[entry.key] = value;
+  }
   void load(Program& program) {
     program.store.loadOptions();
     program.model.load(modelDisk_);
@@ -284,14 +408,14 @@ class World {
     EXPECT_EQ(program.announced, readsOtherwise ? 1 : 0);
   }
   void failToSave(Program& program) {
-    program.defaults.failing = true;
+    program.access->setFailing(true);
     program.store.saveOptions();
-    program.defaults.failing = false;
+    program.access->setFailing(false);
     EXPECT_EQ(program.announced, 0);
     program.model.wait();
   }
   void synchronize(Program& program) {
-    EXPECT_TRUE(program.defaults.synchronize());
+    EXPECT_TRUE(program.access->defaults().synchronize());
     program.model.written(modelDisk_, acknowledged_);
   }
   void refresh(Program& program) {
@@ -301,7 +425,8 @@ class World {
     EXPECT_EQ(program.announced, names.empty() ? 0 : 1);
   }
   void check(const Program& program) {
-    ASSERT_EQ(entriesOf(disk_[kDomain.string()].asDictionary()), modelDisk_);
+    const Value standing = place_->standing();
+    ASSERT_EQ(entriesOf(standing.asDictionary()), modelDisk_);
     ASSERT_EQ(entriesOf(const_cast<Options&>(program.store).options()), program.model.view);
     for (const Tracked& entry : tracked()) {
       const auto found = acknowledged_.find(entry.key);
@@ -312,17 +437,19 @@ class World {
   }
 
   std::mt19937 random_;
-  Disk disk_;
+  std::optional<testing_support::TestHome> home_;
+  std::unique_ptr<Place> place_;
   Map modelDisk_;
   std::map<std::string, Entry> acknowledged_;
   std::vector<std::unique_ptr<Program>> programs_;
 };
 
-void play(int steps, unsigned firstSeed) {
+void play(int steps, unsigned firstSeed, bool inFiles = false) {
+  const LogCapture unheard;
   constexpr int kStepsInAWorld = 200;
   for (unsigned world = 0; world < static_cast<unsigned>(steps / kStepsInAWorld); ++world) {
     SCOPED_TRACE("world " + std::to_string(firstSeed + world));
-    World random(firstSeed + world, 2 + static_cast<int>(world % 2));
+    World random(firstSeed + world, 2 + static_cast<int>(world % 2), inFiles);
     for (int i = 0; i < kStepsInAWorld; ++i) {
       ASSERT_NO_FATAL_FAILURE(random.step()) << "step " << i;
       ASSERT_FALSE(testing::Test::HasFailure()) << "step " << i;
@@ -331,6 +458,12 @@ void play(int steps, unsigned firstSeed) {
 }
 
 TEST(SharingModelTest, RandomProgramsDoWhatTheModelSays) { play(10'000, 0); }
+
+TEST(SharingModelTest, ThroughFilesToo) { play(2'000, 2'000'000, true); }
+
+TEST(SharingModelSlowTest, ThroughFilesToo) {
+  play(std::getenv("OPTIONSMGR_LONG") ? 200'000 : 10'000, 3'000'000, true);
+}
 
 // With OPTIONSMGR_LONG set, a million steps.
 TEST(SharingModelSlowTest, RandomProgramsDoWhatTheModelSays) {
