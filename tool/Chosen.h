@@ -1,18 +1,17 @@
-// The marks of entries that somebody chose: the array `Chosen` among a user's entries, which travels with
-// them.
+// The marks of entries that somebody chose, which travel with them.
 #pragma once
 
-#include <string_view>
 #include <vector>
 
-#include "qorvane/foundation/Dictionary.h"
+#include "qorvane/preferences/UserDefaults.h"
 
 namespace optionsmgr {
 
-inline constexpr std::string_view kChosen = "Chosen";
-
 /// Makes the entries under those keys, and their marks, what the past had.
-void takeOver(qorvane::Dictionary& entries, const qorvane::Dictionary& past,
+void takeOver(qorvane::Settings& settings, const qorvane::Settings& past,
               const std::vector<qorvane::Text>& keys);
+
+/// The entries; none of what is no dictionary.
+qorvane::Dictionary entriesOf(const qorvane::Value& object);
 
 }  // namespace optionsmgr

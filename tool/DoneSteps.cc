@@ -122,32 +122,32 @@ std::vector<DoneStep> doneSteps(Session& session) try {
 std::optional<UndonePart> undonePart(Session& session, const Domain& domain, const DoneStep::Part& part) {
   const auto after = stateAfter(session, domain, part);
   if (!after) return std::nullopt;
-  std::optional<Dictionary> before;
+  std::optional<qorvane::Settings> before;
   if (part.before) {
     const auto kept = session.files().inspectGeneration(domain.key(), *part.before);
     if (kept.state != State::Good || !kept.object.asDictionary()) return std::nullopt;
-    before = *kept.object.asDictionary();
+    before = {kept.object, kept.chosen};
   }
   const auto stored = storedEntries(session, domain);
   const Dictionary now = stored.value_or(Dictionary());
   UndonePart undone;
   if (isIdentical(now, *after) && stored.has_value() == part.after.has_value()) {
-    undone.entries = before;
+    undone.settings = before;
     return undone;
   }
-  const Dictionary then = before.value_or(Dictionary());
-  Dictionary entries = now;
+  const qorvane::Settings past = before.value_or(qorvane::Settings());
+  const Dictionary then = entriesOf(past.object);
   std::vector<Text> back;
   for (const Dictionary* side : {&then, &*after})
     for (const auto& [key, value] : *side) {
-      if (key.view() == kChosen || isSame(then.find(key.view()), after->find(key.view())) ||
+      if (isSame(then.find(key.view()), after->find(key.view())) ||
           std::ranges::find(back, key) != back.end() ||
           std::ranges::find(undone.changedSince, key) != undone.changedSince.end())
         continue;
       (isSame(now.find(key.view()), after->find(key.view())) ? back : undone.changedSince).push_back(key);
     }
-  takeOver(entries, then, back);
-  undone.entries = std::move(entries);
+  undone.settings = {Value(now), session.files().inspect(domain.key()).chosen};
+  takeOver(*undone.settings, past, back);
   return undone;
 }
 

@@ -40,7 +40,7 @@ std::vector<DoneStep> doneSteps(Session& session);
 /// What one domain becomes when the step is undone, though others may have changed it since.
 struct UndonePart {
   /// None: as before the step there is no file.
-  std::optional<qorvane::Dictionary> entries;
+  std::optional<qorvane::Settings> settings;
   /// Entries that the step had changed and somebody else has since: they stay.
   std::vector<qorvane::Text> changedSince;
 };

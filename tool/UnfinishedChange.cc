@@ -50,6 +50,8 @@ struct Step {
   // None where there was, or is to be, no file.
   std::optional<Dictionary> before;
   std::optional<Dictionary> after;
+  // The marks of what was before.
+  Value chosen;
   // An entry that no run of ours can have written.
   bool isBroken = false;
 };
@@ -67,6 +69,7 @@ Step stepOf(const Text& key, const Value& said) {
   const Dictionary* both = said.asDictionary();
   const Value* before = both ? both->find("before") : nullptr;
   const Value* after = both ? both->find("after") : nullptr;
+  if (const Value* chosen = both ? both->find("chosen") : nullptr) step.chosen = *chosen;
   if (before && before->asDictionary()) step.before = *before->asDictionary();
   if (after && after->asDictionary()) step.after = *after->asDictionary();
   // A "before" that is no dictionary is no entry of ours, whatever else it has.
@@ -130,8 +133,11 @@ std::string keepBefore(Session& session, const Step& step) {
 
 Value objectOf(const std::optional<Dictionary>& entries) { return entries ? Value(*entries) : Value(); }
 
-void save(FileUserDefaults& files, const Text& key, const Value& value) {
-  files.setObject(value, key);
+void save(FileUserDefaults& files, const Text& key, const Value& value, const Value* marks = nullptr) {
+  if (marks && !value.isNil())
+    files.setSettings({value, *marks}, key);
+  else
+    files.setObject(value, key);
   if (files.synchronize()) return;
   const auto failure = *files.lastFailure();
   // What could not be written must not be tried again with the next save.
@@ -144,7 +150,7 @@ std::string putBack(Session& session, const Step& step) {
   const auto now = entriesNow(session, *step.domain);
   if (now && holds(*now, step.before)) return say("{} is as before it", step.domain->name());
   if (now && holds(*now, step.after)) {
-    save(session.files(), step.domain->key(), objectOf(step.before));
+    save(session.files(), step.domain->key(), objectOf(step.before), &step.chosen);
     return say("{} is as before it", step.domain->name());
   }
   if (!step.before) return say("{} was changed since and stays as it is", step.domain->name());
@@ -202,6 +208,7 @@ void writeNote(Session& session, const Changes& changes) {
     Dictionary both;
     if (entries) both.set("after", *entries);
     if (const auto before = storedEntries(session, domain)) both.set("before", *before);
+    both.set("chosen", session.files().inspect(domain.key()).chosen);
     note.set(domain.key(), both);
   }
   // What a run that was killed left behind without a note.
@@ -236,13 +243,17 @@ void undo(Session& session, const Failure& failure) try {
 
 }  // namespace
 
-void changeAll(Session& session, const Changes& changes) try {
+void changeAll(Session& session, const Changes& changes, const Marks& marks) try {
+  const auto saveOne = [&](const Domain& domain, const std::optional<Dictionary>& entries) {
+    const auto marked = marks.find(domain);
+    save(session.files(), domain.key(), objectOf(entries), marked == marks.end() ? nullptr : &marked->second);
+  };
   for (const auto& [domain, entries] : changes)
     requireUnlocked(session, domain, storedEntries(session, domain).value_or(Dictionary()),
                     entries.value_or(Dictionary()));
   if (changes.size() < 2) {
     // One file changes in one step by itself.
-    for (const auto& [domain, entries] : changes) save(session.files(), domain.key(), objectOf(entries));
+    for (const auto& [domain, entries] : changes) saveOne(domain, entries);
     return;
   }
   DoneStep done;
@@ -255,7 +266,7 @@ void changeAll(Session& session, const Changes& changes) try {
   try {
     for (const auto& [domain, entries] : changes) {
       const std::uint64_t last = newestGeneration(session, domain);
-      save(session.files(), domain.key(), objectOf(entries));
+      saveOne(domain, entries);
       if (const auto part = donePart(session, domain, last)) done.parts[domain] = *part;
     }
     recordStep(session, done);

@@ -1,8 +1,9 @@
 // Several years changed as one step. No file system changes several files in one moment, so what each of them
 // was and is to become is written down first, in the folder .unfinished of the store:
 //
-//   .unfinished/Changes.plist   { "Changes": { KEY: { "before": {…}, "after": {…} }, … } }, without "before"
-//                               where there was no file; a store of its own, so sealed and synced
+//   .unfinished/Changes.plist   { "Changes": { KEY: { "before": {…}, "chosen": […], "after": {…} }, … } },
+//                               without "before" where there was no file, "chosen" where no entry was marked
+//                               and "after" where none is to be; a store of its own, so sealed and synced
 //   .unfinished/Reserve         as many bytes as putting everything back takes, freed for that
 //   .unfinished/Finished        only where the note could not be removed after all was done
 //
@@ -22,11 +23,14 @@ namespace optionsmgr {
 /// What the domains' entries are to become; none: their file goes.
 using Changes = std::map<Domain, std::optional<qorvane::Dictionary>>;
 
+/// Marks of chosen entries, where they are to become others than those that stand.
+using Marks = std::map<Domain, qorvane::Value>;
+
 /// Makes all the changes or, when one fails, none: those already made are put back. Called with the lock
 /// held, after `putBackUnfinished`. Throws Failure when nothing was changed, as for a change of an option
 /// that a layer locks, and says so when something could not be put back. What could not be tidied up after
 /// all was done is told, and no failure.
-void changeAll(Session& session, const Changes& changes);
+void changeAll(Session& session, const Changes& changes, const Marks& marks = {});
 
 /// Reads what was saved, and tells when it cannot be read or reads otherwise: it is saved all the same.
 void tellUnlessSaved(Session& session, const Changes& changes);

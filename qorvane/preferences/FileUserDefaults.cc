@@ -303,7 +303,10 @@ FileUserDefaults::Inspection FileUserDefaults::inspectGeneration(const Text& key
   for (const Generation& generation : kept(key)) {
     if (generation.number != number) continue;
     Contents contents = examine(generation.path, key);
-    if (contents.isGood()) contents.Inspection::object = contents.object(key);
+    if (contents.isGood()) {
+      contents.Inspection::object = contents.object(key);
+      contents.chosen = chosenIn(contents.top);
+    }
     return contents;
   }
   return {};

@@ -46,13 +46,9 @@ struct Past {
   std::optional<std::uint64_t> number;
   std::time_t written = 0;
   bool damaged = false;
-  Dictionary entries;
+  qorvane::Settings settings;
   std::vector<OptionState> states;
 };
-
-Dictionary entriesOf(const Value& object) {
-  return object.asDictionary() ? *object.asDictionary() : Dictionary();
-}
 
 // The file that stands, then its generations, the newest first.
 std::vector<Past> pastOf(Session& session, const Domain& domain) {
@@ -65,7 +61,7 @@ std::vector<Past> pastOf(Session& session, const Domain& domain) {
     const auto written = std::filesystem::last_write_time(files.pathForKey(key), none);
     now.written = std::chrono::system_clock::to_time_t(
         std::chrono::time_point_cast<std::chrono::seconds>(std::chrono::file_clock::to_sys(written)));
-    now.entries = *entries;
+    now.settings = {Value(*entries), files.inspect(key).chosen};
     all.push_back(std::move(now));
   }
   for (const auto& generation : files.generations(key)) {
@@ -73,7 +69,7 @@ std::vector<Past> pastOf(Session& session, const Domain& domain) {
     past.number = generation.number;
     past.written = generation.written;
     try {
-      past.entries = entriesOf(files.objectOfGeneration(key, generation.number));
+      past.settings = files.settingsOfGeneration(key, generation.number);
     } catch (const FileException& error) {
       if (error.systemError() == ENOENT) continue;  // It went meanwhile.
       past.damaged = true;
@@ -83,7 +79,7 @@ std::vector<Past> pastOf(Session& session, const Domain& domain) {
     all.push_back(std::move(past));
   }
   for (Past& past : all)
-    if (!past.damaged) past.states = optionStates(session, domain, past.entries);
+    if (!past.damaged) past.states = optionStates(session, domain, entriesOf(past.settings.object));
   return all;
 }
 
@@ -202,7 +198,7 @@ Pasts pastsOf(Session& session, const Domain& domain) {
 
 // What one file becomes, and what in it stays though it was to go back.
 struct Undone {
-  std::optional<Dictionary> entries;
+  std::optional<qorvane::Settings> settings;
   std::vector<Text> changedSince;
 };
 using UndonePlan = std::map<Domain, Undone>;
@@ -222,22 +218,22 @@ const Past& goal(const Domain& domain, const UndoRequest& request, const std::ve
 }
 
 // Each option to what it was, by itself.
-Dictionary undoneOptions(const Domain& domain, const UndoRequest& request,
-                         const std::vector<const OptionRow*>& rows, const Pasts& pasts) {
-  Dictionary entries = pasts.now.entries;
+qorvane::Settings undoneOptions(const Domain& domain, const UndoRequest& request,
+                                const std::vector<const OptionRow*>& rows, const Pasts& pasts) {
+  qorvane::Settings settings = pasts.now.settings;
   for (const OptionRow* row : rows) {
     const Past& past = goal(domain, request, pasts.good, [&](const Past& one) {
       return !readsTheSame(stateOf(one, *row), stateOf(pasts.now, *row));
     });
-    takeOver(entries, past.entries, row->entries());
+    takeOver(settings, past.settings, row->entries());
   }
-  return entries;
+  return settings;
 }
 
 // The file as it was before the step. False when that is not kept any more.
 bool addPart(Session& session, const Domain& domain, const DoneStep::Part& part, UndonePlan& plan) {
   auto undone = undonePart(session, domain, part);
-  if (undone) plan[domain] = {std::move(undone->entries), std::move(undone->changedSince)};
+  if (undone) plan[domain] = {std::move(undone->settings), std::move(undone->changedSince)};
   return undone.has_value();
 }
 
@@ -255,7 +251,7 @@ UndonePlan undoneAll(Session& session, const Domain& domain, const Pasts& pasts)
   const auto step = std::ranges::find_if(steps, isOfIt);
   UndonePlan plan;
   if (!madeIt)
-    plan[domain] = {last->entries, {}};
+    plan[domain] = {last->settings, {}};
   else if (step == steps.end() || !addPart(session, domain, step->parts.at(domain), plan))
     throw Failure(Exit::NotFound, say("there is nothing to undo"));
   if (step == steps.end()) return plan;
@@ -271,7 +267,8 @@ class UndoneTold {
   UndoneTold(Session& session, std::ostream& out) : session_(session), out_(out) {}
 
   void tellOf(const Domain& domain, const Past& now, const Undone& undone) {
-    const auto then = optionStates(session_, domain, undone.entries.value_or(Dictionary()));
+    const auto then =
+        optionStates(session_, domain, entriesOf(undone.settings.value_or(qorvane::Settings()).object));
     for (std::size_t i = 0; i < then.size(); ++i) {
       const OptionRow& row = *then[i].row;
       const bool stays = std::ranges::find(undone.changedSince, then[i].key) != undone.changedSince.end();
@@ -315,16 +312,18 @@ void undo(Session& session, const UndoRequest& request, std::ostream& out) try {
   if (!rows.empty())
     plan[domain] = {undoneOptions(domain, request, rows, pasts), {}};
   else if (request.numberSaid)
-    plan[domain] = {goal(domain, request, pasts.good, [](const Past&) { return false; }).entries, {}};
+    plan[domain] = {goal(domain, request, pasts.good, [](const Past&) { return false; }).settings, {}};
   else
     plan = undoneAll(session, domain, pasts);
   Changes changes;
+  Marks marks;
   std::map<Domain, Past> before;
   for (const auto& [one, undone] : plan) {
-    changes[one] = undone.entries;
+    changes[one] = undone.settings ? std::optional(entriesOf(undone.settings->object)) : std::nullopt;
+    if (undone.settings) marks[one] = undone.settings->chosen;
     before[one].states = optionStates(session, one, storedEntries(session, one).value_or(Dictionary()));
   }
-  changeAll(session, changes);
+  changeAll(session, changes, marks);
   UndoneTold report(session, out);
   for (const auto& [one, undone] : plan) report.tellOf(one, before[one], undone);
   report.end();

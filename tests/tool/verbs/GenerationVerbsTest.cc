@@ -114,6 +114,32 @@ TEST_F(GenerationVerbsTest, UndoOfTheProvinceTakesItsCodeAlong) {
   EXPECT_EQ(*stored.asDictionary()->find("PProvCode"), qorvane::Value(qorvane::Text("QC")));
 }
 
+// What tells that somebody chose an entry goes and comes with it.
+TEST_F(GenerationVerbsTest, UndoTakesTheMarksOfEntriesAlong) {
+  using qorvane::Array;
+  using qorvane::Dictionary;
+  using qorvane::Text;
+  using qorvane::Value;
+  constexpr Text kKey = "QorvaneT1Settings2020";
+  const auto save = [&](const char* city, const char* phone, Array marks) {
+    qorvane::FileUserDefaults files;
+    files.setSettings({Dictionary{{"PCity", Text(city)}, {"PPhone", Text(phone)}}, Value(marks)}, kKey);
+    ASSERT_TRUE(files.synchronize());
+  };
+  const auto marks = [&] { return qorvane::FileUserDefaults().inspect(kKey).chosen; };
+  const Value city(Text("PCity"));
+  const Value phone(Text("PPhone"));
+  save("Alma", "1", {city, phone});
+  save("Gaspé", "1", {phone});
+  save("Gaspé", "2", {});
+  EXPECT_EQ(tool({"undo", "preparerCity"}).exit, 0);
+  EXPECT_EQ(marks(), Value(Array{city}));
+  EXPECT_EQ(tool({"undo", "preparerCity"}).exit, 0);
+  EXPECT_EQ(marks(), Value());
+  EXPECT_EQ(tool({"undo", "--to", "2"}).exit, 0);
+  EXPECT_EQ(marks(), Value(Array{city, phone}));
+}
+
 TEST_F(GenerationVerbsTest, UndoToANumberGoesThereEachTime) {
   set("preparerCity", "Alma");
   set("preparerCity", "Gatineau");
