@@ -188,12 +188,14 @@ TEST_F(PreferenceWatchTest, WithoutAFolderThereIsNothingToWatch) {
 
 using PreferenceWatchSlowTest = PreferenceWatchTest;
 
-TEST_F(PreferenceWatchSlowTest, LeavesNoDescriptorOpen) {
-  const auto open = [] {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+TEST_F(PreferenceWatchSlowTest, LeavesNoDescriptorOpenAndNoThread) {
+  const auto countIn = [](const char* folder) {
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
   };
+  const auto open = [&] { return countIn("/proc/self/fd"); };
   save(kOld);
   const auto before = open();
+  const auto threads = countIn("/proc/self/task");
   for (int round = 0; round < 10'000; ++round) {
     const PreferenceWatch watch(store);
     if (round == 5'000) {
@@ -201,6 +203,7 @@ TEST_F(PreferenceWatchSlowTest, LeavesNoDescriptorOpen) {
     }
   }
   EXPECT_EQ(open(), before);
+  EXPECT_EQ(countIn("/proc/self/task"), threads);
 }
 
 // More files than the kernel's queue has room for.
