@@ -16,8 +16,8 @@ const Dictionary& entriesIn(const Value& object) {
   return entries ? *entries : none;
 }
 
-std::shared_ptr<const Layers> readLayers(const Text& key, SystemCalls& calls) {
-  return std::make_shared<const Layers>(Layers::read(layerFolders(calls), key, calls));
+std::shared_ptr<const Layers> readLayers(const Text& key, SystemCalls& calls, KnownLayerFiles& known) {
+  return std::make_shared<const Layers>(Layers::read(layerFolders(calls), key, calls, &known));
 }
 
 }  // namespace
@@ -103,7 +103,11 @@ Dictionary LayeredSettings::effective() const {
 class LayeredUserDefaults::OverLayers : public Merge {
  public:
   OverLayers(const LayeredUserDefaults& store, Text key, std::shared_ptr<Merge> inner)
-      : key_(std::move(key)), inner_(std::move(inner)), rule_(store.rule_), calls_(store.calls_) {}
+      : key_(std::move(key)),
+        inner_(std::move(inner)),
+        rule_(store.rule_),
+        calls_(store.calls_),
+        known_(store.known_) {}
 
   bool isOf(const std::shared_ptr<Merge>& merge, const Text& key) const {
     return inner_ == merge && key_ == key;
@@ -112,7 +116,7 @@ class LayeredUserDefaults::OverLayers : public Merge {
   Value merged(const Value& standing) override { return mergedSettings({standing, nullptr}).object; }
   Settings mergedSettings(const Settings& standing) override {
     return inner_->mergedLayers(
-        std::make_shared<const LayeredSettings>(key_, standing, readLayers(key_, calls_), rule_));
+        std::make_shared<const LayeredSettings>(key_, standing, readLayers(key_, calls_, *known_), rule_));
   }
   void written() override { inner_->written(); }
 
@@ -121,16 +125,18 @@ class LayeredUserDefaults::OverLayers : public Merge {
   std::shared_ptr<Merge> inner_;
   const LayerRule& rule_;
   SystemCalls& calls_;
+  std::shared_ptr<KnownLayerFiles> known_;
 };
 
 LayeredUserDefaults::LayeredUserDefaults(std::string folder, const LayerRule& rule, SystemCalls& calls)
     : FileUserDefaults(std::move(folder), calls), rule_(rule), calls_(calls) {}
 LayeredUserDefaults::~LayeredUserDefaults() = default;
 
-Layers LayeredUserDefaults::layers(const Text& key) const { return *readLayers(key, calls_); }
+Layers LayeredUserDefaults::layers(const Text& key) const { return *readLayers(key, calls_, *known_); }
 
 std::shared_ptr<const LayeredSettings> LayeredUserDefaults::over(const Text& key, Settings own) const {
-  return std::make_shared<const LayeredSettings>(key, std::move(own), readLayers(key, calls_), rule_);
+  return std::make_shared<const LayeredSettings>(key, std::move(own), readLayers(key, calls_, *known_),
+                                                 rule_);
 }
 
 UserDefaults::Loaded LayeredUserDefaults::load(const Text& key) {
@@ -138,7 +144,7 @@ UserDefaults::Loaded LayeredUserDefaults::load(const Text& key) {
   Loaded loaded = FileUserDefaults::load(key);
   std::shared_ptr<const Layers> farther;
   try {
-    farther = readLayers(key, calls_);
+    farther = readLayers(key, calls_, *known_);
   } catch (const FileException& error) {
     logFailure([&] { return Failure{FailureCode::settingsNotLoaded, {key}, 0, {error.failure()}}; });
     throw;

@@ -94,6 +94,8 @@ class LayeredUserDefaults : public FileUserDefaults {
 
   const LayerRule& rule_;
   SystemCalls& calls_;
+  /// Shared with saves that wait, which may outlive the store.
+  std::shared_ptr<KnownLayerFiles> known_ = std::make_shared<KnownLayerFiles>();
   /// The merges that were handed on and may wait.
   std::vector<std::weak_ptr<OverLayers>> handed_;
   /// The keys that were ever loaded.

@@ -80,38 +80,43 @@ bool isTrustedFolder(const std::string& path, uid_t owner, SystemCalls& calls) {
 }
 
 // The top-level dictionary of the property list of that name; empty when it does not count.
-Dictionary listIn(const OpenFile& folder, const std::string& path, const std::string& name, uid_t owner,
-                  SystemCalls& calls) {
+Value listIn(const OpenFile& folder, const std::string& path, const std::string& name, uid_t owner,
+             SystemCalls& calls, KnownLayerFiles* known) {
   const std::string whole = path + "/" + name;
   struct stat status;
   // Without O_NONBLOCK a named pipe in the file's place would hold the caller up for ever.
   OpenFile file(calls, folder, name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
-  if (!opens(file, whole, owner, calls, status)) return {};
+  if (!opens(file, whole, owner, calls, status)) return Dictionary();
   if (!S_ISREG(status.st_mode) || static_cast<std::uint64_t>(status.st_size) > kLargestFile) {
     leaveOut(whole, S_ISREG(status.st_mode) ? "it is too large" : "it is no file");
-    return {};
+    return Dictionary();
   }
   std::string bytes;
   if (!file.read(bytes, static_cast<std::size_t>(status.st_size)))
     throw FileException(FailureCode::cannotRead, {Text(whole)}, errno);
+  if (const Value* const top = known ? known->find(whole, bytes) : nullptr) return *top;
   if (checkSeal(bytes).state == SealState::Broken) {
     leaveOut(whole, "it is damaged: its checksum is wrong");
-    return {};
+    return Dictionary();
   }
   try {
     Value top = readPropertyList(bytes);
-    if (!top.asDictionary()) leaveOut(whole, "it is no dictionary");
-    return std::move(top).takeDictionary();
+    if (!top.asDictionary()) {
+      leaveOut(whole, "it is no dictionary");
+      return Dictionary();
+    }
+    if (known) known->keep(whole, std::move(bytes), top);
+    return top;
   } catch (const Exception& error) {
     leaveOut(whole, error.what());
-    return {};
+    return Dictionary();
   }
 }
 
-Dictionary dictionaryIn(const Dictionary& top, std::string_view key) {
-  const Value* found = top.find(key);
-  const Dictionary* entries = found ? found->asDictionary() : nullptr;
-  return entries ? *entries : Dictionary();
+// The dictionary under the key; an empty one where there is none.
+Value dictionaryIn(const Dictionary& top, std::string_view key) {
+  const Value* const found = top.find(key);
+  return found && found->asDictionary() ? *found : Value(Dictionary());
 }
 
 // The number of the user whom root's Firm.plist names, by name or number; none when there is no such user.
@@ -156,7 +161,8 @@ Dictionary firmByRoot(const std::vector<std::string>& machine, SystemCalls& call
     struct stat status;
     OpenFile folder(calls, path, O_RDONLY | O_DIRECTORY);
     if (!folder || !opens(folder, path, 0, calls, status)) continue;
-    if (Dictionary firm = listIn(folder, path, "Firm.plist", 0, calls); !firm.empty()) return firm;
+    const Value firm = listIn(folder, path, "Firm.plist", 0, calls, nullptr);
+    if (!firm.asDictionary()->empty()) return *firm.asDictionary();
   }
   return {};
 }
@@ -187,7 +193,16 @@ std::vector<LayerFolder> layerFolders(SystemCalls& calls) {
   return folders;
 }
 
-std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, SystemCalls& calls) {
+const Value* KnownLayerFiles::find(const std::string& path, std::string_view bytes) const {
+  const auto found = files_.find(path);
+  return found != files_.end() && found->second.bytes == bytes ? &found->second.top : nullptr;
+}
+void KnownLayerFiles::keep(const std::string& path, std::string bytes, Value top) {
+  files_.insert_or_assign(path, Known{std::move(bytes), std::move(top)});
+}
+
+std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, SystemCalls& calls,
+                                 KnownLayerFiles* known) {
   struct stat status;
   // Both files are read through the one open folder: whatever takes its place meanwhile, they belong
   // together.
@@ -199,7 +214,8 @@ std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, Sys
   layer.enforced_ = status.st_uid == 0 || status.st_uid != calls.geteuid();
   const Text everyYear = everyYearKey(key);
   for (const Text& name : {key, everyYear}) {
-    const Dictionary top = listIn(open, folder.path, name.string() + ".plist", folder.owner, calls);
+    const Value list = listIn(open, folder.path, name.string() + ".plist", folder.owner, calls, known);
+    const Dictionary& top = *list.asDictionary();
     (name == key ? layer.year_ : layer.everyYear_) = dictionaryIn(top, name);
     if (name == key) layer.origins_ = dictionaryIn(top, "Origins");
     const Value* locked = top.find("Locked");
@@ -214,8 +230,8 @@ std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, Sys
 }
 
 std::optional<Layer::Entry> Layer::find(std::string_view entryKey) const {
-  if (const Value* value = year_.find(entryKey)) return Entry{value, false};
-  if (const Value* value = everyYear_.find(entryKey)) return Entry{value, true};
+  if (const Value* value = year().find(entryKey)) return Entry{value, false};
+  if (const Value* value = everyYear().find(entryKey)) return Entry{value, true};
   return std::nullopt;
 }
 
@@ -228,10 +244,11 @@ Layers::Layers(std::vector<Layer> layers) : layers_(std::move(layers)) {
                               [](const Layer& layer) { return layer.locksAll() || !layer.locked().empty(); });
 }
 
-Layers Layers::read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls) {
+Layers Layers::read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls,
+                    KnownLayerFiles* known) {
   std::vector<Layer> layers;
   for (const LayerFolder& folder : folders)
-    if (std::optional<Layer> layer = Layer::read(folder, key, calls); layer && !layer->empty())
+    if (std::optional<Layer> layer = Layer::read(folder, key, calls, known); layer && !layer->empty())
       layers.push_back(std::move(*layer));
   return Layers(std::move(layers));
 }

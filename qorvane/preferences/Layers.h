@@ -16,6 +16,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,6 +46,21 @@ struct LayerFolder {
 /// Qorvane/firm below XDG_STATE_HOME, or in the folder that root's Firm.plist names together with its owner.
 std::vector<LayerFolder> layerFolders(SystemCalls& calls);
 
+/// What files of layers held when they were last read: the same bytes need not be understood again.
+class KnownLayerFiles {
+ public:
+  /// What bytes of that file are known to hold; null when they are others than the last ones.
+  const Value* find(const std::string& path, std::string_view bytes) const;
+  void keep(const std::string& path, std::string bytes, Value top);
+
+ private:
+  struct Known {
+    std::string bytes;
+    Value top;
+  };
+  std::map<std::string, Known> files_;
+};
+
 /// What one folder says of a key.
 class Layer {
  public:
@@ -54,7 +70,8 @@ class Layer {
   };
 
   /// Reads the folder's two files; nothing when neither counts.
-  static std::optional<Layer> read(const LayerFolder& folder, const Text& key, SystemCalls& calls);
+  static std::optional<Layer> read(const LayerFolder& folder, const Text& key, SystemCalls& calls,
+                                   KnownLayerFiles* known = nullptr);
 
   const LayerFolder& folder() const { return folder_; }
   LayerFolder::Kind kind() const { return folder_.kind; }
@@ -70,18 +87,20 @@ class Layer {
   const Dictionary& locked() const { return locked_; }
   bool locksAll() const { return locksAll_; }
   /// Neither entries nor locks.
-  bool empty() const { return year_.empty() && everyYear_.empty() && locked_.empty() && !locksAll_; }
-  const Dictionary& year() const { return year_; }
-  const Dictionary& everyYear() const { return everyYear_; }
+  bool empty() const { return year().empty() && everyYear().empty() && locked_.empty() && !locksAll_; }
+  const Dictionary& year() const { return *year_.asDictionary(); }
+  const Dictionary& everyYear() const { return *everyYear_.asDictionary(); }
   /// What the year's file says of where an entry came from, as it stands there; null when it does not say.
-  const Value* origin(std::string_view entryKey) const { return origins_.find(entryKey); }
+  const Value* origin(std::string_view entryKey) const { return origins_.asDictionary()->find(entryKey); }
 
  private:
   Layer(const LayerFolder& folder, const Text& key) : folder_(folder), key_(key) {}
 
   LayerFolder folder_;
   Text key_;
-  Dictionary year_, everyYear_, origins_, locked_;
+  // Dictionaries.
+  Value year_, everyYear_, origins_;
+  Dictionary locked_;
   bool locksAll_ = false;
   bool enforced_ = false;
 };
@@ -92,7 +111,8 @@ class Layers {
   Layers() = default;
   explicit Layers(std::vector<Layer> layers);
   /// Those of the folders that have anything for the key.
-  static Layers read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls);
+  static Layers read(const std::vector<LayerFolder>& folders, const Text& key, SystemCalls& calls,
+                     KnownLayerFiles* known = nullptr);
 
   /// What counts for an entry: the value, null for none; the layer that it comes from, null for the user's
   /// own or none; the layer that locks it, null for none.
