@@ -81,7 +81,9 @@ class Dictionary {
   };
 
   static std::uint32_t tagOf(std::uint64_t hash) noexcept { return static_cast<std::uint32_t>(hash >> 32); }
-  std::size_t homeOf(std::uint64_t hash) const noexcept { return (hash * multiplier_) >> shift_; }
+  std::size_t homeOf(std::uint64_t hash) const noexcept {
+    return static_cast<std::size_t>((hash * multiplier_) >> shift_);
+  }
 
   const Value* find(std::string_view key, std::uint64_t hash) const noexcept {
     const Slot* slot = slotOf(key, hash);
