@@ -200,10 +200,10 @@ void describe(Session& session, const DescribeRequest& request, std::ostream& ou
 int fit(const std::string& word, std::initializer_list<std::string> texts, int most) {
   int best = 0;
   for (const std::string& text : texts) {
-    const std::string plain = " " + plainLetters(text);
-    if (plain == " " + word)
+    const std::string plain = plainLetters(text);
+    if (plain == word)
       best = std::max(best, 4 * most);
-    else if (plain.find(" " + word) != plain.npos)
+    else if (plain.starts_with(word) || plain.find(' ' + word) != plain.npos)
       best = std::max(best, 2 * most);
     else if (plain.find(word) != plain.npos)
       best = std::max(best, most);
