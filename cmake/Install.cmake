@@ -78,7 +78,12 @@ if(BUILD_SHARED_LIBS)
       "settings library of an income-tax suite\n${about}This package holds the shared library.")
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+  set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} ${same_version}")
+  # No package that is installed has the library that the tool is linked with: it is found here, and whose it is has
+  # to be said.
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+  set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (>= ${PROJECT_VERSION})")
 else()
   # A static library's users link what the library itself needs.
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libicu-dev)
