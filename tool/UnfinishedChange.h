@@ -37,7 +37,7 @@ void tellUnlessSaved(Session& session, const Changes& changes);
 
 /// Puts back what a step that was interrupted had changed, and tells what became of each file. What is not
 /// put back, because somebody changed the file since, is kept as a preferences file of its own; a note that
-/// cannot be understood is set aside whole. Called with the lock held, before anything is changed. Throws
+/// cannot be understood is quarantined whole. Called with the lock held, before anything is changed. Throws
 /// Failure when it cannot be done now: the note stays, and reading goes on.
 void putBackUnfinished(Session& session);
 

@@ -225,7 +225,7 @@ Settings FileUserDefaults::recover(const Text& key, const Failure& damage) {
     throw FileException(
         {FailureCode::damagedAndCopyUnread, {path}, error.systemError(), {damage, error.failure()}});
   }
-  std::string aside;
+  std::string quarantined;
   std::optional<Failure> trouble;
   try {
     const Lock lock(*this);
@@ -239,7 +239,7 @@ Settings FileUserDefaults::recover(const Text& key, const Failure& damage) {
       mended.top = good.top;
       mended.bytes = sealedPropertyList(mended.top, mended.generation);
     }
-    aside = replace(key, now, mended);
+    quarantined = replace(key, now, mended);
     known_[key.string()] = std::move(mended);
   } catch (const FileException& error) {
     // In a folder that is read-only, for instance: the bytes stay where they are.
@@ -249,8 +249,8 @@ Settings FileUserDefaults::recover(const Text& key, const Failure& damage) {
     const std::vector<Failure> causes = trouble ? std::vector{damage, *trouble} : std::vector{damage};
     if (trouble && source) return {FailureCode::readFromCopy, {path, source->path}, 0, causes};
     if (trouble) return {FailureCode::readAsNothing, {path}, 0, causes};
-    if (source) return {FailureCode::healedFromCopy, {path, aside, source->path}, 0, causes};
-    return {FailureCode::startedAfresh, {path, aside}, 0, causes};
+    if (source) return {FailureCode::healedFromCopy, {path, quarantined, source->path}, 0, causes};
+    return {FailureCode::startedAfresh, {path, quarantined}, 0, causes};
   });
   return source ? good.settings(key) : Settings();
 }
@@ -358,16 +358,16 @@ std::size_t FileUserDefaults::forgetGenerations(const Text& key) {
   return removed;
 }
 
-std::vector<std::string> FileUserDefaults::setAsideDamagedGenerations(const Text& key) {
+std::vector<std::string> FileUserDefaults::quarantineDamagedGenerations(const Text& key) {
   const Lock lock(*this);
-  std::vector<std::string> aside;
+  std::vector<std::string> quarantined;
   for (const Generation& generation : kept(key)) {
     if (examine(generation.path, key).state != Inspection::State::Damaged) continue;
-    aside.push_back(setAside(generation.path, key, false));
+    quarantined.push_back(quarantine(generation.path, key, false));
     if (calls_.unlink(generation.path.c_str()) != 0)
       throw FileException(FailureCode::cannotRemove, {generation.path}, errno);
   }
-  return aside;
+  return quarantined;
 }
 
 }  // namespace qorvane::inline v1

@@ -2,7 +2,7 @@
 //
 //   <folder>/<key>.plist        the dictionary { <key>: <object> }, a sealed binary property list
 //   <folder>/.<key>.<number>.<yyyymmdd>.plist    a generation: what the file held before a save
-//   <folder>/<key>.plist.damaged-<UTC time>      a damaged file, set aside with its exact bytes
+//   <folder>/<key>.plist.damaged-<UTC time>      a damaged file, quarantined with its exact bytes
 //   <folder>/<key>.plist.unreadable-<UTC time>   a file that could not be read when a save replaced it
 //   <folder>/.lock              locked by whoever saves (FolderLock)
 //
@@ -96,9 +96,9 @@ class FileUserDefaults : public UserDefaults {
   std::optional<Generation> newestGoodGeneration(const Text& key) const;
   /// Removes all but the newest good one, under the lock; answers how many. Throws FileException.
   std::size_t forgetGenerations(const Text& key);
-  /// Sets the damaged ones aside like damaged files, under the lock; answers their new paths. Throws
+  /// Quarantines the damaged ones like damaged files, under the lock; answers their new paths. Throws
   /// FileException.
-  std::vector<std::string> setAsideDamagedGenerations(const Text& key);
+  std::vector<std::string> quarantineDamagedGenerations(const Text& key);
 
   /// Whether the name in the folder is that of a file that a save of the key had not yet published when it
   /// was stopped.
@@ -108,7 +108,7 @@ class FileUserDefaults : public UserDefaults {
   void setLockWait(int milliseconds) { lockWait_ = milliseconds; }
 
   /// Reads the file, unless an object was set and not yet written: then that one; where an update waits, what
-  /// it makes of the file. A damaged file is set aside, the newest good generation put in its place and
+  /// it makes of the file. A damaged file is quarantined, the newest good generation put in its place and
   /// answered, and one line of the log says so. A file that cannot be read throws FileException, and one line
   /// of the log says why.
   Value objectForKey(const Text& key) override;
@@ -118,8 +118,8 @@ class FileUserDefaults : public UserDefaults {
   void setObject(const Value& value, const Text& key) override;
   void setSettings(const Settings& settings, const Text& key) override;
   /// Hands what the file holds at the moment of the save to `merge`, and writes its answer; a damaged file
-  /// that is healed counts as what it was healed to. With a file that is damaged beyond healing it is kept
-  /// aside and the whole object is written; one that cannot be read fails the save.
+  /// that is healed counts as what it was healed to. A file that is damaged beyond healing is
+  /// quarantined and the whole object written; one that cannot be read fails the save.
   void update(const Value& whole, const Text& key, std::shared_ptr<Merge> merge) override;
   /// When it answers false, one line of the log says why. A key whose file is private and sealed and holds
   /// what is to be written is not written again; its folder is synced, unless this object wrote the file.
@@ -193,7 +193,7 @@ class FileUserDefaults : public UserDefaults {
   std::string replace(const Text& key, const Contents& old, Known& replacement);
   std::string keep(const Text& key, const Contents& old, std::uint64_t number);
   bool putBack(const std::string& kept, const Contents& old, const Text& key) noexcept;
-  std::string setAside(const std::string& file, const Text& key, bool unreadable);
+  std::string quarantine(const std::string& file, const Text& key, bool unreadable);
   void copy(const std::string& from, const std::string& staging, const std::string& to) const;
   std::string stagingIn(const std::string& folder, const Text& key) const;
   void noteFailure(const std::string& key) noexcept;

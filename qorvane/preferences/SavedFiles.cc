@@ -143,13 +143,13 @@ void FileUserDefaults::save(const Text& key, const Pending& pending) {
     replacement.top = std::move(top);
     replacement.bytes = sealedPropertyList(replacement.top, replacement.generation);
   }
-  const std::string aside = replace(key, old, replacement);
+  const std::string quarantined = replace(key, old, replacement);
   const std::uint64_t number = replacement.generation;
   known = std::move(replacement);
-  if (!aside.empty())
+  if (!quarantined.empty())
     logFailure([&] {
-      return Failure{old.unreadable ? FailureCode::unreadableKeptAside : FailureCode::damagedKeptAside,
-                     {pathForKey(key), aside},
+      return Failure{old.unreadable ? FailureCode::unreadableQuarantined : FailureCode::damagedQuarantined,
+                     {pathForKey(key), quarantined},
                      0,
                      {*old.damage}};
     });
@@ -216,11 +216,11 @@ std::string FileUserDefaults::replace(const Text& key, const Contents& old, Know
   if (!replacement.bytes.empty())
     staged.emplace(calls_, stagingIn(folder.path(), key), old.target, replacement.bytes);
   std::string kept;
-  std::string aside;
+  std::string quarantined;
   if (old.isGood())
     kept = keep(key, old, replacement.generation);
   else if (old.state == Inspection::State::Damaged)
-    aside = setAside(old.target, key, old.unreadable);
+    quarantined = quarantine(old.target, key, old.unreadable);
   bool held = false;
   bool published = false;
   try {
@@ -241,14 +241,15 @@ std::string FileUserDefaults::replace(const Text& key, const Contents& old, Know
     // of what still stands there is taken back.
     struct stat status;
     if (!held) {
-      if (!aside.empty() && calls_.lstat(old.target.c_str(), &status) == 0 && isSameFile(status, old.status))
-        calls_.unlink(aside.c_str());
+      if (!quarantined.empty() && calls_.lstat(old.target.c_str(), &status) == 0 &&
+          isSameFile(status, old.status))
+        calls_.unlink(quarantined.c_str());
     } else {
       if (!kept.empty() && putBack(kept, old, key))
         calls_.unlink(kept.c_str());  // Renaming one name of a file to another of its names leaves both.
-      else if (!aside.empty() && putBack(aside, old, key))
-        calls_.unlink(aside.c_str());
-      else if (kept.empty() && aside.empty() && published)
+      else if (!quarantined.empty() && putBack(quarantined, old, key))
+        calls_.unlink(quarantined.c_str());
+      else if (kept.empty() && quarantined.empty() && published)
         calls_.unlink(old.target.c_str());
     }
     throw;
@@ -257,7 +258,7 @@ std::string FileUserDefaults::replace(const Text& key, const Contents& old, Know
   if (staged) replacement.file = staged->file();
   replacement.since = calls_.fileTime();
   replacement.write = ++writes_;
-  return aside;
+  return quarantined;
 }
 
 // Gives the file its name as a generation.
@@ -299,40 +300,40 @@ void FileUserDefaults::copy(const std::string& from, const std::string& staging,
   StagedFile(calls_, staging, to, contents.bytes).publish();
 }
 
-std::string FileUserDefaults::setAside(const std::string& file, const Text& key, bool unreadable) {
+std::string FileUserDefaults::quarantine(const std::string& file, const Text& key, bool unreadable) {
   const std::string wanted =
       pathForKey(key) + (unreadable ? ".unreadable-" : ".damaged-") + utcText(calls_.time());
-  std::string aside = wanted;
+  std::string quarantined = wanted;
   bool moved = false;
   // Whatever the clock says, nothing that was set aside before is overwritten.
-  for (int copies = 2; calls_.link(file.c_str(), aside.c_str()) != 0; ++copies) {
+  for (int copies = 2; calls_.link(file.c_str(), quarantined.c_str()) != 0; ++copies) {
     struct stat status;
     const int error = errno;
-    if (error != EEXIST && calls_.lstat(aside.c_str(), &status) != 0) {
-      if (errno != ENOENT) throw FileException(FailureCode::cannotExamine, {aside}, errno);
+    if (error != EEXIST && calls_.lstat(quarantined.c_str(), &status) != 0) {
+      if (errno != ENOENT) throw FileException(FailureCode::cannotExamine, {quarantined}, errno);
       // No hard links here: a copy does as well, and what cannot be copied is moved.
       if (!unreadable)
-        copy(file, stagingIn(folder_, key), aside);
-      else if (calls_.rename(file.c_str(), aside.c_str()) != 0)
-        throw FileException(FailureCode::cannotSetAside, {file, aside}, errno);
+        copy(file, stagingIn(folder_, key), quarantined);
+      else if (calls_.rename(file.c_str(), quarantined.c_str()) != 0)
+        throw FileException(FailureCode::cannotQuarantine, {file, quarantined}, errno);
       moved = unreadable;
       break;
     }
-    aside = wanted + "-" + std::to_string(copies);
+    quarantined = wanted + "-" + std::to_string(copies);
   }
-  if (!unreadable) calls_.chmod(aside.c_str(), kPrivateFile);  // As for a generation.
+  if (!unreadable) calls_.chmod(quarantined.c_str(), kPrivateFile);  // As for a generation.
   // A power cut may keep any of the changes of names since the last sync and drop the others: this name must
   // be there before the file's goes to another.
   try {
     locked_.front()->sync();
   } catch (const FileException&) {
     if (moved)
-      calls_.rename(aside.c_str(), file.c_str());
+      calls_.rename(quarantined.c_str(), file.c_str());
     else
-      calls_.unlink(aside.c_str());
+      calls_.unlink(quarantined.c_str());
     throw;
   }
-  return aside;
+  return quarantined;
 }
 
 // The save is done and answered for: what goes wrong here is for the next time.

@@ -58,7 +58,7 @@ class XmlReader {
     tag = nextTag(root);
     if (!tag.closing) fail(tag.at, {FailureCode::xmlSecondValue});
     close(tag, root);
-    skipAside();
+    skipMisc();
     if (at_ != text_.size()) fail(at_, {FailureCode::xmlAfterEnd});
     return value;
   }
@@ -143,7 +143,7 @@ class XmlReader {
   }
 
   /// Skips what may stand between elements and says nothing.
-  void skipAside() {
+  void skipMisc() {
     do skipBlanks();
     while (skipCommentOrInstruction());
   }
@@ -153,10 +153,10 @@ class XmlReader {
       at_ = 5;
       checkEncoding(skipPast("?>", 0, FailureCode::xmlDeclarationOpen));
     }
-    skipAside();
+    skipMisc();
     if (startsWith("<!DOCTYPE")) {
       skipDoctype();
-      skipAside();
+      skipMisc();
     }
   }
 
@@ -198,7 +198,7 @@ class XmlReader {
 
   /// The next tag of an element's content, where nothing but tags may stand.
   Tag nextTag(const Tag& inside) {
-    skipAside();
+    skipMisc();
     if (at_ == text_.size()) fail(inside.at, {FailureCode::xmlElementOpen, {inTag(inside.name)}});
     if (text_[at_] != '<') fail(at_, {FailureCode::xmlTextBetween, {inTag(inside.name)}});
     return readTag();

@@ -221,7 +221,7 @@ TEST_F(DamageTest, TwoDamagedFilesOfOneSecondAreBothKept) {
 
 // A name that is taken is passed over, whatever else may be asked of it.
 TEST_F(DamageTest, ATakenNameIsPassedOver) {
-  class NoneAside : public FaultInjectingSystemCalls {
+  class NoQuarantine : public FaultInjectingSystemCalls {
     int lstat(const char* path, struct ::stat* status) override {
       if (std::string_view(path).find(".damaged-") == std::string_view::npos)
         return SystemCalls::lstat(path, status);
@@ -229,7 +229,7 @@ TEST_F(DamageTest, ATakenNameIsPassedOver) {
       return -1;
     }
   };
-  NoneAside calls;
+  NoQuarantine calls;
   calls.setTime(2'000'000'000);
   for (const char* junk : {"one", "two"}) {
     writeFile(file(), junk);
@@ -297,13 +297,14 @@ TEST_F(DamageTest, AFileWhoseNewNameCannotBeSyncedKeepsItsOldOne) {
       const std::string before = readFile(file());
       FaultInjectingSystemCalls calls;
       int reads = 0;
-      bool aside = false;
+      bool quarantined = false;
       bool failed = false;
       calls.setFault([&](const std::string& name, int) {
         if (name == "read" && unreadable && reads++ == 0) return EIO;
         for (const std::string& there : names())
-          aside = aside || there.find(".damaged-") != there.npos || there.find(".unreadable-") != there.npos;
-        if (aside && !failed && name == failing) return failed = true, EIO;
+          quarantined = quarantined || there.find(".damaged-") != there.npos ||
+                        there.find(".unreadable-") != there.npos;
+        if (quarantined && !failed && name == failing) return failed = true, EIO;
         return name == "link" && !links ? EPERM : 0;
       });
       FileUserDefaults store(FileUserDefaults::defaultFolder(), calls);

@@ -158,7 +158,7 @@ TEST_F(FileUserDefaultsTest, EachSaveOfAStoreSeesWhatTheFileHoldsNow) {
     store.setObject(value, kKey);
     ASSERT_TRUE(store.synchronize()) << store.lastFailure()->reason(Language::English);
   };
-  const auto setAside = [&] {
+  const auto quarantine = [&] {
     return std::ranges::count_if(names(),
                                  [](const std::string& name) { return name.find("damaged") != name.npos; });
   };
@@ -181,19 +181,19 @@ TEST_F(FileUserDefaultsTest, EachSaveOfAStoreSeesWhatTheFileHoldsNow) {
   }
 
   saveHere(kOld);
-  EXPECT_EQ(setAside(), 0);
+  EXPECT_EQ(quarantine(), 0);
   std::string bytes = readFile(file());
   bytes[bytes.size() / 2] ^= 1;
   writeFile(file(), bytes);
   saveHere(kNew);
-  EXPECT_EQ(setAside(), 1);
+  EXPECT_EQ(quarantine(), 1);
   for (int known = 0; known < 2; ++known) {
     writeFile(file(), "");
     if (known == 0)
       saveHere(kOld);
     else
       save(kOld);
-    EXPECT_EQ(setAside(), 2 + known) << "an empty file is no good one, for a new store neither";
+    EXPECT_EQ(quarantine(), 2 + known) << "an empty file is no good one, for a new store neither";
   }
   EXPECT_TRUE(isIdentical(load(), kOld));
 }

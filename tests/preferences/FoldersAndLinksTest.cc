@@ -113,7 +113,7 @@ TEST_F(FoldersAndLinksTest, WhatIsNoFileIsNotWaitedFor) {
 
 // And neither are they lost: a pipe or a folder in the file's place is set aside like a file that cannot be
 // read.
-TEST_F(FoldersAndLinksTest, WhatIsNoFileIsSetAside) {
+TEST_F(FoldersAndLinksTest, WhatIsNoFileIsQuarantined) {
   fs::create_directories(home.store());
   ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
   save(kOld);

@@ -253,15 +253,15 @@ TEST_F(GenerationsTest, ForgettingKeepsTheNewestGoodOne) {
   EXPECT_EQ(store.forgetGenerations(kKey), 0u);
 }
 
-TEST_F(GenerationsTest, DamagedOnesAreSetAsideOnRequest) {
+TEST_F(GenerationsTest, DamagedOnesAreQuarantinedOnRequest) {
   for (int i = 1; i <= 3; ++i) save(numbered(i));
   writeFile(newest(), "junk");
   FileUserDefaults store;
-  const auto aside = store.setAsideDamagedGenerations(kKey);
-  ASSERT_EQ(aside.size(), 1u);
-  EXPECT_EQ(readFile(aside[0]), "junk");
+  const auto quarantined = store.quarantineDamagedGenerations(kKey);
+  ASSERT_EQ(quarantined.size(), 1u);
+  EXPECT_EQ(readFile(quarantined[0]), "junk");
   EXPECT_EQ(generations().size(), 1u);
-  EXPECT_TRUE(store.setAsideDamagedGenerations(kKey).empty());
+  EXPECT_TRUE(store.quarantineDamagedGenerations(kKey).empty());
 }
 
 TEST_F(GenerationsTest, AnotherKeysAreNoConcernOfOurs) {

@@ -75,7 +75,7 @@ TEST(BinaryPropertyListTest, WritesTheseBytes) {
             "080d0f16181d1f20"    // the offsets
             "000000000000"
             "01"
-            "01"                  // spare, sort version; sizes of offsets and references
+            "01"                  // unused, sort version; sizes of offsets and references
             "0000000000000008"    // objects
             "0000000000000000"    // the top one
             "0000000000000029");  // the table
@@ -178,7 +178,7 @@ TEST(BinaryPropertyListTest, LeavesRoomForASeal) {
   EXPECT_EQ(bytes.substr(reserved, 40), std::string(40, '\0'));
   EXPECT_EQ(bytes.substr(bytes.size() - 32, 6), std::string("\1\2\3\4\5\0", 6));
   EXPECT_TRUE(isIdentical(readPropertyList(bytes), value));
-  // Whatever stands there, and in every spare byte, the value is the same.
+  // Whatever stands there, and in every unused byte, the value is the same.
   for (std::size_t i = 0; i < 40; ++i) bytes[reserved + i] = static_cast<char>(0xFF - i);
   for (std::size_t i = 0; i < 5; ++i) bytes[bytes.size() - 32 + i] = '\xFF';
   EXPECT_TRUE(isIdentical(readPropertyList(bytes), value));

@@ -127,7 +127,7 @@ TEST_F(HomesTest, AReadOnlyParentIsSaid) {
 }
 
 // Taken away for a while, by a careless chmod: the settings are neither lost nor mended away.
-TEST_F(HomesTest, AFileThatMayNotBeReadIsKeptAside) {
+TEST_F(HomesTest, AFileThatMayNotBeReadIsQuarantined) {
   asOrdinaryUser(home.path(), [&] {
     ASSERT_TRUE(save(kOld));
     const std::string before = readFile(file());
@@ -141,14 +141,14 @@ TEST_F(HomesTest, AFileThatMayNotBeReadIsKeptAside) {
     store.setObject(kNew, kKey);
     EXPECT_TRUE(store.synchronize());
     EXPECT_TRUE(isIdentical(FileUserDefaults().objectForKey(kKey), kNew));
-    int aside = 0;
+    int quarantined = 0;
     for (const auto& entry : fs::directory_iterator(home.store())) {
       if (entry.path().string().find(".unreadable-") == std::string::npos) continue;
-      ++aside;
+      ++quarantined;
       fs::permissions(entry.path(), fs::perms(0600));
       EXPECT_EQ(readFile(entry.path()), before);
     }
-    EXPECT_EQ(aside, 1);
+    EXPECT_EQ(quarantined, 1);
   });
 }
 

@@ -184,7 +184,7 @@ class Doctor {
       }
       examineRights(generation.path, name, 0600);
     }
-    if (damaged && repair_ && lock_) files.setAsideDamagedGenerations(key);
+    if (damaged && repair_ && lock_) files.quarantineDamagedGenerations(key);
     if (good != 0)
       add("." + key.string() + ".*.plist", "good",
           say("generations that are good: {}", std::to_string(good)));

@@ -83,11 +83,11 @@ TEST_F(CareVerbsTest, ADamagedCopyIsFound) {
   EXPECT_EQ(tool({"doctor", "--repair"}).exit, 0);
   EXPECT_FALSE(fs::exists(kept));
   EXPECT_EQ(tool({"doctor"}).exit, 0);
-  std::size_t aside = 0;
+  std::size_t quarantined = 0;
   for (const auto& entry : fs::directory_iterator(home.store()))
-    aside +=
+    quarantined +=
         entry.path().string().find(".damaged-") != std::string::npos && readFile(entry.path()) == "rubbish";
-  EXPECT_EQ(aside, 1u) << "set aside, not lost";
+  EXPECT_EQ(quarantined, 1u) << "set aside, not lost";
 }
 
 TEST_F(CareVerbsTest, OnlyWhatTheStoreMadeIsRemovedOrChanged) {
