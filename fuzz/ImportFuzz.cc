@@ -26,6 +26,8 @@ bool imported(Session& session, const ImportRequest& request) try {
   return true;
 } catch (const Failure&) {
   return false;
+} catch (const FileException&) {
+  return false;
 }
 
 }  // namespace

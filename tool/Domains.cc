@@ -100,7 +100,7 @@ std::optional<qorvane::Settings> storedSettings(Session& session, const Domain& 
     throw Failure(Exit::BadData, say("{} holds no dictionary of settings", files.pathForKey(domain.key())));
   return before(*found.object.asDictionary());
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
+  throw failureOf(error);
 }
 
 DomainStore::DomainStore(Session& session, const Domain& domain, const Dictionary& entries)

@@ -11,6 +11,10 @@
 
 namespace optionsmgr {
 
+Failure failureOf(const qorvane::FileException& error) {
+  return {exitFor(error.systemError()), told(error.failure())};
+}
+
 void tell(std::string_view message) {
   // A report may have several lines, each of them without a character that steers the terminal.
   std::string text = qorvane::Text(message).string();

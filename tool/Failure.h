@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "qorvane/preferences/FileException.h"
+
 namespace optionsmgr {
 
 /// The exit codes, those of sysexits.h where it has one.
@@ -28,6 +30,9 @@ class Failure : public std::runtime_error {
  private:
   Exit code_;
 };
+
+/// A failure of the store, with its own sentence in the language of the tool.
+Failure failureOf(const qorvane::FileException& error);
 
 /// Prints the message to standard error, behind the tool's name. Characters that would steer the terminal,
 /// and bytes that are no UTF-8, are shown as such.

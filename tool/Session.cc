@@ -89,7 +89,7 @@ std::size_t Session::terminalWidth() {
 void Session::requireFolder() try {
   files_.pathForKey(Options(files_, product()).settingsDomainKey());
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
+  throw failureOf(error);
 }
 
 std::unique_ptr<Options> Session::load() { return loaded(seenEntries(*this, domainOf(*this))); }

@@ -4,6 +4,7 @@
 
 #include "qorvane/foundation/Version.h"
 #include "tool/CommandLine.h"
+#include "tool/Failure.h"
 #include "tool/Session.h"
 #include "tool/speech/Completion.h"
 #include "tool/speech/Help.h"
@@ -13,10 +14,12 @@ namespace optionsmgr {
 
 namespace {
 
-Exit run(const CommandLine& line) {
+Exit run(const CommandLine& line) try {
   Session session(line.settings());
   line.verbs().run(session, std::cout);
   return session.exit();
+} catch (const qorvane::FileException& error) {
+  throw failureOf(error);
 }
 
 // The answers that only scripts ask for: `--complete WORDS…`, and for the build `--manual SECTION en|fr`.

@@ -180,16 +180,15 @@ void removeRest(Session& session) {
 }
 
 // A note that is no good is kept as it is: it may be all that is left of what was before.
-void quarantineNote(Session& session, const std::string& why) {
-  const std::string quarantined =
-      freeName(session.files().folder() + "/.unfinished.damaged-" + timeNow(), "");
-  if (rename(noteFolder(session).c_str(), quarantined.c_str()) != 0)
-    throw Failure(exitFor(errno), say("cannot set {} aside as {}: {}", noteFolder(session), quarantined,
-                                      systemReason(errno)));
+void setNoteAside(Session& session, const std::string& why) {
+  const std::string aside = freeName(session.files().folder() + "/.unfinished.damaged-" + timeNow(), "");
+  if (rename(noteFolder(session).c_str(), aside.c_str()) != 0)
+    throw Failure(exitFor(errno),
+                  say("cannot set {} aside as {}: {}", noteFolder(session), aside, systemReason(errno)));
   tell(say(
       "the note of a change of several years that was interrupted is damaged ({}): some of them may be as "
       "it left them; it was kept as {}",
-      why, quarantined));
+      why, aside));
 }
 
 // The bytes that putting everything back may take.
@@ -279,7 +278,7 @@ void changeAll(Session& session, const Changes& changes, const Marks& marks) try
   }
   removeRest(session);
 } catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
+  throw failureOf(error);
 } catch (const fs::filesystem_error& error) {
   throw Failure(exitFor(error.code().value()), systemReason(error.code().value()));
 }
@@ -307,14 +306,14 @@ void putBackUnfinished(Session& session) {
   };
   try {
     const Note note = readNote(session);
-    if (note.kind == Note::Kind::Damaged) return quarantineNote(session, note.damage);
+    if (note.kind == Note::Kind::Damaged) return setNoteAside(session, note.damage);
     bool broken = false;
     if (note.kind == Note::Kind::Usable) unlink(reserveFile(session).c_str());
     for (const Step& step : note.steps) {
       broken |= step.isBroken;
       if (!step.isBroken) tell(say("a change of several years was interrupted: {}", putBack(session, step)));
     }
-    if (broken) return quarantineNote(session, say("some of its entries are none"));
+    if (broken) return setNoteAside(session, say("some of its entries are none"));
     if (!dropNote(session)) throw blocked(errno, systemReason(errno));
     std::error_code later;
     fs::remove_all(noteFolder(session), later);

@@ -12,7 +12,6 @@
 #include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/preferences/Generations.h"
 #include "qorvane/preferences/LockedFolder.h"
-#include "qorvane/preferences/OpenFile.h"
 #include "qorvane/preferences/Seal.h"
 #include "qorvane/preferences/StagedFile.h"
 

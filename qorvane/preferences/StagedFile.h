@@ -1,9 +1,6 @@
 // StagedFile: a file's next contents, before they take its place. Internal to the file stores.
 #pragma once
 
-#include <fcntl.h>
-
-#include <cerrno>
 #include <string>
 #include <string_view>
 
@@ -13,42 +10,30 @@
 namespace qorvane::inline v1 {
 
 /// A new file in the folder of the one that it is to replace: written and synced, removed again unless
-/// published. Throws FileException.
+/// published.
 class StagedFile {
  public:
-  /// rights: of the file, whatever the umask.
-  StagedFile(SystemCalls& calls, const std::string& path, const std::string& target, std::string_view bytes,
-             mode_t rights = kPrivateFile)
-      : calls_(calls), path_(path), target_(target) {
-    OpenFile file(calls_, path_, O_WRONLY | O_CREAT | O_EXCL, kPrivateFile);
-    if (!file) throw FileException(FailureCode::cannotCreate, {path_}, errno);
-    try {
-      if (!file.setRights(rights, &status_))
-        throw FileException(FailureCode::cannotMakePrivate, {path_}, errno);
-      if (!file.write(bytes)) throw FileException(FailureCode::cannotWrite, {path_}, errno);
-      if (!file.sync()) throw FileException(FailureCode::cannotSync, {path_}, errno);
-      if (!file.close()) throw FileException(FailureCode::cannotClose, {path_}, errno);
-    } catch (...) {
-      discard();
-      throw;
-    }
-  }
+  /// When it gets its name: at once, or only when it is whole, so that nothing is left of it when the process
+  /// is killed before. Not every file system has files without a name.
+  enum class Named : bool { AtOnce, WhenWhole };
+
+  /// rights: of the file, whatever the umask. Throws FileException.
+  StagedFile(SystemCalls& calls, std::string path, std::string target, std::string_view bytes,
+             mode_t rights = kPrivateFile, Named named = Named::AtOnce);
   ~StagedFile() {
-    if (!published_) discard();
+    if (!published_) calls_.unlink(path_.c_str());
   }
   StagedFile(const StagedFile&) = delete;
   StagedFile& operator=(const StagedFile&) = delete;
 
-  /// Puts the file in its target's place; not yet synced to the folder.
-  void publish() {
-    if (calls_.rename(path_.c_str(), target_.c_str()) != 0)
-      throw FileException(FailureCode::cannotReplace, {path_, target_}, errno);
-    published_ = true;
-  }
+  /// Puts the file in its target's place; not yet synced to the folder. Throws FileException.
+  void publish();
+  /// The same, but throws FileException (EEXIST) when the target is there.
+  void publishNew();
   ino_t file() const { return status_.st_ino; }
 
  private:
-  void discard() noexcept { calls_.unlink(path_.c_str()); }
+  void fill(OpenFile& file, std::string_view bytes, mode_t rights);
 
   SystemCalls& calls_;
   std::string path_;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -27,6 +28,10 @@ int SystemCalls::fsync(int file) { return ::fsync(file); }
 int SystemCalls::close(int file) { return ::close(file); }
 int SystemCalls::rename(const char* from, const char* to) { return ::rename(from, to); }
 int SystemCalls::link(const char* from, const char* to) { return ::link(from, to); }
+int SystemCalls::linkOpen(int file, const char* to) {
+  const std::string self = "/proc/self/fd/" + std::to_string(file);
+  return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, to, AT_SYMLINK_FOLLOW);
+}
 int SystemCalls::unlink(const char* path) { return ::unlink(path); }
 int SystemCalls::mkdir(const char* path, mode_t mode) { return ::mkdir(path, mode); }
 int SystemCalls::chmod(const char* path, mode_t mode) { return ::chmod(path, mode); }
@@ -129,6 +134,9 @@ int FaultInjectingSystemCalls::rename(const char* from, const char* to) {
 }
 int FaultInjectingSystemCalls::link(const char* from, const char* to) {
   return fails("link") ? -1 : SystemCalls::link(from, to);
+}
+int FaultInjectingSystemCalls::linkOpen(int file, const char* to) {
+  return fails("linkOpen") ? -1 : SystemCalls::linkOpen(file, to);
 }
 int FaultInjectingSystemCalls::unlink(const char* path) {
   return fails("unlink") ? -1 : SystemCalls::unlink(path);

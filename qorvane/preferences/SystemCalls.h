@@ -38,6 +38,8 @@ class SystemCalls {
   virtual int close(int file);
   virtual int rename(const char* from, const char* to);
   virtual int link(const char* from, const char* to);
+  /// Gives an open file that has no name (O_TMPFILE) one.
+  virtual int linkOpen(int file, const char* to);
   virtual int unlink(const char* path);
   virtual int mkdir(const char* path, mode_t mode);
   virtual int chmod(const char* path, mode_t mode);
@@ -101,6 +103,7 @@ class FaultInjectingSystemCalls : public SystemCalls {
   int close(int file) override;
   int rename(const char* from, const char* to) override;
   int link(const char* from, const char* to) override;
+  int linkOpen(int file, const char* to) override;
   int unlink(const char* path) override;
   int mkdir(const char* path, mode_t mode) override;
   int chmod(const char* path, mode_t mode) override;

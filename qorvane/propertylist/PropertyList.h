@@ -40,9 +40,9 @@ PropertyListFormat formatOf(std::string_view bytes);
 /// The value that the bytes hold, in whichever form. Throws Exception, saying at which byte (binary) or line
 /// and column (XML, both from 1), when they are no well-formed property list or exceed the limits.
 ///
-/// Binary: the places that no object covers, the order of the objects and the five unused bytes of the trailer
-/// are free. Half a surrogate pair reads as U+FFFD. Sets, archiver references (UIDs) and null objects are
-/// refused. XML: UTF-8, or UTF-16 with a byte order mark. A DTD is skipped unread; one with declarations
+/// Binary: the places that no object covers, the order of the objects and the five unused bytes of the
+/// trailer are free. Half a surrogate pair reads as U+FFFD. Sets, archiver references (UIDs) and null objects
+/// are refused. XML: UTF-8, or UTF-16 with a byte order mark. A DTD is skipped unread; one with declarations
 /// inside the document is refused, so that no entity is ever expanded but the five of XML itself. Carriage
 /// returns read as line feeds unless written as references. A real beyond the range of a double reads as an
 /// infinity. Both: of two values under one key in a dictionary the last counts, in the place of the first.

@@ -11,8 +11,8 @@
 namespace qorvane::inline v1::detail {
 
 inline constexpr std::string_view kBinaryMagic = "bplist00";
-/// Five unused bytes, the sort version, the sizes of an offset and of a reference, and then, 8 bytes each, the
-/// number of objects, the number of the top object and the offset of the table of offsets.
+/// Five unused bytes, the sort version, the sizes of an offset and of a reference, and then, 8 bytes each,
+/// the number of objects, the number of the top object and the offset of the table of offsets.
 inline constexpr std::size_t kTrailerSize = 32;
 /// The reference date of property lists, 2001-01-01, in days since 1970-01-01.
 inline constexpr int kReferenceDay = 11323;

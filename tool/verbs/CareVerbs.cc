@@ -25,7 +25,6 @@
 namespace optionsmgr {
 
 using qorvane::Dictionary;
-using qorvane::FileException;
 using qorvane::FileUserDefaults;
 using qorvane::Text;
 using qorvane::Value;
@@ -175,7 +174,7 @@ class Watch {
   int told_ = 0;
 };
 
-void watch(Session& session, const WatchRequest& request, std::ostream& out) try {
+void watch(Session& session, const WatchRequest& request, std::ostream& out) {
   session.requireFolder();
   if ((fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) == O_RDONLY)
     throw Failure(Exit::InputOutput, say("the answer could not be written"));
@@ -198,8 +197,6 @@ void watch(Session& session, const WatchRequest& request, std::ostream& out) try
       throw Failure(Exit::InputOutput, say("cannot watch: {}", systemReason(errno)));
     if (ends[1].revents != 0 || (ends[2].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) return;
   } while (changes.changedKeys().empty() || watch.tellChanges());
-} catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ namespace optionsmgr {
 using qorvane::FileException;
 using qorvane::FileUserDefaults;
 using qorvane::Text;
-using State = FileUserDefaults::Inspection::State;
+using FileState = FileUserDefaults::Inspection::State;
 
 namespace fs = std::filesystem;
 
@@ -40,9 +40,25 @@ struct DoctorRequest {
   std::string report;
 };
 
+enum class State : std::uint8_t { Good, Problem, Repaired, Note };
+
+Phrase wordFor(State state) {
+  switch (state) {
+    case State::Good:
+      return "good";
+    case State::Problem:
+      return "problem";
+    case State::Repaired:
+      return "repaired";
+    case State::Note:
+      break;
+  }
+  return "note";
+}
+
 struct Finding {
   std::string file;
-  Phrase state;  // "good", "problem", "repaired", "note".
+  State state;
   std::string what;
 };
 
@@ -57,14 +73,14 @@ class Doctor {
     if (stat(folder.c_str(), &status) != 0) {
       if (errno != ENOENT)
         throw Failure(exitFor(errno), say("cannot examine {}: {}", folder, systemReason(errno)));
-      add(folder, "note", say("there are no settings yet"));
+      add(folder, State::Note, say("there are no settings yet"));
       return std::move(findings_);
     }
     names_ = namesIn(folder);
     domains_ = domains();
     // A folder that holds nothing of ours may be anybody's, such as one that was misspelt.
     if (domains_.empty() && std::ranges::find(names_, ".lock") == names_.end()) {
-      add(folder, "note", say("there are no settings yet"));
+      add(folder, State::Note, say("there are no settings yet"));
       return std::move(findings_);
     }
     // Root would act on what another user can exchange under its hands, and make files that he cannot read.
@@ -106,7 +122,7 @@ class Doctor {
     return found;
   }
 
-  void add(std::string file, const Phrase& state, std::string what) {
+  void add(std::string file, State state, std::string what) {
     findings_.push_back({std::move(file), state, std::move(what)});
   }
 
@@ -116,14 +132,14 @@ class Doctor {
     struct stat status;
     if (stat(path.c_str(), &status) != 0) return;
     if (status.st_uid != geteuid()) {
-      add(name, "problem", say("belongs to another user"));
+      add(name, State::Problem, say("belongs to another user"));
     } else if ((status.st_mode & 0777) != wanted) {
       const int file = repair_ ? open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC) : -1;
       const std::string opened = "/proc/self/fd/" + std::to_string(file);
       const bool mended = file >= 0 && fstat(file, &status) == 0 && !S_ISLNK(status.st_mode) &&
                           chmod(opened.c_str(), wanted) == 0;
       if (file >= 0) close(file);
-      add(name, mended ? Phrase("repaired") : Phrase("problem"),
+      add(name, mended ? State::Repaired : State::Problem,
           wanted == 0700 ? say("its mode was not 0700: others may look in, or you may not")
                          : say("its mode was not 0600: others may read it, or you may not"));
     }
@@ -136,7 +152,7 @@ class Doctor {
     if (stat(session_.files().folder().c_str(), &status) == 0 && status.st_uid == geteuid())
       lock_.emplace(session_.files());
   } catch (const FileException& error) {
-    add(".lock", error.systemError() == EAGAIN ? Phrase("note") : Phrase("problem"), told(error.failure()));
+    add(".lock", error.systemError() == EAGAIN ? State::Note : State::Problem, told(error.failure()));
   }
 
   void examineSettings(const Domain& domain) try {
@@ -145,27 +161,27 @@ class Doctor {
     const std::string name = key.string() + ".plist";
     auto found = files.inspect(key);
     const bool healable = files.newestGoodGeneration(key).has_value();
-    if (found.state == State::Damaged) {
+    if (found.state == FileState::Damaged) {
       const std::string damage = told(*found.damage);
       if (repair_ && lock_) {
         files.objectForKey(key);
         found = files.inspect(key);
       }
-      add(name, found.state == State::Damaged ? Phrase("problem") : Phrase("repaired"),
+      add(name, found.state == FileState::Damaged ? State::Problem : State::Repaired,
           say(healable ? Phrase("damaged: {}; there is a good copy of it")
                        : Phrase("damaged: {}; there is no good copy of it"),
               damage));
-    } else if (found.state == State::Good) {
-      add(name, "good",
+    } else if (found.state == FileState::Good) {
+      add(name, State::Good,
           found.sealed ? say("saves: {}", std::to_string(found.generation))
                        : say("written by another program: damage to it would not show"));
     } else {
-      add(name, "note", say("removed; what it held is kept"));
+      add(name, State::Note, say("removed; what it held is kept"));
     }
-    if (found.state != State::Missing) examineRights(files.pathForKey(key), name, 0600);
+    if (found.state != FileState::Missing) examineRights(files.pathForKey(key), name, 0600);
     examineGenerations(key);
   } catch (const FileException& error) {
-    add(domain.key().string() + ".plist", "problem", told(error.failure()));
+    add(domain.key().string() + ".plist", State::Problem, told(error.failure()));
   }
 
   void examineGenerations(const Text& key) {
@@ -176,17 +192,17 @@ class Doctor {
     for (const auto& generation : all) {
       const std::string name = fs::path(generation.path).filename().string();
       const auto found = files.inspectGeneration(key, generation.number);
-      if (found.state == State::Good) ++good;
-      if (found.state == State::Damaged) {
+      if (found.state == FileState::Good) ++good;
+      if (found.state == FileState::Damaged) {
         damaged = true;
-        add(name, repair_ && lock_ ? Phrase("repaired") : Phrase("problem"),
+        add(name, repair_ && lock_ ? State::Repaired : State::Problem,
             say("damaged: {}", told(*found.damage)));
       }
       examineRights(generation.path, name, 0600);
     }
     if (damaged && repair_ && lock_) files.quarantineDamagedGenerations(key);
     if (good != 0)
-      add("." + key.string() + ".*.plist", "good",
+      add("." + key.string() + ".*.plist", State::Good,
           say("generations that are good: {}", std::to_string(good)));
   }
 
@@ -196,17 +212,18 @@ class Doctor {
                               [&](const Domain& d) { return FileUserDefaults::isLeftover(name, d.key()); })) {
         // Whoever holds the lock may be writing it.
         const bool removed = repair_ && lock_ && unlink((folder + "/" + name).c_str()) == 0;
-        add(name, removed ? Phrase("repaired") : Phrase("problem"), say("left by a save that was killed"));
+        add(name, removed ? State::Repaired : State::Problem, say("left by a save that was killed"));
       } else if (name.find(".damaged-") != name.npos || name.find(".unreadable-") != name.npos) {
-        add(name, "note", say("set aside; yours to keep or remove"));
+        add(name, State::Note, say("set aside; yours to keep or remove"));
       } else if (name.starts_with(".lock-held")) {
-        add(name, "note", say("a lock, or what a killed process left of one; it goes by itself"));
+        add(name, State::Note, say("a lock, or what a killed process left of one; it goes by itself"));
       } else if (name == ".unfinished") {
         // Whoever holds the lock may be at it.
-        add(name, lock_ ? Phrase("problem") : Phrase("note"),
+        add(name, lock_ ? State::Problem : State::Note,
             say("left by a change of several years that was interrupted; the next change puts it back"));
       } else if (name.find(".before-import-") != name.npos) {
-        add(name, "note", say("kept from a change of several years that was interrupted; yours to remove"));
+        add(name, State::Note,
+            say("kept from a change of several years that was interrupted; yours to remove"));
       }
     }
   }
@@ -242,20 +259,20 @@ std::string reportOf(Session& session, const std::vector<Finding>& findings) {
   }
   text << '\n';
   for (const Finding& finding : findings)
-    text << finding.file << ": " << finding.state.english() << ": " << finding.what << '\n';
+    text << finding.file << ": " << wordFor(finding.state).english() << ": " << finding.what << '\n';
   for (const Domain& domain : storedDomains(session)) try {
       const FileUserDefaults& files = session.files();
       text << '\n' << domain.name() << '\n';
       const auto found = files.inspect(domain.key());
       if (found.damage)
         text << "  damaged: " << found.damage->reason(qorvane::Language::English).string() << '\n';
-      if (found.state == State::Good)
+      if (found.state == FileState::Good)
         text << "  entries: " << storedEntries(session, domain).value_or(qorvane::Dictionary()).size() << ", "
              << (found.sealed ? "saves: " + std::to_string(found.generation) : "not sealed") << '\n';
       for (const auto& generation : files.generations(domain.key())) {
         const auto state = files.inspectGeneration(domain.key(), generation.number);
         text << "  generation " << generation.number << ": " << generation.size << " bytes, "
-             << (state.state == State::Good ? "good" : "damaged") << '\n';
+             << (state.state == FileState::Good ? "good" : "damaged") << '\n';
       }
     } catch (const FileException& error) {
       text << "  failed: " << error.failure().reason(qorvane::Language::English).string() << '\n';
@@ -312,14 +329,14 @@ void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
   examineLayers(session, findings);
   if (!request.report.empty())
     writeWholeFile(request.report, reportOf(session, findings), Existing::Replaced);
-  const bool ill =
-      std::ranges::any_of(findings, [](const Finding& f) { return f.state.english() == "problem"; });
+  const bool ill = std::ranges::any_of(findings, [](const Finding& f) { return f.state == State::Problem; });
   if (ill) session.setExit(Exit::NotFound);
   if (session.json()) {
     Json all = Json::array();
     for (const Finding& finding : findings)
-      all.push_back(
-          {{"file", finding.file}, {"state", std::string(finding.state.english())}, {"what", finding.what}});
+      all.push_back({{"file", finding.file},
+                     {"state", std::string(wordFor(finding.state).english())},
+                     {"what", finding.what}});
     printJson({{"folder", session.files().folder()}, {"findings", all}}, out);
     return;
   }
@@ -330,7 +347,7 @@ void doctor(Session& session, const DoctorRequest& request, std::ostream& out) {
     // The name of a file that was set aside is longer than all else and would leave no room for it.
     const bool isLong = finding.file.size() > 36;
     if (isLong) rows.push_back({"  " + finding.file});
-    rows.push_back({isLong ? "" : "  " + finding.file, say(finding.state), finding.what});
+    rows.push_back({isLong ? "" : "  " + finding.file, say(wordFor(finding.state)), finding.what});
   }
   printTable(session, {}, rows, out, Overflow::Words);
   if (ill && !request.repair) out << say("`optionsmgr doctor --repair` mends what can be mended") << '\n';

@@ -25,7 +25,6 @@
 namespace optionsmgr {
 
 using qorvane::Dictionary;
-using qorvane::FileException;
 using qorvane::FileUserDefaults;
 using qorvane::OptionRow;
 using qorvane::Text;
@@ -440,7 +439,7 @@ void importIntoMachine(Session& session, const ImportRequest& request, std::ostr
 
 }  // namespace
 
-void importSettings(Session& session, const ImportRequest& request, std::ostream& out) try {
+void importSettings(Session& session, const ImportRequest& request, std::ostream& out) {
   if (session.settings().layer == "machine") return importIntoMachine(session, request, out);
   const PreferenceFile file = chosenOf(session, request);
   session.requireSound();
@@ -456,8 +455,6 @@ void importSettings(Session& session, const ImportRequest& request, std::ostream
     printPlanAsJson(request, file, plan, out);
   else if (session.reports())
     printPlan(session, request, file, plan, out);
-} catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 void addExchangeVerbs(Verbs& verbs) {

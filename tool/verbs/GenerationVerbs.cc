@@ -116,7 +116,7 @@ std::string words(const OptionState& state, bool showSecrets) {
 
 // ---- history ----------------------------------------------------------------------------------------------
 
-void history(Session& session, const HistoryRequest& request, std::ostream& out) try {
+void history(Session& session, const HistoryRequest& request, std::ostream& out) {
   session.requireFolder();
   const Domain domain = domainOf(session);
   if (request.forget) {
@@ -167,8 +167,6 @@ void history(Session& session, const HistoryRequest& request, std::ostream& out)
   else
     printTable(session, {say("number"), say("time"), say("what changed")}, std::move(rows), out,
                Overflow::Values);
-} catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 // ---- undo -------------------------------------------------------------------------------------------------
@@ -295,7 +293,7 @@ class UndoneTold {
   Json changes_ = Json::array();
 };
 
-void undo(Session& session, const UndoRequest& request, std::ostream& out) try {
+void undo(Session& session, const UndoRequest& request, std::ostream& out) {
   session.requireFolder();
   const FileUserDefaults::Lock lock(session.files());
   putBackUnfinished(session);
@@ -327,8 +325,6 @@ void undo(Session& session, const UndoRequest& request, std::ostream& out) try {
   UndoneTold report(session, out);
   for (const auto& [one, undone] : plan) report.tellOf(one, before[one], undone);
   report.end();
-} catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 }  // namespace

@@ -532,7 +532,7 @@ Json carryingAsJson(const CarryRequest& request, const CarryPlan& plan) {
           {"unchangedPaths", plan.unchanged}};
 }
 
-void carryForward(Session& session, const CarryRequest& request, std::ostream& out) try {
+void carryForward(Session& session, const CarryRequest& request, std::ostream& out) {
   std::vector<CarryPlan> plans;
   if (request.dryRun) {
     plans = plannedCarrying(session, request);
@@ -556,8 +556,6 @@ void carryForward(Session& session, const CarryRequest& request, std::ostream& o
   if (!session.reports()) return;
   for (const CarryPlan& plan : plans) printCarrying(session, request, plan, out);
   if (request.dryRun) out << say("a preview: nothing was changed") << '\n';
-} catch (const FileException& error) {
-  throw Failure(exitFor(error.systemError()), told(error.failure()));
 }
 
 }  // namespace
