@@ -80,10 +80,8 @@ if(BUILD_SHARED_LIBS)
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
   set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} ${same_version}")
-  # No package that is installed has the library that the tool is linked with: it is found here, and whose it is has
-  # to be said.
+  # No package that is installed has the library that the programs are linked with: it is found here.
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
-  set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (>= ${PROJECT_VERSION})")
 else()
   # A static library's users link what the library itself needs.
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libicu-dev)
@@ -105,6 +103,17 @@ if(OPTIONSMGR_FIRM)
       "settings of a firm's desks in PostgreSQL\n${about}This package holds the program that administers a firm's settings in\nPostgreSQL and, as an agent, keeps each machine's files like them.")
   set(firm_scripts ${PROJECT_SOURCE_DIR}/cmake/debian/optionsmgr-firm)
   set(CPACK_DEBIAN_FIRM_PACKAGE_CONTROL_EXTRA ${firm_scripts}/postinst ${firm_scripts}/prerm ${firm_scripts}/postrm)
+endif()
+
+# Whose the library is that was found here has to be said.
+if(BUILD_SHARED_LIBS)
+  foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+    string(TOUPPER ${component} upper)
+    if(NOT component MATCHES "^(library|development)$")
+      list(APPEND CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (>= ${PROJECT_VERSION})")
+      list(JOIN CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS ", " CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS)
+    endif()
+  endforeach()
 endif()
 
 # What only packages hold: compressed pages, the changelog, the copyright.
