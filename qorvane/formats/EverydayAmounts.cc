@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace qorvane::inline v1 {
 
@@ -85,7 +84,7 @@ Text EverydayAmounts::text(double amount) const {
   char* begin = bytes.data() + bytes.size();
   const auto put = [&](const std::string& part) {
     begin -= part.size();
-    std::memcpy(begin, part.data(), part.size());
+    std::ranges::copy(part, begin);
   };
   const auto putDigit = [&] {
     *--begin = static_cast<char>('0' + left % 10);

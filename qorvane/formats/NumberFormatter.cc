@@ -209,7 +209,7 @@ Text NumberFormatter::stringFromNumber(double number) const {
   const Machine& made = machine();
   // Without the sign that zero and NaN may carry.
   const double amount = std::abs(number);
-  const Text text = number < 0 ? made.everydayBelowZero.text(amount) : made.everyday.text(amount);
+  Text text = number < 0 ? made.everydayBelowZero.text(amount) : made.everyday.text(amount);
   if (!text.isNil()) return text;
   return number < 0 ? made.textBelowZero(number) : made.positive->text(amount);
 }

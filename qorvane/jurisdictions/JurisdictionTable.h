@@ -228,8 +228,8 @@ class FormIndex {
   }
 
   static consteval std::uint8_t placeOf(std::string_view code) {
-    for (std::uint8_t place = 0; place < std::size(kJurisdictions); ++place)
-      if (kJurisdictions[place].code.view() == code) return place;
+    for (std::size_t place = 0; place < std::size(kJurisdictions); ++place)
+      if (kJurisdictions[place].code.view() == code) return static_cast<std::uint8_t>(place);
     throw "a form stands for no jurisdiction";
   }
 
