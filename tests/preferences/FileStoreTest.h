@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -29,6 +31,32 @@ inline const Value kNew = Dictionary{{"PCity", Text("Gaspé")}, {"Bytes", Data("
 class CallsWithoutSync : public SystemCalls {
   int fsync(int) override { return 0; }
 };
+
+/// Lets so many processes at once read, change and save under the lock, so often each: nothing is lost.
+inline void writeAtOnce(const std::string& folder, int processes, int changes, SystemCalls& calls) {
+  for (int process = 0; process < processes; ++process) {
+    if (fork() != 0) continue;
+    bool all = true;
+    for (int change = 0; change < changes; ++change) {
+      FileUserDefaults store(folder, calls);
+      store.setLockWait(60'000);
+      const UserDefaults::Lock lock(store);
+      const Value now = store.objectForKey(kKey);
+      Dictionary next = now.asDictionary() ? *now.asDictionary() : Dictionary();
+      next.set(Text(std::to_string(process) + "/" + std::to_string(change)), Number(change));
+      store.setObject(next, kKey);
+      all = store.synchronize() && all;
+    }
+    _exit(all ? 0 : 1);
+  }
+  for (int process = 0; process < processes; ++process) {
+    int status = -1;
+    wait(&status);
+    EXPECT_EQ(status, 0);
+  }
+  EXPECT_EQ(FileUserDefaults(folder).objectForKey(kKey).asDictionary()->size(),
+            static_cast<std::size_t>(processes * changes));
+}
 
 class FileStoreTest : public testing::Test {
  protected:

@@ -16,18 +16,10 @@
 #include "qorvane/foundation/Dictionary.h"
 #include "qorvane/preferences/FileException.h"
 #include "qorvane/preferences/FileUserDefaults.h"
-#include "tests/TestHome.h"
+#include "tests/preferences/FileStoreTest.h"
 
 namespace qorvane {
 namespace {
-
-namespace fs = std::filesystem;
-using testing_support::readFile;
-using testing_support::writeFile;
-
-constexpr Text kKey = "QorvaneT1Settings2020";
-const Value kOld = Dictionary{{"PCity", Text("Québec")}};
-const Value kNew = Dictionary{{"PCity", Text("Gaspé")}};
 
 class FolderLockTest : public testing::Test {
  protected:
@@ -447,8 +439,6 @@ TEST_F(FolderLockTest, KilledAtAnyCallTheNextOneFindsItFree) {
 }
 
 TEST_F(FolderLockTest, ManyWritersWithoutByteRangeLocksLoseNothing) {
-  constexpr int kProcesses = 4;
-  constexpr int kChanges = 25;
   class Calls : public SystemCalls {
     int fsync(int) override { return 0; }
     int tryLock(int) override {
@@ -456,30 +446,8 @@ TEST_F(FolderLockTest, ManyWritersWithoutByteRangeLocksLoseNothing) {
       return -1;
     }
   };
-  for (int process = 0; process < kProcesses; ++process) {
-    if (fork() == 0) {
-      Calls own;
-      bool all = true;
-      for (int change = 0; change < kChanges; ++change) {
-        FileUserDefaults store(home.store().string(), own);
-        store.setLockWait(60'000);
-        const UserDefaults::Lock lock(store);
-        const Value now = store.objectForKey(kKey);
-        Dictionary next = now.asDictionary() ? *now.asDictionary() : Dictionary();
-        next.set(Text(std::to_string(process) + "/" + std::to_string(change)), Number(change));
-        store.setObject(next, kKey);
-        all = store.synchronize() && all;
-      }
-      _exit(all ? 0 : 1);
-    }
-  }
-  for (int process = 0; process < kProcesses; ++process) {
-    int status = -1;
-    wait(&status);
-    EXPECT_EQ(status, 0);
-  }
-  EXPECT_EQ(FileUserDefaults().objectForKey(kKey).asDictionary()->size(),
-            static_cast<std::size_t>(kProcesses * kChanges));
+  Calls own;
+  writeAtOnce(home.store().string(), 4, 25, own);
   const Names all = names();
   EXPECT_EQ(std::ranges::count(all, ".QorvaneT1Settings2020.plist"), 54) << "thinned at every sixteenth";
   EXPECT_EQ(all.size(), 54u + 2);

@@ -68,29 +68,8 @@ TEST_F(SeveralWritersTest, ALockOfAKilledProcessDoesNotBlock) {
 }
 
 TEST_F(SeveralWritersTest, ReadChangeSaveUnderTheLockLosesNothing) {
-  constexpr int kProcesses = 4;
-  constexpr int kChanges = 25;
-  for (int process = 0; process < kProcesses; ++process) {
-    if (fork() == 0) {
-      bool all = true;
-      for (int change = 0; change < kChanges; ++change) {
-        FileUserDefaults store;
-        const FileUserDefaults::Lock lock(store);
-        const Value now = store.objectForKey(kKey);
-        Dictionary next = now.asDictionary() ? *now.asDictionary() : Dictionary();
-        next.set(Text(std::to_string(process) + "/" + std::to_string(change)), Number(change));
-        store.setObject(next, kKey);
-        all = store.synchronize() && all;
-      }
-      _exit(all ? 0 : 1);
-    }
-  }
-  for (int process = 0; process < kProcesses; ++process) {
-    int status = -1;
-    wait(&status);
-    EXPECT_EQ(status, 0);
-  }
-  EXPECT_EQ(load().asDictionary()->size(), static_cast<std::size_t>(kProcesses * kChanges));
+  SystemCalls calls;
+  writeAtOnce(home.store().string(), 4, 25, calls);
 }
 
 // Somebody cleans up while a save is under way, and another saves: of the two, one is told that it failed.

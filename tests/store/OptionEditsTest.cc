@@ -7,8 +7,7 @@
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
-#include "tests/store/SharedStore.h"
-#include "tests/store/StoreTest.h"
+#include "tests/store/SharedDiskTest.h"
 
 namespace qorvane {
 namespace {
@@ -17,25 +16,8 @@ using testing_support::SharedUserDefaults;
 using Names = std::vector<Text>;
 using Posted = std::vector<std::string>;
 
-class OptionEditsTest : public testing_support::StoreTest {
+class OptionEditsTest : public testing_support::SharedDiskTest {
  protected:
-  static constexpr Text kKey = "QorvaneT1Settings2020";
-
-  void SetUp() override { store.loadOptions(); }
-
-  void elsewhere(const std::function<void(Options&)>& change) {
-    Options there(theirs, product);
-    there.loadOptions();
-    change(there);
-    there.saveOptions();
-    takePosted();
-  }
-  Value onDisk(std::string_view key) const {
-    const auto found = disk.find(kKey.string());
-    const Dictionary* const entries = found == disk.end() ? nullptr : found->second.asDictionary();
-    const Value* const value = entries ? entries->find(key) : nullptr;
-    return value ? *value : Value();
-  }
   /// The codes of the open refusals, after the option's name.
   std::vector<std::pair<Text, FailureCode>> refused() const {
     std::vector<std::pair<Text, FailureCode>> all;
@@ -43,11 +25,6 @@ class OptionEditsTest : public testing_support::StoreTest {
     return all;
   }
 
-  testing_support::Disk disk;
-  SharedUserDefaults ours{disk};
-  SharedUserDefaults theirs{disk};
-  const Product product{.taxYear = 2020};
-  Options store{ours, product};
   OptionEdits edits{store};
 };
 

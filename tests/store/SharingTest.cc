@@ -4,46 +4,21 @@
 #include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/store/OptionTable.h"
 #include "qorvane/store/Options.h"
-#include "tests/store/SharedStore.h"
-#include "tests/store/StoreTest.h"
+#include "tests/store/SharedDiskTest.h"
 
 namespace qorvane {
 namespace {
 
-using testing_support::SharedUserDefaults;
 using Names = std::vector<Text>;
 using Posted = std::vector<std::string>;
 
-class SharingTest : public testing_support::StoreTest {
+class SharingTest : public testing_support::SharedDiskTest {
  protected:
-  static constexpr Text kKey = "QorvaneT1Settings2020";
-
   void SetUp() override {
-    store.loadOptions();
+    SharedDiskTest::SetUp();
     other.loadOptions();
   }
 
-  /// The other program does something and saves; what it posts is not heard here.
-  void elsewhere(const std::function<void(Options&)>& change) {
-    Options there(theirs, product);
-    there.loadOptions();
-    change(there);
-    there.saveOptions();
-    takePosted();
-  }
-  /// The entry on the disk, nil when there is none.
-  Value onDisk(std::string_view key) const {
-    const auto found = disk.find(kKey.string());
-    const Dictionary* const entries = found == disk.end() ? nullptr : found->second.asDictionary();
-    const Value* const value = entries ? entries->find(key) : nullptr;
-    return value ? *value : Value();
-  }
-
-  testing_support::Disk disk;
-  SharedUserDefaults ours{disk};
-  SharedUserDefaults theirs{disk};
-  const Product product{.taxYear = 2020};
-  Options store{ours, product};
   Options other{theirs, product};
 };
 
