@@ -6,6 +6,7 @@
 #include <iterator>
 #include <vector>
 
+#include "qorvane/desktop/ColorComponents.h"
 #include "qorvane/foundation/Number.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 
@@ -33,23 +34,6 @@ constexpr Space kSpaces[] = {
     {ColorSpace::Named, "catalogue", 0},
     {ColorSpace::Pattern, "pattern", 0},
 };
-
-Color colorOf(ColorSpace space, const std::vector<double>& c) {
-  switch (space) {
-    case ColorSpace::DeviceRGB:
-      return Color::colorWithDeviceRed(c[0], c[1], c[2], c[3]);
-    case ColorSpace::SRGB:
-      return Color::colorWithSRGBRed(c[0], c[1], c[2], c[3]);
-    case ColorSpace::CalibratedWhite:
-      return Color::colorWithCalibratedWhite(c[0], c[1]);
-    case ColorSpace::DeviceWhite:
-      return Color::colorWithDeviceWhite(c[0], c[1]);
-    case ColorSpace::DeviceCMYK:
-      return Color::colorWithDeviceCyan(c[0], c[1], c[2], c[3], c[4]);
-    default:
-      return Color::colorWithCalibratedRed(c[0], c[1], c[2], c[3]);
-  }
-}
 
 bool isHexCode(std::string_view words) {
   return words.size() == 7 && words[0] == '#' &&
@@ -84,7 +68,7 @@ std::optional<Color> colorMeant(std::string_view words) {
     words = number.substr(static_cast<std::size_t>(end - number.data()));
   }
   if (components.size() != space->components) return std::nullopt;
-  return colorOf(space->space, components);
+  return colorWithComponents(space->space, components);
 }
 
 std::string colorText(const Color& color) {

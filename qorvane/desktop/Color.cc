@@ -5,6 +5,7 @@
 #include <ostream>
 #include <utility>
 
+#include "qorvane/desktop/ColorComponents.h"
 #include "qorvane/foundation/Exception.h"
 #include "qorvane/foundation/Number.h"
 
@@ -97,6 +98,29 @@ Color Color::colorWithCatalogName(Text catalogName, Text colorName, const Color&
 Color Color::patternColor() { return {ColorSpace::Pattern, {}}; }
 
 void Color::failWithoutComponents() { throw Exception({FailureCode::colorWithoutComponents}); }
+
+Color colorWithComponents(ColorSpace space, std::span<const double> components) {
+  std::array<double, 5> c{};
+  std::ranges::copy(components.first(std::min(components.size(), c.size())), c.begin());
+  switch (space) {
+    case ColorSpace::CalibratedRGB:
+      return Color::colorWithCalibratedRed(c[0], c[1], c[2], c[3]);
+    case ColorSpace::DeviceRGB:
+      return Color::colorWithDeviceRed(c[0], c[1], c[2], c[3]);
+    case ColorSpace::SRGB:
+      return Color::colorWithSRGBRed(c[0], c[1], c[2], c[3]);
+    case ColorSpace::CalibratedWhite:
+      return Color::colorWithCalibratedWhite(c[0], c[1]);
+    case ColorSpace::DeviceWhite:
+      return Color::colorWithDeviceWhite(c[0], c[1]);
+    case ColorSpace::DeviceCMYK:
+      return Color::colorWithDeviceCyan(c[0], c[1], c[2], c[3], c[4]);
+    case ColorSpace::Named:
+    case ColorSpace::Pattern:
+      break;
+  }
+  throw Exception({FailureCode::colorWithoutComponents});
+}
 
 Text Color::catalogName() const { return name_ ? name_->catalog : nullptr; }
 Text Color::colorName() const { return name_ ? name_->name : nullptr; }

@@ -12,6 +12,7 @@
 #include <variant>
 #include <vector>
 
+#include "qorvane/desktop/ColorComponents.h"
 #include "qorvane/foundation/Exception.h"
 
 namespace qorvane::inline v1 {
@@ -407,20 +408,7 @@ class Unarchiver {
       fail(start, FailureCode::colorGroup);
     std::array<double, 5> c{};
     for (std::size_t i = 0; i < count; ++i) c[i] = takeFloating(letters[0]);
-    switch (space) {
-      case ColorSpace::CalibratedRGB:
-        return Color::colorWithCalibratedRed(c[0], c[1], c[2], c[3]);
-      case ColorSpace::DeviceRGB:
-        return Color::colorWithDeviceRed(c[0], c[1], c[2], c[3]);
-      case ColorSpace::CalibratedWhite:
-        return Color::colorWithCalibratedWhite(c[0], c[1]);
-      case ColorSpace::DeviceWhite:
-        return Color::colorWithDeviceWhite(c[0], c[1]);
-      case ColorSpace::DeviceCMYK:
-        return Color::colorWithDeviceCyan(c[0], c[1], c[2], c[3], c[4]);
-      default:
-        return Color::colorWithSRGBRed(c[0], c[1], c[2], c[3]);
-    }
+    return colorWithComponents(space, c);
   }
 
   /// Numbers an object; it can be referred to when it is whole.

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <vector>
 
+#include "qorvane/desktop/ColorComponents.h"
 #include "qorvane/foundation/Exception.h"
 
 namespace qorvane {
@@ -113,6 +114,18 @@ TEST(ColorTest, ConvertsACatalogueColorThroughTheColorThatItNames) {
   EXPECT_EQ(
       Color::colorWithCatalogName("a", "b", Color::patternColor()).colorUsingColorSpace(ColorSpace::SRGB),
       std::nullopt);
+}
+
+TEST(ColorTest, IsMadeOfASpaceAndItsComponents) {
+  for (const Color& color :
+       {Color::colorWithCalibratedRed(0.1, 0.2, 0.3, 0.4), Color::colorWithDeviceRed(0.1, 0.2, 0.3, 0.4),
+        Color::colorWithSRGBRed(0.1, 0.2, 0.3, 0.4), Color::colorWithCalibratedWhite(0.1, 0.2),
+        Color::colorWithDeviceWhite(0.1, 0.2), Color::colorWithDeviceCyan(0.1, 0.2, 0.3, 0.4, 0.5)})
+    EXPECT_TRUE(isIdentical(colorWithComponents(color.colorSpace(), color.components()), color)) << color;
+  const double one[] = {1};
+  EXPECT_EQ(colorWithComponents(ColorSpace::DeviceWhite, one), Color::colorWithDeviceWhite(1, 0));
+  EXPECT_THROW(colorWithComponents(ColorSpace::Pattern, one), Exception);
+  EXPECT_THROW(colorWithComponents(ColorSpace::Named, one), Exception);
 }
 
 TEST(ColorTest, HasNoConversionFromOrToPatterns) {
