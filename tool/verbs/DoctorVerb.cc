@@ -236,15 +236,8 @@ class Doctor {
   std::vector<Finding> findings_;
 };
 
-// For whoever helps: versions, layers, failures and states, in English whoever asks, and no value of a
-// setting.
-std::string reportOf(Session& session, const std::vector<Finding>& findings) {
-  std::ostringstream text;
-  utsname machine{};
-  uname(&machine);
-  text << "optionsmgr " << OPTIONSMGR_VERSION << '\n'
-       << machine.sysname << ' ' << machine.release << ' ' << machine.machine << "\n\n"
-       << "user: " << session.files().folder() << '\n';
+// What stands in the folders that are set for many desks.
+void reportLayers(std::ostream& text) {
   for (const auto& [kind, folder, owner] : qorvane::layerFolders(qorvane::SystemCalls::standard())) {
     std::error_code error;
     std::size_t lists = 0;
@@ -257,28 +250,42 @@ std::string reportOf(Session& session, const std::vector<Finding>& findings) {
                    : std::to_string(lists) + " property lists")
          << '\n';
   }
+}
+
+void reportDomain(Session& session, const Domain& domain, std::ostream& text) try {
+  const FileUserDefaults& files = session.files();
+  text << '\n' << domain.name() << '\n';
+  const auto found = files.inspect(domain.key());
+  if (found.damage)
+    text << "  damaged: " << found.damage->reason(qorvane::Language::English).string() << '\n';
+  if (found.state == FileState::Good)
+    text << "  entries: " << storedEntries(session, domain).value_or(qorvane::Dictionary()).size() << ", "
+         << (found.sealed ? "saves: " + std::to_string(found.generation) : "not sealed") << '\n';
+  for (const auto& generation : files.generations(domain.key())) {
+    const auto state = files.inspectGeneration(domain.key(), generation.number);
+    text << "  generation " << generation.number << ": " << generation.size << " bytes, "
+         << (state.state == FileState::Good ? "good" : "damaged") << '\n';
+  }
+} catch (const FileException& error) {
+  text << "  failed: " << error.failure().reason(qorvane::Language::English).string() << '\n';
+} catch (const Failure& failure) {
+  text << "  failed: " << failure.what() << '\n';
+}
+
+// For whoever helps: versions, layers, failures and states, in English whoever asks, and no value of a
+// setting.
+std::string reportOf(Session& session, const std::vector<Finding>& findings) {
+  std::ostringstream text;
+  utsname machine{};
+  uname(&machine);
+  text << "optionsmgr " << OPTIONSMGR_VERSION << '\n'
+       << machine.sysname << ' ' << machine.release << ' ' << machine.machine << "\n\n"
+       << "user: " << session.files().folder() << '\n';
+  reportLayers(text);
   text << '\n';
   for (const Finding& finding : findings)
     text << finding.file << ": " << wordFor(finding.state).english() << ": " << finding.what << '\n';
-  for (const Domain& domain : storedDomains(session)) try {
-      const FileUserDefaults& files = session.files();
-      text << '\n' << domain.name() << '\n';
-      const auto found = files.inspect(domain.key());
-      if (found.damage)
-        text << "  damaged: " << found.damage->reason(qorvane::Language::English).string() << '\n';
-      if (found.state == FileState::Good)
-        text << "  entries: " << storedEntries(session, domain).value_or(qorvane::Dictionary()).size() << ", "
-             << (found.sealed ? "saves: " + std::to_string(found.generation) : "not sealed") << '\n';
-      for (const auto& generation : files.generations(domain.key())) {
-        const auto state = files.inspectGeneration(domain.key(), generation.number);
-        text << "  generation " << generation.number << ": " << generation.size << " bytes, "
-             << (state.state == FileState::Good ? "good" : "damaged") << '\n';
-      }
-    } catch (const FileException& error) {
-      text << "  failed: " << error.failure().reason(qorvane::Language::English).string() << '\n';
-    } catch (const Failure& failure) {
-      text << "  failed: " << failure.what() << '\n';
-    }
+  for (const Domain& domain : storedDomains(session)) reportDomain(session, domain, text);
   return text.str();
 }
 
@@ -298,16 +305,16 @@ void examineLayers(Session& session, std::vector<Finding>& findings) {
       if (const auto domain = Domain::fromKey(stem)) domains.push_back(*domain);
     }
     if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)
-      findings.push_back({folder.path, "problem", systemReason(error.value())});
+      findings.push_back({folder.path, State::Problem, systemReason(error.value())});
     if (!any) continue;
     bool trusted = true;
     for (const std::string& path : paths)
       if (const auto why = distrusted(path, folder.owner)) {
-        findings.push_back({path, "problem", say("{}: it is left out", *why)});
+        findings.push_back({path, State::Problem, say("{}: it is left out", *why)});
         trusted = false;
       }
     if (trusted)
-      findings.push_back({folder.path, "good",
+      findings.push_back({folder.path, State::Good,
                           say("files that count for many desks: {}", std::to_string(paths.size() - 1))});
   }
   std::ranges::sort(domains);
@@ -319,7 +326,7 @@ void examineLayers(Session& session, std::vector<Finding>& findings) {
       for (const auto& [key, ignored] : layer.locked())
         if (!layers->layers().lockOf(key.view()) && told.insert(layer.folder().path + key.string()).second)
           findings.push_back(
-              {layer.folder().path, "note",
+              {layer.folder().path, State::Note,
                say("locks {}, of which neither it nor a farther layer has a value", key.view())});
   }
 }
