@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <algorithm>
 
 #include "window/Numbers.h"
 #include "window/Words.h"
@@ -19,6 +20,27 @@ using qorvane::Text;
 using qorvane::Value;
 
 namespace {
+
+// As wide as so many characters where there is room for them, and narrower in a narrow window.
+class Line : public QLineEdit {
+ public:
+  Line(int characters, QWidget* parent) : QLineEdit(parent), characters_(characters) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+  }
+  QSize sizeHint() const override { return {widthOf(characters_), QLineEdit::sizeHint().height()}; }
+  QSize minimumSizeHint() const override {
+    return {widthOf(std::min(characters_, kLeast)), QLineEdit::minimumSizeHint().height()};
+  }
+
+ private:
+  static constexpr int kLeast = 12;
+  // An even mix of digits and letters, and the frame.
+  int widthOf(int characters) const {
+    return fontMetrics().horizontalAdvance('0') * characters + fontMetrics().horizontalAdvance("MM");
+  }
+
+  int characters_;
+};
 
 // Keys that a field would take for itself, though they are the window's: undo, and those of an editor of
 // another age.
@@ -62,10 +84,7 @@ void Editor::adopt(QWidget* control) {
 }
 
 QLineEdit* Editor::line(int characters) {
-  auto* edit = new QLineEdit(this);
-  // An even mix of digits and letters, and the frame.
-  const QFontMetrics metrics(edit->font());
-  edit->setFixedWidth(metrics.horizontalAdvance('0') * characters + metrics.horizontalAdvance("MM"));
+  auto* edit = new Line(characters, this);
   adopt(edit);
   return edit;
 }
@@ -162,6 +181,7 @@ class LinesEditor : public Editor {
   }
   QWidget* field() override { return text_; }
   bool isWide() const override { return true; }
+  bool isTall() const override { return true; }
 
  private:
   QPlainTextEdit* text_;

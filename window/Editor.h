@@ -29,6 +29,8 @@ class Editor : public QWidget {
   virtual void open() {}
   /// It stretches to the end of the row, as a text of several lines does.
   virtual bool isWide() const { return false; }
+  /// It is several lines high, so that its label stands beside the first of them.
+  virtual bool isTall() const { return false; }
 
   /// Called for each change; `finished` where it is no typing, and may be judged at once.
   std::function<void(const Item& item, const Edit& edit, bool finished)> changed;
@@ -44,7 +46,7 @@ class Editor : public QWidget {
 
   /// Undo and redo in it are the window's, and the wheel scrolls the page.
   void adopt(QWidget* control);
-  /// A line that shows so many characters of its font.
+  /// A line that shows so many characters of its font where there is room for them.
   QLineEdit* line(int characters);
   /// The layout of a control that stands beside others.
   QBoxLayout* beside();

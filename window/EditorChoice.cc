@@ -91,6 +91,8 @@ class ListEditor : public Editor {
   ListEditor(const Item& item, Sheet& sheet) : Editor(item, sheet), offers_(offersOf(item, sheet.product())) {
     QBoxLayout* row = beside();
     list_ = new QComboBox(this);
+    // Narrower than its longest entry in a narrow window.
+    list_->setMinimumWidth(list_->fontMetrics().horizontalAdvance('0') * 14);
     adopt(list_);
     name(list_);
     row->addWidget(list_);

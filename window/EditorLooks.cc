@@ -53,7 +53,8 @@ class FontEditor : public Editor {
   FontEditor(const Item& item, Sheet& sheet) : Editor(item, sheet) {
     for (const Item& other : sheet.items())
       if (sharesSize(other)) sharing_.push_back(&other);
-    QBoxLayout* row = beside();
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
     list_ = new FontList(this);
     list_->setEditable(true);
     list_->setInsertPolicy(QComboBox::NoInsert);
@@ -62,10 +63,10 @@ class FontEditor : public Editor {
     adopt(list_);
     adopt(list_->lineEdit());
     name(list_);
-    row->addWidget(list_);
+    column->addWidget(list_, 0, Qt::AlignLeft);
     connect(list_->lineEdit(), &QLineEdit::textEdited, this, [this] { giveName(false); });
     connect(list_, &QComboBox::activated, this, [this] { giveName(true); });
-    if (sharing_.front() == &item) addSize(row);
+    if (sharing_.front() == &item) addSize(column);
     FontEditor::refresh();
   }
 
@@ -80,6 +81,7 @@ class FontEditor : public Editor {
   }
   QWidget* field() override { return list_; }
   void open() override { list_->showPopup(); }
+  bool isTall() const override { return size_ != nullptr; }
 
  private:
   static constexpr const char* kFirstSize = "12";
@@ -98,14 +100,16 @@ class FontEditor : public Editor {
     return {};
   }
 
-  void addSize(QBoxLayout* row) {
+  void addSize(QBoxLayout* column) {
     sizeLabel_ = new QLabel(said(Word::FontSize), this);
     size_ = line(4);
     sizeLabel_->setBuddy(size_);
     name(size_, said(Word::FontSize));
-    row->addSpacing(8);
+    auto* row = new QHBoxLayout;
     row->addWidget(sizeLabel_);
     row->addWidget(size_);
+    row->addStretch();
+    column->addLayout(row);
     connect(size_, &QLineEdit::textEdited, this, [this](const QString& size) {
       for (const Item* font : sharing_)
         if (const TypedFont now = fontIn(sheet().value(*font)); !now.name.isEmpty())

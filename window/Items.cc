@@ -95,6 +95,19 @@ bool isShown(const OptionRow& row, const Place& place, const Product& product) {
   return place.product == For::Both || product.corporate == (place.product == For::Corporate);
 }
 
+// Gives the row the heading that stands at its place, or before it at a row of its group that is not shown.
+void headUp(Item& item, std::size_t first, std::size_t last) {
+  if (last >= places().size()) return;
+  for (std::size_t at = last + 1; at-- > first;) {
+    const Place& place = places()[at];
+    if (&qorvane::findProperty(place.option)->group() != &item.row->group()) return;
+    if (!place.headingEnglish) continue;
+    item.headingEnglish = place.headingEnglish;
+    item.headingFrench = place.headingFrench;
+    return;
+  }
+}
+
 QString folded(const QString& text) { return text.isNull() ? QString("") : text; }
 
 }  // namespace
@@ -127,17 +140,17 @@ std::vector<Item> itemsOf(const Product& product) {
     const Control control = controlOf(row, product, place.width);
     sorted.push_back({&row.group(),
                       placed ? at->second : places().size() + sorted.size(),
-                      {&row,
-                       control,
-                       place.width > 0 ? place.width : kOrdinaryWidth,
-                       place.headingEnglish,
-                       place.headingFrench,
-                       {}}});
+                      {&row, control, place.width > 0 ? place.width : kOrdinaryWidth, nullptr, nullptr, {}}});
   }
   std::ranges::sort(sorted, {},
                     [&](const Sorted& one) { return std::pair(one.group - groups.data(), one.position); });
   std::vector<Item> items;
-  for (Sorted& one : sorted) items.push_back(std::move(one.item));
+  for (const Sorted* before = nullptr; Sorted & one : sorted) {
+    const bool isFirst = !before || before->group != one.group;
+    headUp(one.item, isFirst ? 0 : before->position + 1, one.position);
+    before = &one;
+    items.push_back(std::move(one.item));
+  }
   return items;
 }
 

@@ -100,7 +100,7 @@ Mark::Mark(QWidget* parent) : QWidget(parent) { setSizePolicy(QSizePolicy::Fixed
 
 QSize Mark::sizeHint() const {
   const int side = fontMetrics().height() + 2;
-  return {side, side};
+  return {side, side + contentsMargins().top()};
 }
 
 void Mark::show(State state) {
@@ -112,7 +112,7 @@ void Mark::show(State state) {
 
 void Mark::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  drawMark(painter, QRectF(rect()).adjusted(1, 1, -1, -1), state_, palette());
+  drawMark(painter, QRectF(contentsRect()).adjusted(1, 1, -1, -1), state_, palette());
 }
 
 QIcon eyeIcon(const QPalette& palette) {

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <set>
 
 #include "tool/speech/Language.h"
 #include "window/Words.h"
@@ -20,12 +21,12 @@ Page::Page(RowActions& actions, QWidget* parent) : QScrollArea(parent), actions_
   auto* outer = new QHBoxLayout(content_);
   outer->setContentsMargins(16, 8, 16, 16);
   // Rows end where a person still sees which ⋮ belongs to which label.
-  auto* column = new QWidget(content_);
-  column->setMaximumWidth(fontMetrics().horizontalAdvance('0') * 110);
-  layout_ = new QVBoxLayout(column);
+  column_ = new QWidget(content_);
+  column_->setMaximumWidth(fontMetrics().horizontalAdvance('0') * 100);
+  layout_ = new QVBoxLayout(column_);
   layout_->setContentsMargins(0, 0, 0, 0);
   layout_->setSpacing(1);
-  outer->addWidget(column, 1, Qt::AlignTop);
+  outer->addWidget(column_, 1, Qt::AlignTop);
   outer->addStretch(0);
   setWidget(content_);
 }
@@ -46,33 +47,74 @@ void Page::clear() {
     widget->deleteLater();
   }
   between_.clear();
+  sections_.clear();
   shown_.clear();
+  columns_.clear();
 }
 
-int Page::labelWidth() const {
-  const QFontMetrics metrics(font());
+int Page::widestLabel() const {
   int width = 0;
   for (const Item& item : sheet_->items())
-    width = std::max(width, metrics.horizontalAdvance(item.label()) + 4);
-  return std::min(width, metrics.averageCharWidth() * 38);
+    width = std::max(width, fontMetrics().horizontalAdvance(item.label()) + 4);
+  return width;
+}
+
+// Labels form one column on every page; where it would leave too little to the fields, the longer ones wrap.
+void Page::fitLabels() {
+  if (shown_.empty()) return;
+  const int width = std::min(viewport()->width() - column_->x() * 2, column_->maximumWidth());
+  const int letter = fontMetrics().horizontalAdvance('0');
+  const int other = std::clamp(width / 4, letter * 12, letter * 26);
+  const int widest = widestLabel();
+  for (const int columns : std::set<int>(columns_.begin(), columns_.end())) {
+    int beside = 0;
+    for (std::size_t i = 0; i < shown_.size(); ++i)
+      if (columns_[i] == columns) beside = std::max(beside, shown_[i]->leastBesideLabel());
+    const int share = width / columns * (columns == 1 ? 40 : 65) / 100;
+    const int fitting = std::max(letter * 16, std::min({widest, share, width / columns - beside}));
+    for (std::size_t i = 0; i < shown_.size(); ++i)
+      if (columns_[i] == columns) shown_[i]->setWidths(fitting, other);
+  }
+}
+
+bool Page::haveRoom(const Section& section) const {
+  return viewport()->width() >= section.columns * fontMetrics().horizontalAdvance('0') * 42;
+}
+
+void Page::resizeEvent(QResizeEvent* event) {
+  const bool change = std::ranges::any_of(sections_, [&](const Section& section) {
+    return section.columns > 1 && haveRoom(section) != hasColumns_;
+  });
+  if (change) show(*sheet_, std::vector<Section>(sections_));
+  fitLabels();
+  QScrollArea::resizeEvent(event);
 }
 
 Row& Page::rowFor(const Item& item) {
   Row*& row = made_[&item];
-  if (!row) row = new Row(item, *sheet_, actions_, labelWidth(), content_);
+  if (!row) row = new Row(item, *sheet_, actions_, content_);
   return *row;
 }
 
-void Page::addTitle(const QString& text, bool small) {
-  auto* title = new QLabel(text, this);
+QLabel* Page::makeTitle(const QString& text, QWidget* parent) {
+  auto* title = new QLabel(text, parent);
   title->setTextFormat(Qt::PlainText);
+  title->setWordWrap(true);
   QFont larger = title->font();
-  if (small)
-    larger.setWeight(QFont::DemiBold);
-  else
-    larger.setPointSizeF(larger.pointSizeF() * 1.35);
+  larger.setPointSizeF(larger.pointSizeF() * 1.35);
   title->setFont(larger);
-  title->setContentsMargins(4, small ? 12 : 8, 4, small ? 2 : 4);
+  title->setContentsMargins(4, 8, 4, 4);
+  return title;
+}
+
+void Page::addTitle(const QString& text, bool small) {
+  QLabel* title = makeTitle(text, this);
+  if (small) {
+    QFont bold = font();
+    bold.setWeight(QFont::DemiBold);
+    title->setFont(bold);
+    title->setContentsMargins(4, 12, 4, 2);
+  }
   layout_->addWidget(title);
   title->show();
   between_.push_back(title);
@@ -88,8 +130,12 @@ void Page::show(Sheet& sheet, const std::vector<Section>& sections, QWidget* hea
     head->show();
     between_.push_back(head);
   }
+  sections_ = sections;
+  hasColumns_ = false;
   for (const Section& section : sections) {
-    addTitle(section.title, false);
+    addTitle(section.title, !section.hasHeadings);
+    const int columns = haveRoom(section) ? section.columns : 1;
+    hasColumns_ = hasColumns_ || columns > 1;
     QGridLayout* grid = nullptr;
     int place = 0;
     for (const Item* item : section.items) {
@@ -99,7 +145,8 @@ void Page::show(Sheet& sheet, const std::vector<Section>& sections, QWidget* hea
       }
       Row& row = rowFor(*item);
       shown_.push_back(&row);
-      if (section.columns == 1) {
+      columns_.push_back(columns);
+      if (columns == 1) {
         layout_->addWidget(&row);
         continue;
       }
@@ -110,7 +157,7 @@ void Page::show(Sheet& sheet, const std::vector<Section>& sections, QWidget* hea
         grid->setContentsMargins(0, 0, 0, 0);
         layout_->addLayout(grid);
       }
-      grid->addWidget(&row, place / section.columns, place % section.columns);
+      grid->addWidget(&row, place / columns, place % columns);
       ++place;
     }
   }
@@ -121,8 +168,7 @@ void Page::show(Sheet& sheet, const std::vector<Section>& sections, QWidget* hea
   // Tab follows what is read.
   QWidget* last = nullptr;
   for (Row* row : shown_)
-    for (QWidget* stop : row->findChildren<QWidget*>()) {
-      if (!(stop->focusPolicy() & Qt::TabFocus) || stop->window() != window()) continue;
+    for (QWidget* stop : row->stops()) {
       if (last) setTabOrder(last, stop);
       last = stop;
     }

@@ -8,16 +8,17 @@
 
 #include "window/Row.h"
 
+class QLabel;
 class QVBoxLayout;
 
 namespace optionsmgr::window {
 
-/// Rows under a title, in so many columns.
+/// Rows under a title, in so many columns where there is room for them.
 struct Section {
   QString title;
   std::vector<const Item*> items;
   int columns = 1;
-  /// The smaller headings of the catalogue of pages stand between them.
+  /// It is a page of its own, with the headings of the catalogue of pages between the rows.
   bool hasHeadings = false;
 };
 
@@ -30,6 +31,8 @@ class Page : public QScrollArea {
   /// Shows these rows and nothing else, under `head`, which it takes over. Those that are shown already keep
   /// what they are, cursor and all.
   void show(Sheet& sheet, const std::vector<Section>& sections, QWidget* head = nullptr);
+  /// A label that stands over a whole page.
+  static QLabel* makeTitle(const QString& text, QWidget* parent);
   /// Shows a text in their place.
   void say(const QString& text, const QString& answer = {}, const std::function<void()>& then = {});
 
@@ -40,22 +43,34 @@ class Page : public QScrollArea {
   /// The row that the widget belongs to, or null.
   static Row* rowAround(QWidget* widget);
   void refresh(const Item& item);
+  /// Gives the labels their width; due when rows were shown, or something was put beside them.
+  void fitLabels();
   void refreshAll();
   /// Scrolls to it and gives it the keyboard.
   void goTo(Row& row);
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   void clear();
   Row& rowFor(const Item& item);
   void addTitle(const QString& text, bool small);
-  int labelWidth() const;
+  int widestLabel() const;
+  bool haveRoom(const Section& section) const;
 
   RowActions& actions_;
   Sheet* sheet_ = nullptr;
+  std::vector<Section> sections_;
+  // Sections of several columns have them.
+  bool hasColumns_ = false;
   QWidget* content_;
+  QWidget* column_;
   QVBoxLayout* layout_;
   std::map<const Item*, Row*> made_;
   std::vector<Row*> shown_;
+  // In how many columns each of them stands.
+  std::vector<int> columns_;
   std::vector<QWidget*> between_;
 };
 

@@ -13,7 +13,7 @@
 
 namespace optionsmgr::window {
 
-Row::Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QWidget* parent)
+Row::Row(const Item& item, Sheet& sheet, RowActions& actions, QWidget* parent)
     : QWidget(parent), item_(item), sheet_(sheet), actions_(actions) {
   setObjectName("row:" + shown(item.row->name));
   layout_ = new QGridLayout(this);
@@ -24,17 +24,16 @@ Row::Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QW
   label_ = new QLabel(this);
   setFound({}, {});
   label_->setWordWrap(true);
-  label_->setFixedWidth(labelWidth);
+  label_->setFixedWidth(1);  // Until the page says better.
   more_ = new QToolButton(this);
   more_->setText("⋮");
   more_->setAutoRaise(true);
   more_->setFocusPolicy(Qt::NoFocus);
   more_->setAccessibleName(said(Word::More, item.label()));
   connect(more_, &QToolButton::clicked, this, &Row::openMenu);
-  const Qt::Alignment top = item.control == Control::Lines ? Qt::AlignTop : Qt::AlignVCenter;
-  layout_->addWidget(mark_, 0, 0, top);
-  layout_->addWidget(label_, 0, 1, top);
-  layout_->addWidget(more_, 0, 5, top);
+  layout_->addWidget(mark_, 0, 0);
+  layout_->addWidget(label_, 0, 1);
+  layout_->addWidget(more_, 0, 5);
   layout_->setColumnStretch(2, 1);
   refresh();
 }
@@ -44,11 +43,12 @@ void Row::placeEditor() {
   const bool reads = !sheet_.canBeSet(item_) && !sheet_.edit(item_);
   if (editor_ && reads == isReading_) return;
   const bool hadFocus = editor_ && editor_->isAncestorOf(QApplication::focusWidget());
-  if (editor_) {
-    layout_->removeWidget(editor_);
-    editor_->hide();
-    editor_->field()->setObjectName({});
-    editor_->deleteLater();
+  Editor* const former = editor_;
+  if (former) {
+    layout_->removeWidget(former);
+    former->hide();
+    former->field()->setObjectName({});
+    former->deleteLater();
   }
   isReading_ = reads;
   editor_ = reads ? makeReading(item_, sheet_) : makeEditor(item_, sheet_);
@@ -58,9 +58,17 @@ void Row::placeEditor() {
     actions_.edited(changed, edit, finished);
   };
   label_->setBuddy(editor_->field());
-  const Qt::Alignment top = item_.control == Control::Lines ? Qt::AlignTop : Qt::AlignVCenter;
+  // Beside the first line of a control that has several.
+  const Qt::Alignment top = editor_->isTall() ? Qt::AlignTop : Qt::AlignVCenter;
+  for (QWidget* beside : std::initializer_list<QWidget*>{mark_, label_, more_}) {
+    layout_->setAlignment(beside, top);
+    beside->setContentsMargins(0, editor_->isTall() && beside != more_ ? 4 : 0, 0, 0);
+  }
   layout_->addWidget(editor_, 0, 2, editor_->isWide() ? Qt::Alignment() : Qt::AlignLeft | top);
   editor_->show();
+  // Tab comes to it where it came to the one before.
+  if (former) setTabOrder(former->field(), editor_->field());
+  linkStops();
   if (hadFocus) editor_->field()->setFocus();
 }
 
@@ -124,15 +132,19 @@ void Row::showNotice(const Notice& notice) {
     colors.setColor(QPalette::WindowText, warningColor(palette()));
     text->setPalette(colors);
   }
-  line->addWidget(text, 1);
+  // The answers stand at the end of the text, not at the end of the row.
+  text->setMaximumWidth(text->fontMetrics().horizontalAdvance(notice.text) + 4);
+  line->addWidget(text, 1000);
   for (const auto& [answer, how] : notice.answers) {
     auto* button = new QPushButton(answer, notice_);
     button->setAccessibleDescription(notice.text);
     connect(button, &QPushButton::clicked, this, [this, settled = how] { actions_.settle(item_, settled); });
     line->addWidget(button);
   }
+  line->addStretch(1);
   layout_->addWidget(notice_, 1, 1, 1, 5);
   notice_->show();
+  linkStops();
 }
 
 // For those who hear the window: the description, how the value stands, and what is to be said of it.
@@ -175,6 +187,7 @@ void Row::setOther(const QString& name, const std::optional<QString>& value) {
     other_->setFixedWidth(fontMetrics().horizontalAdvance('0') * 22);
     layout_->addWidget(take_, 0, 3);
     layout_->addWidget(other_, 0, 4);
+    linkStops();
   }
   take_->setToolTip(said(Word::TakeOfYear, name));
   take_->setAccessibleName(QString("%1: %2").arg(item_.label(), said(Word::TakeOfYear, name)));
@@ -183,6 +196,31 @@ void Row::setOther(const QString& name, const std::optional<QString>& value) {
   take_->setVisible(value.has_value());
   other_->setVisible(value.has_value());
 }
+
+std::vector<QWidget*> Row::stops() const {
+  std::vector<QWidget*> stops;
+  const auto add = [&](QWidget* widget) {
+    if (widget->focusPolicy() & Qt::TabFocus) stops.push_back(widget);
+  };
+  for (QWidget* widget : editor_->findChildren<QWidget*>())
+    if (widget->window() == window()) add(widget);
+  if (take_) add(take_);
+  if (notice_)
+    for (QPushButton* answer : notice_->findChildren<QPushButton*>()) add(answer);
+  return stops;
+}
+
+void Row::linkStops() {
+  const std::vector<QWidget*> all = stops();
+  for (std::size_t i = 1; i < all.size(); ++i) setTabOrder(all[i - 1], all[i]);
+}
+
+void Row::setWidths(int label, int other) {
+  label_->setFixedWidth(label);
+  if (other_) other_->setFixedWidth(other);
+}
+
+int Row::leastBesideLabel() const { return layout_->minimumSize().width() - label_->minimumWidth(); }
 
 void Row::openMenu() { actions_.openMenu(item_, more_->mapToGlobal(QPoint(0, more_->height()))); }
 

@@ -31,8 +31,8 @@ class RowActions {
 
 class Row : public QWidget {
  public:
-  /// All outlive the row. `labelWidth` in pixels.
-  Row(const Item& item, Sheet& sheet, RowActions& actions, int labelWidth, QWidget* parent);
+  /// All outlive the row.
+  Row(const Item& item, Sheet& sheet, RowActions& actions, QWidget* parent);
 
   const Item& item() const { return item_; }
   QWidget* field() { return editor_->field(); }
@@ -45,6 +45,12 @@ class Row : public QWidget {
   /// What the same row reads in what the page is compared with; none where it is compared with nothing.
   void setOther(const QString& name, const std::optional<QString>& value);
   void openMenu();
+  /// What the Tab key stops at, as it is read.
+  std::vector<QWidget*> stops() const;
+  /// Of the label, and of what it is compared with; in pixels.
+  void setWidths(int label, int other);
+  /// The least that the row takes beside these two.
+  int leastBesideLabel() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -57,6 +63,7 @@ class Row : public QWidget {
   };
   Notice notice() const;
   void placeEditor();
+  void linkStops();
   void showNotice(const Notice& notice);
   void describe(const QString& noticed);
 

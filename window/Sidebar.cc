@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <algorithm>
+#include <utility>
 
 #include "tool/speech/Language.h"
 #include "window/Marks.h"
@@ -13,22 +14,29 @@ namespace optionsmgr::window {
 namespace {
 
 constexpr int kBadge = Qt::UserRole;
+constexpr int kMargin = 12;
 
 class BadgeDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    QStyledItemDelegate::paint(painter, option, index);
+    QStyleOptionViewItem plain = option;
+    initStyleOption(&plain, index);
+    // The name stands in from the edge, in line with the header above.
+    const QString name = std::exchange(plain.text, QString());
+    option.widget->style()->drawControl(QStyle::CE_ItemViewItem, &plain, painter, option.widget);
+    const QRect place = option.rect.adjusted(kMargin, 0, -kMargin, 0);
+    const bool isSelected = option.state & QStyle::State_Selected;
+    option.widget->style()->drawItemText(painter, place, Qt::AlignLeft | Qt::AlignVCenter, option.palette,
+                                         true, name, isSelected ? QPalette::HighlightedText : QPalette::Text);
     const QString badge = index.data(kBadge).toString();
     if (badge.isEmpty()) return;
     painter->save();
     const bool isUrgent = badge == "!";
-    const QRect place = option.rect.adjusted(0, 0, -10, 0);
     QFont bold = option.font;
     bold.setBold(true);
     painter->setFont(bold);
-    const bool isSelected = option.state & QStyle::State_Selected;
     painter->setPen(isSelected ? option.palette.color(QPalette::HighlightedText)
                     : isUrgent ? warningColor(option.palette)
                                : option.palette.color(QPalette::Text));
@@ -64,7 +72,8 @@ void Sidebar::setGroups(const std::vector<const qorvane::OptionGroup*>& groups) 
 }
 
 QSize Sidebar::sizeHint() const {
-  return {sizeHintForColumn(0) + fontMetrics().horizontalAdvance("  99  "), QListWidget::sizeHint().height()};
+  return {sizeHintForColumn(0) + 2 * kMargin + fontMetrics().horizontalAdvance(" 99 "),
+          QListWidget::sizeHint().height()};
 }
 
 void Sidebar::setBadge(const qorvane::OptionGroup& group, const QString& badge, const QString& words) {

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -21,12 +22,24 @@
 
 namespace optionsmgr::window {
 
+namespace {
+
+QFrame* lineBetween(QWidget* parent) {
+  auto* line = new QFrame(parent);
+  line->setFrameStyle(QFrame::HLine | QFrame::Plain);
+  line->setForegroundRole(QPalette::Mid);
+  return line;
+}
+
+}  // namespace
+
 Window::Window(const Start& start) : desk_(start.folder) {
   setObjectName("window");
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
   column->addWidget(makeHeader());
+  column->addWidget(lineBetween(this));
   groups_ = new Sidebar(this);
   page_ = new Page(*this, this);
   auto* middle = new QHBoxLayout;
@@ -36,10 +49,12 @@ Window::Window(const Start& start) : desk_(start.folder) {
   column->addLayout(middle, 1);
   banner_ = new Banner(this);
   column->addWidget(banner_);
+  column->addWidget(lineBetween(this));
   column->addWidget(makeStrip());
   column->addWidget(makeFooter());
   makeActions();
-  resize(fontMetrics().horizontalAdvance('0') * 118, fontMetrics().height() * 40);
+  const QSize ample(fontMetrics().horizontalAdvance('0') * 126, fontMetrics().height() * 46);
+  resize(ample.boundedTo(screen()->availableSize() * 9 / 10));
 
   connect(groups_, &QListWidget::currentRowChanged, this, [this] {
     words_->clear();
@@ -85,6 +100,12 @@ QWidget* Window::makeHeader() {
     button->setObjectName(QString("language:") + name);
     button->setCheckable(true);
     languages->addButton(button);
+    // Pressed is not enough to tell them apart on a dark desktop.
+    connect(button, &QToolButton::toggled, button, [button](bool spoken) {
+      QFont weighted = button->font();
+      weighted.setBold(spoken);
+      button->setFont(weighted);
+    });
     return button;
   };
   english_ = languageButton("EN");
@@ -121,8 +142,7 @@ QWidget* Window::makeHeader() {
 }
 
 QWidget* Window::makeStrip() {
-  auto* strip = new QFrame(this);
-  strip->setFrameShape(QFrame::StyledPanel);
+  auto* strip = new QWidget(this);
   auto* row = new QHBoxLayout(strip);
   row->setContentsMargins(12, 6, 12, 6);
   description_ = new QLabel(strip);
@@ -313,7 +333,7 @@ void Window::showPage() {
   }
   std::size_t count = 0;
   for (const Section& section : shownSections) count += section.items.size();
-  page_->show(*sheet_, shownSections, view_ == View::Compare ? makeCompareHead(count) : nullptr);
+  page_->show(*sheet_, shownSections, makeHead(count));
   for (Row* row : page_->rows()) {
     const auto other = view_ == View::Compare ? compared_->value(row->item()) : std::nullopt;
     row->setOther(other ? compared_->name() : QString(),
@@ -321,6 +341,24 @@ void Window::showPage() {
   }
   for (Row* row : page_->rows()) row->setFound({}, {});
   for (const Found& one : found) page_->rowOf(*one.item)->setFound(one.label, one.elsewhere);
+  page_->fitLabels();
+}
+
+// What stands over a page of several groups.
+QWidget* Window::makeHead(std::size_t count) {
+  switch (view_) {
+    case View::Group:
+      break;
+    case View::Search:
+      return Page::makeTitle(counted(count, Word::FoundOne, Word::FoundMany), this);
+    case View::Unsaved:
+      return Page::makeTitle(said(Word::UnsavedPage), this);
+    case View::Changed:
+      return Page::makeTitle(said(Word::ChangedPage), this);
+    case View::Compare:
+      return makeCompareHead(count);
+  }
+  return nullptr;
 }
 
 void Window::showStrip(const Item* item) {

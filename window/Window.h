@@ -104,6 +104,7 @@ class Window : public QWidget, private RowActions {
   void change(const Item& item, const Edit& edit, bool typing);
   void judge();
   void reset(const Item& item);
+  QWidget* makeHead(std::size_t count);
   QWidget* makeCompareHead(std::size_t count);
   void askWhatToTake(const Source& source, const std::vector<const Item*>& items);
   void chooseImport();

@@ -39,13 +39,10 @@ QWidget* Window::makeCompareHead(std::size_t count) {
   const auto all = std::ranges::count_if(sheet_->items(), &Item::canBeSet);
   auto* head = new QWidget(this);
   auto* line = new QHBoxLayout(head);
-  line->setContentsMargins(4, 4, 4, 4);
-  auto* title = new QLabel(
+  line->setContentsMargins(0, 0, 4, 0);
+  auto* title = Page::makeTitle(
       said(Word::DifferFrom, QString::number(count), QString::number(all), compared_->name()), head);
   title->setObjectName("compareTitle");
-  QFont larger = title->font();
-  larger.setPointSizeF(larger.pointSizeF() * 1.35);
-  title->setFont(larger);
   line->addWidget(title, 1);
   auto* takeAll = new QPushButton(said(Word::TakeAll), head);
   takeAll->setObjectName("takeAll");
