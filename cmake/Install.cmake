@@ -43,7 +43,8 @@ configure_file(cmake/optionsmgr.pc.in optionsmgr.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/optionsmgr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # ---- the Debian packages: cpack, in the build folder ---------------------------------------------------
-# liboptionsmgr1 (of a shared build), liboptionsmgr-dev, optionsmgr, optionsmgr-firm. A static build has the library in -dev.
+# liboptionsmgr1 (of a shared build), liboptionsmgr-dev, optionsmgr, optionsmgr-firm,
+# optionsmgr-window. A static build has the library in -dev.
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL development)
@@ -103,6 +104,14 @@ if(OPTIONSMGR_FIRM)
       "settings of a firm's desks in PostgreSQL\n${about}This package holds the program that administers a firm's settings in\nPostgreSQL and, as an agent, keeps each machine's files like them.")
   set(firm_scripts ${PROJECT_SOURCE_DIR}/cmake/debian/optionsmgr-firm)
   set(CPACK_DEBIAN_FIRM_PACKAGE_CONTROL_EXTRA ${firm_scripts}/postinst ${firm_scripts}/prerm ${firm_scripts}/postrm)
+endif()
+if(OPTIONSMGR_WINDOW)
+  list(APPEND CPACK_COMPONENTS_ALL window)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME optionsmgr-window)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION misc)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS optionsmgr)
+  set(CPACK_DEBIAN_WINDOW_DESCRIPTION
+      "settings of an income-tax suite in a window\n${about}This package holds a window in which every setting is found, changed,\ncompared with last year and taken back, in English and French.")
 endif()
 
 # Whose the library is that was found here has to be said.
