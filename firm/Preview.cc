@@ -9,7 +9,6 @@
 namespace optionsmgr::firm {
 
 using qorvane::Dictionary;
-using qorvane::Text;
 using qorvane::Value;
 
 namespace {

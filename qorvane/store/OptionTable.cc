@@ -113,7 +113,7 @@ Value noFallback(const Product*) { return nullptr; }
 template <class T>
 struct NoForm {
   using Type = T;
-  static constexpr std::string_view kStored = "";
+  static constexpr std::string_view kStored{};
 };
 
 struct Keys {

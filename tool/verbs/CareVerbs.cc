@@ -27,7 +27,6 @@ namespace optionsmgr {
 using qorvane::Dictionary;
 using qorvane::FileUserDefaults;
 using qorvane::Text;
-using qorvane::Value;
 using State = FileUserDefaults::Inspection::State;
 
 namespace {
