@@ -128,10 +128,26 @@ void Agent::fetch(Connection& server) {
   }
 }
 
+namespace {
+
+// Another host of the list may follow the history that this one does not.
+bool mayBeElsewhere(const FirmFailure& failure) {
+  return failure.word() == Word::refusedHistory || failure.word() == Word::refusedLagging;
+}
+
+}  // namespace
+
 std::string Agent::syncOnce() try {
-  Connection server(stop_);
-  fetch(server);
-  return std::to_string(followed_->number);
+  for (std::size_t host = 0;;) {
+    Connection server(stop_, host);
+    try {
+      fetch(server);
+      return std::to_string(followed_->number);
+    } catch (const FirmFailure& failure) {
+      if (!mayBeElsewhere(failure) || server.host() + 1 >= server.hosts() || server.host() < host) throw;
+      host = server.host() + 1;
+    }
+  }
 } catch (const DatabaseError& error) {
   throw failureOf(error);
 }
@@ -148,7 +164,7 @@ bool Agent::hears(Connection& server) try {
   if (direct)
     server.ask(notify, {channel});
   else
-    Connection(stop_).ask(notify, {channel});
+    Connection(stop_, server.host()).ask(notify, {channel});
   const bool heard = server.heardBefore(Clock::now() + 2s);
   server.ask(("UNLISTEN " + channel).c_str());
   return heard;
@@ -195,6 +211,10 @@ void Agent::serve(Connection& server, milliseconds interval) {
                 : failure.exit() == Exit::NoPermission ? "refused"
                                                        : "failed",
                 failure.what());
+      if (mayBeElsewhere(failure) && server.hosts() > 1) {
+        firstHost_ = (server.host() + 1) % server.hosts();
+        return;
+      }
     }
     const milliseconds next = interval + (hearing ? milliseconds{} : jitter(std::min(kJitter, interval)));
     if (server.heardBefore(lastFetch_ + next))
@@ -205,7 +225,7 @@ void Agent::serve(Connection& server, milliseconds interval) {
 void Agent::run(milliseconds interval) try {
   for (;;) {
     try {
-      Connection server(stop_);
+      Connection server(stop_, firstHost_);
       serve(server, interval);
     } catch (const DatabaseError& error) {
       if (error.state().empty())

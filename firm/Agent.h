@@ -48,6 +48,8 @@ class Agent {
   Clock::time_point lastFetch_{};
   Clock::time_point lastReport_{};
   std::string told_;
+  /// The host to begin with: the one behind a host that follows another history.
+  std::size_t firstHost_ = 0;
 };
 
 }  // namespace optionsmgr::firm

@@ -91,7 +91,7 @@ void Connection::Finish::operator()(pg_conn* connection) const { PQfinish(connec
 
 Connection::~Connection() = default;
 
-Connection::Connection(int stop) : stop_(stop) {
+Connection::Connection(int stop, std::size_t first) : stop_(stop) {
   const std::unique_ptr<PQconninfoOption, void (*)(PQconninfoOption*)> known(PQconndefaults(),
                                                                              PQconninfoFree);
   if (!known) throw DatabaseError(say(Word::serviceUnknown), "");
@@ -122,8 +122,9 @@ Connection::Connection(int stop) : stop_(stop) {
     }
   }
   std::string told;
-  const std::size_t count = std::max(hosts.size(), addresses.size());
-  for (std::size_t i = 0; i < count; ++i) {
+  hosts_ = std::max(hosts.size(), addresses.size());
+  for (std::size_t tries = 0; tries < hosts_; ++tries) {
+    const std::size_t i = host_ = (first + tries) % hosts_;
     const std::string& host = elementFor(hosts, i);
     const std::string& address = elementFor(addresses, i);
     const std::string& reached = address.empty() ? host : address;

@@ -59,11 +59,16 @@ class Connection {
   /// Connects to the first host that answers, each given five seconds: those that the environment, the
   /// service file and the password file name, as libpq reads them. Over a network it insists on a verified
   /// certificate; on the machine's own loopback what the configuration says of it counts. Throws
-  /// DatabaseError with what each host answered. `stop` is a descriptor to give up for, or -1.
-  explicit Connection(int stop = -1);
+  /// DatabaseError with what each host answered. `stop` is a descriptor to give up for, or -1; `first` the
+  /// host to begin with, in their order, the others after it.
+  explicit Connection(int stop = -1, std::size_t first = 0);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection();
+
+  /// Which of how many hosts it reached.
+  std::size_t host() const { return host_; }
+  std::size_t hosts() const { return hosts_; }
 
   /// Throws DatabaseError; after one without a state the connection is of no more use.
   Rows ask(const char* sql, const std::vector<Field>& parameters = {},
@@ -94,6 +99,8 @@ class Connection {
   std::unique_ptr<pg_conn, Finish> connection_;
   std::vector<std::string> warnings_;
   int stop_;
+  std::size_t host_ = 0;
+  std::size_t hosts_ = 1;
 };
 
 }  // namespace optionsmgr::firm

@@ -326,4 +326,13 @@ void States::publish(const std::map<std::string, Value>& files, const History& h
   }
 }
 
+void States::remove() {
+  // The link first: nobody is to find half of a state.
+  if (unlink((folder_ + "/current").c_str()) != 0 && errno != ENOENT) failed(folder_ + "/current");
+  sync(folder_);
+  std::error_code error;
+  fs::remove_all(folder_ + "/states", error);
+  fs::remove(folder_ + "/status.json", error);
+}
+
 }  // namespace optionsmgr::firm

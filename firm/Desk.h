@@ -83,6 +83,9 @@ class States {
   /// them. Throws FirmFailure with the current state as it was.
   void publish(const std::map<std::string, qorvane::Value>& files, const History& history);
 
+  /// Takes all of it away: from then on programs read as without a firm. Throws FirmFailure.
+  void remove();
+
   /// Leaves word of how the agent is, for `status`: not synced, since it is true only while the agent lives.
   void leaveWord(const std::string& json) const;
   /// What was left in the folder, and whether an agent has it now.

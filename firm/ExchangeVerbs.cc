@@ -149,7 +149,7 @@ Exit importFolder(Connection& server, const Said& said) {
   std::map<std::string, SettingsFile> files;
   for (const auto& entry : fs::recursive_directory_iterator(said.file)) {
     if (entry.path().extension() != ".json" || !entry.is_regular_file()) continue;
-    SettingsFile file = readSettingsFile(entry.path());
+    SettingsFile file = readSettingsFile(entry.path(), said.all);
     const auto place = places.find(file.place);
     if (place == places.end()) throw FirmFailure(Exit::NotFound, Word::noSuchPlace, file.place);
     if (!files.emplace(place->second, std::move(file)).second)
@@ -217,7 +217,7 @@ Exit importSettings(Connection& server, const Said& said) try {
   const std::string place = placeCalled(server, said.place);
   Importing importing(said);
   const auto standing = standingAt(server, {place});
-  importing.add(place, readSettingsFile(said.file), said.replace ? &standing.at(place) : nullptr);
+  importing.add(place, readSettingsFile(said.file, said.all), said.replace ? &standing.at(place) : nullptr);
   return perform(server, said, importing.batch(said.file));
 } catch (const fs::filesystem_error& error) {
   throw FirmFailure(Exit::InputOutput, Word::cannotRead, error.path1().string());
@@ -248,7 +248,7 @@ Exit diff(Connection& server, const Said& said) {
     others = standingAt(server, {other}).at(other);
   } else {
     Importing importing(said);
-    importing.add("", readSettingsFile(said.file), nullptr);
+    importing.add("", readSettingsFile(said.file, said.all), nullptr);
     for (const Entry& entry : importing.batch(said.file))
       others[{entry.domain, entry.key}] = {entry.value, entry.lock.value_or(false), ""};
   }

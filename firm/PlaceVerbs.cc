@@ -16,6 +16,10 @@ Exit init(Connection& server, const Said& said) {
                "pg_catalog.has_function_privilege('public', p.oid, 'EXECUTE')")
           .size() > 0)
     std::cerr << "optionsmgr-firm: " << say(Word::largeObjectsOpen) << '\n';
+  // Each desk stays connected, and administrators and backups come besides.
+  const Rows room = server.ask("SELECT c.allowed, c.desks FROM optionsmgr.capacity() AS c");
+  if (std::stoll(room.text(0, 0)) < std::stoll(room.text(0, 1)) + 10)
+    std::cerr << "optionsmgr-firm: " << say(Word::fewConnections, room.text(0, 0), room.text(0, 1)) << '\n';
   return Exit::Done;
 }
 

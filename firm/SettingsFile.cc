@@ -6,6 +6,7 @@
 
 #include "firm/Words.h"
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/LayerRule.h"
 #include "qorvane/propertylist/PropertyList.h"
 #include "qorvane/store/OptionTable.h"
 #include "tool/Failure.h"
@@ -46,6 +47,18 @@ std::set<std::string> keysIn(const Dictionary& top, const char* name, const Doma
   return keys;
 }
 
+bool isLayers(const Dictionary& top) {
+  return top.find("Locked") || top.find("Origins") || top.find("Place");
+}
+
+Dictionary chosenOf(const Domain& domain, const Dictionary& entries, const std::set<std::string>& marked) {
+  Dictionary chosen;
+  for (const auto& [key, value] : entries)
+    if (marked.contains(key.string()) || qorvane::optionLayerRule().isChosen(domain.key(), key.view(), value))
+      chosen.set(key, value);
+  return chosen;
+}
+
 Dictionary sorted(const Dictionary& entries) {
   std::vector<Text> keys;
   for (const auto& [key, value] : entries) keys.push_back(key);
@@ -57,14 +70,17 @@ Dictionary sorted(const Dictionary& entries) {
 
 }  // namespace
 
-SettingsFile readSettingsFile(const std::string& path) {
+SettingsFile readSettingsFile(const std::string& path, bool all) {
   const std::string bytes = bytesOfFile(path);
   const Value top = topOf(path, bytes);
   SettingsFile file;
   if (!top.asDictionary()) throw FirmFailure(Exit::BadData, Word::noSettings, path);
   for (const auto& [key, value] : *top.asDictionary())
     if (const auto domain = Domain::fromKey(key); domain && value.asDictionary()) {
-      file.settings[*domain] = *value.asDictionary();
+      const bool desks = domain->year != 0 && !isLayers(*top.asDictionary());
+      file.settings[*domain] = desks && !all ? chosenOf(*domain, *value.asDictionary(),
+                                                        keysIn(*top.asDictionary(), "Chosen", *domain))
+                                             : *value.asDictionary();
       file.locked[*domain] = keysIn(*top.asDictionary(), "Locked", *domain);
     } else if (key == "Place") {
       file.place = value.textValue().string();

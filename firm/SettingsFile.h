@@ -22,9 +22,11 @@ struct SettingsFile {
   std::map<Domain, std::set<std::string>> locked;
 };
 
-/// Reads a property list or JSON; "-" is standard input. Of a desk's own file only the entries that somebody
-/// chose are taken. Throws optionsmgr::Failure as the tool does for such a file, or FirmFailure.
-SettingsFile readSettingsFile(const std::string& path);
+/// Reads a property list or JSON; "-" is standard input. Of a desk's own settings only the entries that
+/// somebody chose are taken, unless `all`: every program that loads settings stores defaults among them. A
+/// file that has locks, tells of origins or names its place is no desk's, and what it says was all meant.
+/// Throws optionsmgr::Failure as the tool does for such a file, or FirmFailure.
+SettingsFile readSettingsFile(const std::string& path, bool all);
 
 /// The settings as JSON with everything in order, so that the same settings are the same bytes.
 std::string bytesOf(const SettingsFile& file);

@@ -97,6 +97,7 @@ FirmFailure failureOf(const DatabaseError& error) {
   if (state == "23505") return {Exit::BadData, Word::nameTaken};
   if (state == "23514") return {Exit::BadData, Word::refusedEntry};
   if (state == "55P03" || passes(state)) return {Exit::TryAgain, Word::busy};
+  if (state == "25006") return {Exit::Unavailable, Word::standbyOnly};
   // No schema, no function, no right to either.
   if (state == "3F000" || state == "42883" || state == "42P01" || state == "42501")
     return {Exit::NoPermission, Word::noStore};

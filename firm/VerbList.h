@@ -46,5 +46,7 @@ Exit statusOfAll(Connection& server, const Said& said);
 Exit sync(const Said& said);
 Exit stay(const Said& said);
 Exit status(const Said& said);
+Exit adopt(const Said& said);
+Exit leave(const Said& said);
 
 }  // namespace optionsmgr::firm

@@ -20,8 +20,17 @@ namespace {
 
 Exit withServer(Verb verb, const Said& said) try {
   readConfiguration();
-  Connection server;
-  return verb(server, said);
+  for (std::size_t host = 0;;) {
+    Connection server(-1, host);
+    try {
+      return verb(server, said);
+    } catch (const FirmFailure& failure) {
+      // A standby has changed nothing; the host behind it may be the one that does.
+      if (failure.word() != Word::standbyOnly || server.host() + 1 >= server.hosts() || server.host() < host)
+        throw;
+      host = server.host() + 1;
+    }
+  }
 } catch (const DatabaseError& error) {
   throw failureOf(error);
 }
@@ -76,6 +85,12 @@ class CommandLine {
     standing->add_flag("--all", said_.all, help(Word::helpAll));
     standing->callback(
         [this] { run_ = [this] { return said_.all ? withServer(statusOfAll, said_) : status(said_); }; });
+    app_.add_subcommand("adopt", help(Word::helpAdopt))->callback([this] {
+      run_ = [this] { return adopt(said_); };
+    });
+    app_.add_subcommand("leave", help(Word::helpLeave))->callback([this] {
+      run_ = [this] { return leave(said_); };
+    });
     CLI::App* const agent = app_.add_subcommand("agent", help(Word::helpAgent));
     agent->add_option("--interval", said_.interval, help(Word::helpInterval))
         ->check(CLI::Range(0.1, 86400.0));
@@ -132,6 +147,7 @@ class CommandLine {
     CLI::App* const taken = changing(dated(verb("import", Word::helpImport, importSettings)));
     taken->add_option("--place", said_.place, help(Word::helpAt));
     taken->add_option("file", said_.file, help(Word::helpImportFile))->required();
+    taken->add_flag("--all", said_.all, help(Word::helpUnchosen));
     taken->add_flag("--replace", said_.replace, help(Word::helpReplace));
     taken->add_flag("--force", said_.force, help(Word::helpForceSet));
     CLI::App* const given = dated(verb("export", Word::helpExport, exportSettings));

@@ -65,6 +65,11 @@ BEGIN
     END LOOP;
   END IF;
 
+  -- Whether a standby is attached; only a superuser may let the owner see it.
+  IF superuser AND NOT pg_catalog.pg_has_role('optionsmgr_owner', 'pg_read_all_stats', 'MEMBER') THEN
+    GRANT pg_read_all_stats TO optionsmgr_owner;
+  END IF;
+
   IF pg_catalog.to_regnamespace('optionsmgr') IS NULL THEN
     CREATE SCHEMA optionsmgr AUTHORIZATION optionsmgr_owner;
   END IF;

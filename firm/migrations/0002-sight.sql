@@ -152,6 +152,7 @@ CREATE POLICY reading ON optionsmgr.seen FOR SELECT
          OR place IN (SELECT s.place FROM optionsmgr.sight s WHERE s.role = (SELECT optionsmgr.me()) AND s.admin));
 CREATE POLICY adding ON optionsmgr.seen FOR INSERT WITH CHECK (role = (SELECT optionsmgr.me()));
 CREATE POLICY changing ON optionsmgr.seen FOR UPDATE USING (role = (SELECT optionsmgr.me()));
+CREATE POLICY removing ON optionsmgr.seen FOR DELETE USING (role = (SELECT optionsmgr.me()));
 
 GRANT SELECT ON optionsmgr.firm, optionsmgr.places, optionsmgr.grants, optionsmgr.sight, optionsmgr.settings,
                 optionsmgr.changes, optionsmgr.seen TO optionsmgr_desk;

@@ -345,6 +345,11 @@ BEGIN
                                    agent = excluded.agent, host = excluded.host, at = excluded.at;
 END $$;
 
+-- Takes that back, on a desk's last day.
+CREATE FUNCTION optionsmgr.leave() RETURNS void
+LANGUAGE sql SECURITY DEFINER SET search_path = pg_catalog, pg_temp
+AS $$ DELETE FROM optionsmgr.seen s WHERE s.role = optionsmgr.me() $$;
+
 -- The number that the login's batch with this token was given; none when it never was committed.
 CREATE FUNCTION optionsmgr.committed(batch uuid) RETURNS bigint
 LANGUAGE sql STABLE SECURITY DEFINER SET search_path = pg_catalog, pg_temp
@@ -394,5 +399,6 @@ GRANT EXECUTE ON FUNCTION
   optionsmgr.revoke_place(uuid, text, name, bigint),
   optionsmgr.prune_history(timestamptz),
   optionsmgr.report(bigint, bigint, integer, text),
+  optionsmgr.leave(),
   optionsmgr.committed(uuid)
 TO optionsmgr_desk;

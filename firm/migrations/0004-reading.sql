@@ -74,6 +74,20 @@ BEGIN
          AND h.year = s.year AND h.key = s.key;
 END $$;
 
+-- How much room the server has, and whether a commit is on more than one server: `synchronous` is how many standbys
+-- it waits for that are attached, null where the owner may not know (0000-roles.sql).
+CREATE FUNCTION optionsmgr.capacity(OUT used bigint, OUT allowed bigint, OUT desks bigint, OUT synchronous bigint)
+LANGUAGE sql STABLE SECURITY DEFINER SET search_path = pg_catalog, pg_temp
+AS $$
+  SELECT (SELECT pg_catalog.sum(d.numbackends) FROM pg_catalog.pg_stat_database d)::bigint,
+         pg_catalog.current_setting('max_connections')::bigint
+           - pg_catalog.current_setting('superuser_reserved_connections')::bigint,
+         (SELECT pg_catalog.count(*) FROM optionsmgr.grants g WHERE NOT g.admin),
+         CASE WHEN pg_catalog.pg_has_role('optionsmgr_owner', 'pg_read_all_stats', 'MEMBER')
+           THEN (SELECT pg_catalog.count(*) FROM pg_catalog.pg_stat_replication r
+                 WHERE r.sync_state IN ('sync', 'quorum')) END
+$$;
+
 -- The places that one sees, each with its path and level.
 CREATE VIEW optionsmgr.tree WITH (security_invoker) AS
   WITH RECURSIVE down(id, parent, name, kind, path, level) AS (
@@ -87,4 +101,4 @@ CREATE VIEW optionsmgr.tree WITH (security_invoker) AS
   FROM down d;
 
 GRANT SELECT ON optionsmgr.tree TO optionsmgr_desk;
-GRANT EXECUTE ON FUNCTION optionsmgr.server(), optionsmgr.state(bigint, uuid[]) TO optionsmgr_desk;
+GRANT EXECUTE ON FUNCTION optionsmgr.server(), optionsmgr.state(bigint, uuid[]), optionsmgr.capacity() TO optionsmgr_desk;
