@@ -32,15 +32,20 @@ constexpr const char* kStillAtWork =
     "a.backend_start) = $1";
 
 // What became of a batch whose commit was not answered.
-std::string lookedUp(const std::string& token, const Field& worker, Clock::time_point until) {
+Stored lookedUp(const std::string& token, const Field& worker, Clock::time_point until) {
   do {
     try {
       Connection again;
       for (;;) {
         // Asked in this order, for it may commit between the two.
         const bool atWork = again.ask(kStillAtWork, {worker}).size() > 0;
-        if (const Field number = again.ask("SELECT optionsmgr.committed($1::uuid)", {token}).at(0, 0))
-          return *number;
+        const Rows rows = again.ask(
+            "SELECT optionsmgr.committed($1::uuid), current_setting('synchronous_standby_names')", {token});
+        if (const Field number = rows.at(0, 0)) {
+          // It is here; whether a standby had it by then, nobody said.
+          const bool waits = !rows.text(0, 1).empty();
+          return {*number, 0, waits ? std::vector{say(Word::connectionLost)} : std::vector<std::string>{}};
+        }
         if (!atWork) throw FirmFailure(Exit::TryAgain, Word::notStored);
         if (Clock::now() >= until) break;
         std::this_thread::sleep_for(200ms);
@@ -63,11 +68,14 @@ Stored once(Connection& server, const Statement& statement) {
   const Clock::time_point until = Clock::now() + kCommitting;
   try {
     server.ask("COMMIT", {}, kCommitting);
+    stored.warnings = server.takeWarnings();
   } catch (const DatabaseError& error) {
     if (!error.state().empty()) throw;
-    if (!stored.number.empty()) stored.number = lookedUp(*statement.parameters.front(), worker, until);
+    if (stored.number.empty()) return stored;
+    const Stored found = lookedUp(*statement.parameters.front(), worker, until);
+    stored.number = found.number;
+    stored.warnings = found.warnings;
   }
-  stored.warnings = server.takeWarnings();
   return stored;
 }
 

@@ -217,7 +217,7 @@ std::optional<Layer> Layer::read(const LayerFolder& folder, const Text& key, Sys
     const Value list = listIn(open, folder.path, name.string() + ".plist", folder.owner, calls, known);
     const Dictionary& top = *list.asDictionary();
     (name == key ? layer.year_ : layer.everyYear_) = dictionaryIn(top, name);
-    if (name == key) layer.origins_ = dictionaryIn(top, "Origins");
+    (name == key ? layer.origins_ : layer.everyYearOrigins_) = dictionaryIn(top, "Origins");
     const Value* locked = top.find("Locked");
     if (!locked || !locked->asArray()) continue;
     for (const Value& entry : *locked->asArray())

@@ -90,8 +90,11 @@ class Layer {
   bool empty() const { return year().empty() && everyYear().empty() && locked_.empty() && !locksAll_; }
   const Dictionary& year() const { return *year_.asDictionary(); }
   const Dictionary& everyYear() const { return *everyYear_.asDictionary(); }
-  /// What the year's file says of where an entry came from, as it stands there; null when it does not say.
-  const Value* origin(std::string_view entryKey) const { return origins_.asDictionary()->find(entryKey); }
+  /// What the file that has the entry says of where it came from, as it stands there; null when it does not
+  /// say.
+  const Value* origin(std::string_view entryKey) const {
+    return (year().find(entryKey) ? origins_ : everyYearOrigins_).asDictionary()->find(entryKey);
+  }
 
  private:
   Layer(const LayerFolder& folder, const Text& key) : folder_(folder), key_(key) {}
@@ -99,7 +102,7 @@ class Layer {
   LayerFolder folder_;
   Text key_;
   // Dictionaries.
-  Value year_, everyYear_, origins_;
+  Value year_, everyYear_, origins_, everyYearOrigins_;
   Dictionary locked_;
   bool locksAll_ = false;
   bool enforced_ = false;
