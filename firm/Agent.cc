@@ -113,6 +113,7 @@ void Agent::fetch(Connection& server) {
     }
   }
   std::vector<PlaceState> chain;
+  chain.reserve(order.size());
   for (const std::string& id : order) chain.push_back(known[id]);
   states_.publish(filesOf(chain), history);
   known_ = std::move(known);

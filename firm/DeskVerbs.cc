@@ -106,6 +106,7 @@ Exit statusOfAll(Connection& server, const Said& said) {
   if (const Field standbys = room.at(0, 4); !standbys || *standbys == "0")
     std::cerr << "optionsmgr-firm: " << say(standbys ? Word::noStandby : Word::standbyUnknown) << '\n';
   std::vector<std::vector<Field>> shown;
+  shown.reserve(rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i)
     shown.push_back({rows.at(i, 0), rows.at(i, 1), rows.at(i, 2), rows.at(i, 3), rows.at(i, 4)});
   print(said, {"place", "login", "host", "number", "seen"}, shown);

@@ -157,6 +157,7 @@ Exit importFolder(Connection& server, const Said& said) {
   }
   if (files.empty()) throw FirmFailure(Exit::NotFound, Word::noSettings, said.file);
   std::vector<Field> numbers;
+  numbers.reserve(files.size());
   for (const auto& [number, file] : files) numbers.emplace_back(number);
   const auto standing = standingAt(server, numbers);
   Importing importing(said);
@@ -187,6 +188,7 @@ bool stands(const std::string& path, const std::string& bytes) {
 Exit exportAll(Connection& server, const Said& said) {
   const std::map<std::string, std::string> places = placesByPath(server);
   std::vector<Field> numbers;
+  numbers.reserve(places.size());
   for (const auto& [path, number] : places) numbers.emplace_back(number);
   const auto standing = standingAt(server, numbers);
   std::set<std::string> written;

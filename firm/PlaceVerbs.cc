@@ -50,6 +50,7 @@ Exit placeList(Connection& server, const Said& said) {
       "SELECT t.path, t.kind, CASE WHEN t.admin THEN 'admin' ELSE '' END FROM optionsmgr.tree t "
       "ORDER BY t.path");
   std::vector<std::vector<Field>> shown;
+  shown.reserve(rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i)
     shown.push_back({rows.at(i, 0), rows.at(i, 1), rows.at(i, 2)});
   print(said, {"place", "kind", "sight"}, shown);

@@ -69,6 +69,7 @@ Exit preview(Connection& server, const Said& said, const Statement& statement) {
   rehearse(server, statement, [&](bool changed) { (changed ? after : before) = deskFiles(server); });
   const std::vector<DeskChange> changes = changesBetween(before, after);
   std::vector<std::vector<Field>> rows;
+  rows.reserve(changes.size());
   for (const DeskChange& change : changes)
     rows.push_back({change.desk, change.domain.name(), nameOfKey(change.key, change.domain.corporate),
                     shownAtDesk(change.before), shownAtDesk(change.after)});

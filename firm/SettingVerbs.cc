@@ -20,6 +20,7 @@ using Batch = std::map<std::string, Entry>;
 
 std::vector<Entry> entriesOf(const Batch& batch) {
   std::vector<Entry> entries;
+  entries.reserve(batch.size());
   for (const auto& [key, entry] : batch) entries.push_back(entry);
   return entries;
 }
