@@ -1,9 +1,12 @@
 // A desk's first day and its last, what its programs hear in between, and what tells an administrator how all
 // is.
+#include <poll.h>
+
 #include <algorithm>
 #include <string>
 
 #include "qorvane/preferences/LayeredUserDefaults.h"
+#include "qorvane/preferences/PreferenceWatch.h"
 #include "qorvane/store/Options.h"
 #include "tests/firm/FirmProgram.h"
 
@@ -64,14 +67,21 @@ TEST_F(FirmDeskDaysTest, ADeskThatLeavesReadsAsWithoutAFirm) {
   EXPECT_NE(options.preparerCity().string(), "Laval");
 }
 
-TEST_F(FirmDeskDaysTest, AChangeIsTakenInAndSaysWhoMadeItWhere) {
+TEST_F(FirmDeskDaysTest, AChangeReachesAProgramThatWatchesAndSaysWhoMadeItWhere) {
   startAgent("one", "3600");
   await([&] { return fs::exists(states() / "current"); });
   qorvane::LayeredUserDefaults files;
   qorvane::Options options(files, {.taxYear = 2024});
   options.loadOptions();
+  qorvane::PreferenceWatch watch(files);
   done("boss", {"set", "--place", "Laval", "preparerCity", "Laval"});
-  await([&] { return atDesk("QorvaneT1Settings", "PCity") == "Laval"; });
+  std::vector<Text> heard;
+  while (heard.empty()) {
+    pollfd end{watch.descriptor(), POLLIN, 0};
+    ASSERT_GT(poll(&end, 1, -1), 0);
+    heard = watch.changedKeys();
+  }
+  EXPECT_NE(std::ranges::find(heard, Text(kKey)), heard.end());
   const auto changed = options.refresh();
   EXPECT_NE(std::ranges::find(changed, Text("preparerCity")), changed.end());
   EXPECT_EQ(options.preparerCity().string(), "Laval");
