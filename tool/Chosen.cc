@@ -13,18 +13,31 @@ using qorvane::Text;
 using qorvane::Value;
 
 void takeOver(Settings& settings, const Settings& past, const std::vector<Text>& keys) {
-  const auto marks = [](const Settings& of) { return of.chosen.asArray() ? *of.chosen.asArray() : Array(); };
   Dictionary entries = entriesOf(settings.object);
   const Dictionary pastEntries = entriesOf(past.object);
-  Array chosen = marks(settings);
-  const Array chosenThen = marks(past);
+  Value chosen = settings.chosen;
   for (const Text& key : keys) {
     const Value* then = pastEntries.find(key.view());
     entries.set(key, then ? *then : Value());
-    std::erase(chosen, Value(key));
-    if (std::ranges::find(chosenThen, Value(key)) != chosenThen.end()) chosen.emplace_back(key);
+    note(chosen, key, isNoted(past.chosen, key.view()));
   }
-  settings = {Value(entries), chosen.empty() ? Value() : Value(chosen)};
+  settings = {Value(entries), chosen};
+}
+
+bool isNoted(const Value& chosen, std::string_view entryKey) {
+  return chosen.asArray() && std::ranges::any_of(*chosen.asArray(), [&](const Value& name) {
+           return name.asText() && name.asText()->view() == entryKey;
+         });
+}
+
+void note(Value& chosen, const Text& entryKey, bool noted) {
+  if (isNoted(chosen, entryKey.view()) == noted) return;
+  Array names = chosen.asArray() ? *chosen.asArray() : Array();
+  if (noted)
+    names.emplace_back(entryKey);
+  else
+    std::erase(names, Value(entryKey));
+  chosen = names.empty() ? Value() : Value(std::move(names));
 }
 
 Dictionary entriesOf(const Value& object) {

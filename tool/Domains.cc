@@ -91,14 +91,10 @@ std::optional<qorvane::Settings> storedSettings(Session& session, const Domain& 
                           "starts afresh"),
             files.pathForKey(domain.key()), told(*found.damage)));
   }
-  const auto before = [&](std::optional<Dictionary> entries) {
-    const auto now = beforeUnfinished(session, domain, std::move(entries));
-    return now ? std::optional(qorvane::Settings{Value(*now), found.chosen}) : std::nullopt;
-  };
-  if (found.state == State::Missing) return before(std::nullopt);
+  if (found.state == State::Missing) return beforeUnfinished(session, domain, std::nullopt);
   if (!found.object.asDictionary())
     throw Failure(Exit::BadData, say("{} holds no dictionary of settings", files.pathForKey(domain.key())));
-  return before(*found.object.asDictionary());
+  return beforeUnfinished(session, domain, qorvane::Settings{found.object, found.chosen});
 } catch (const FileException& error) {
   throw failureOf(error);
 }

@@ -190,6 +190,17 @@ Domain editedDomain(const Session& session) {
   return {said.corporate, said.yearSaid ? said.year : 0};
 }
 
+bool isFarther(const Session& session, const LayeredSettings& layers, const Domain& domain,
+               std::string_view entryKey) {
+  if (session.settings().layer != "machine") return layers.layers().has(entryKey);
+  const std::string edited = machineFolder();
+  return std::ranges::any_of(layers.layers(), [&](const Layer& layer) {
+    // In its own folder the file for every year stands behind the year's.
+    if (layer.folder().path == edited) return domain.year != 0 && layer.everyYear().find(entryKey);
+    return layer.find(entryKey).has_value();
+  });
+}
+
 std::string machineFile(Session&, const Domain& domain) {
   return machineFolder() + "/" + domain.key().string() + ".plist";
 }

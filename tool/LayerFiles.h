@@ -46,6 +46,11 @@ void requireUnlocked(const qorvane::LayeredSettings& layers, const qorvane::Opti
 void requireUnlocked(Session& session, const Domain& domain, const qorvane::Dictionary& before,
                      const qorvane::Dictionary& after);
 
+/// Whether anything farther than what is edited has the entry: the user's settings or, with --layer machine,
+/// the machine's file of that domain.
+bool isFarther(const Session& session, const qorvane::LayeredSettings& layers, const Domain& domain,
+               std::string_view entryKey);
+
 /// The entries among these that are to be noted as chosen when a person sets them: those that would yield to
 /// a farther layer's otherwise.
 std::vector<qorvane::Text> pinsAmong(const qorvane::LayeredSettings& layers,

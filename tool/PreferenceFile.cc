@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/LayeredUserDefaults.h"
 #include "qorvane/propertylist/PropertyList.h"
 #include "tool/EntryForm.h"
 #include "tool/Failure.h"
@@ -57,6 +58,27 @@ Dictionary withTruths(Session& session, const Domain& domain, Dictionary entries
   return entries;
 }
 
+constexpr qorvane::Text kChosen = "Chosen";
+
+// Takes over what such an entry of the top level notes of each product's and year's settings.
+void takeNotes(const Value& noted, PreferenceFile& file) {
+  for (const auto& [domain, entries] : file.settings) {
+    const Dictionary* const each = noted.asDictionary();
+    const Value* const own = each ? each->find(domain.key().view()) : &noted;
+    if (Value chosen = own ? chosenAmong(*own, entries) : Value(); !chosen.isNil())
+      file.chosen[domain] = std::move(chosen);
+  }
+}
+
+Value notesOf(const std::map<Domain, Dictionary>& settings, const std::map<Domain, Value>& chosen) {
+  Dictionary each;
+  for (const auto& [domain, entries] : settings)
+    if (const auto noted = chosen.find(domain); noted != chosen.end())
+      each.set(domain.key(), chosenAmong(noted->second, entries));
+  if (each.empty()) return {};
+  return settings.size() == 1 ? each.begin()->value : Value(each);
+}
+
 }  // namespace
 
 std::string bytesOfFile(const std::string& path) {
@@ -93,18 +115,20 @@ PreferenceFile readPreferenceFile(const std::string& path) {
       file.broken.push_back(*domain);
     else if (isJson && qorvane::findProperty(key))
       file.named.set(key, value);
-    else
+    else if (key != kChosen)
       file.others.push_back(key.string());
+  if (const Value* const noted = top.asDictionary()->find(kChosen.view())) takeNotes(*noted, file);
   if (file.settings.empty() && file.broken.empty() && file.named.empty())
     throw Failure(Exit::BadData, say("{} holds no settings of a product and year", path));
   return file;
 }
 
 std::string preferenceFileBytes(Session& session, const std::map<Domain, Dictionary>& settings,
-                                ExchangeForm form) try {
+                                const std::map<Domain, Value>& chosen, ExchangeForm form) try {
   Dictionary top;
   for (const auto& [domain, entries] : settings)
     top.set(domain.key(), form == ExchangeForm::JsonText ? withTruths(session, domain, entries) : entries);
+  top.set(kChosen, notesOf(settings, chosen));
   if (form == ExchangeForm::JsonText) return jsonFromValue(top);
   return writePropertyList(top,
                            form == ExchangeForm::Xml ? PropertyListFormat::Xml : PropertyListFormat::Binary);

@@ -15,6 +15,8 @@ namespace optionsmgr {
 
 struct PreferenceFile {
   std::map<Domain, qorvane::Dictionary> settings;
+  /// Which of their entries are noted as chosen (qorvane::Settings), where any are.
+  std::map<Domain, qorvane::Value> chosen;
   /// Entries of a JSON text under the names of options, for the product and year that are asked for.
   qorvane::Dictionary named;
   /// Products and years that hold something else than a dictionary.
@@ -32,9 +34,11 @@ std::string bytesOfFile(const std::string& path);
 
 enum class ExchangeForm : std::uint8_t { Binary, Xml, JsonText };
 
-/// The settings as a file of that form; in JSON a flag that is stored in one of its two ways is true or
-/// false. Throws Failure (bad data) for what the form cannot hold.
+/// The settings as a file of that form, with what is noted of them as chosen: an array or, of several
+/// products and years, a dictionary of arrays under their keys. Notes without an entry are left out. In JSON
+/// a flag that is stored in one of its two ways is true or false. Throws Failure (bad data) for what the form
+/// cannot hold.
 std::string preferenceFileBytes(Session& session, const std::map<Domain, qorvane::Dictionary>& settings,
-                                ExchangeForm form);
+                                const std::map<Domain, qorvane::Value>& chosen, ExchangeForm form);
 
 }  // namespace optionsmgr

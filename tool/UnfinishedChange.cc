@@ -99,6 +99,10 @@ bool holds(const std::optional<Dictionary>& entries, const std::optional<Diction
   return entries.has_value() == others.has_value() && (!entries || isIdentical(*entries, *others));
 }
 
+std::optional<Dictionary> entriesIn(const std::optional<qorvane::Settings>& settings) {
+  return settings ? std::optional(*settings->object.asDictionary()) : std::nullopt;
+}
+
 // The file's entries; none where there is no file. Nothing at all for a file that holds something else.
 std::optional<std::optional<Dictionary>> entriesNow(Session& session, const Domain& domain) {
   const auto found = session.files().inspect(domain.key());
@@ -126,8 +130,9 @@ std::string freeName(const std::string& wanted, const std::string& ending) {
 std::string keepBefore(Session& session, const Step& step) {
   const std::string path =
       freeName(session.files().folder() + "/" + step.name + ".before-import-" + timeNow(), ".plist");
-  const Value top = Dictionary{{step.domain->key(), *step.before}};
-  writeWholeFile(path, writePropertyList(top, qorvane::PropertyListFormat::Binary), Existing::Refused);
+  Dictionary top{{step.domain->key(), *step.before}};
+  top.set("Chosen", step.chosen);
+  writeWholeFile(path, writePropertyList(Value(top), qorvane::PropertyListFormat::Binary), Existing::Refused);
   return path;
 }
 
@@ -148,11 +153,12 @@ void save(FileUserDefaults& files, const Text& key, const Value& value, const Va
 // Puts the file back if it still is what the step made of it; says what became of it.
 std::string putBack(Session& session, const Step& step) {
   const auto now = entriesNow(session, *step.domain);
-  if (now && holds(*now, step.before)) return say("{} is as before it", step.domain->name());
+  // A step that changed only marks left the entries as they were.
   if (now && holds(*now, step.after)) {
     save(session.files(), step.domain->key(), objectOf(step.before), &step.chosen);
     return say("{} is as before it", step.domain->name());
   }
+  if (now && holds(*now, step.before)) return say("{} is as before it", step.domain->name());
   if (!step.before) return say("{} was changed since and stays as it is", step.domain->name());
   return say("{} was changed since and stays as it is; what it was before is kept in {}", step.domain->name(),
              keepBefore(session, step));
@@ -324,8 +330,8 @@ void putBackUnfinished(Session& session) {
   }
 }
 
-std::optional<Dictionary> beforeUnfinished(Session& session, const Domain& domain,
-                                           std::optional<Dictionary> found) try {
+std::optional<qorvane::Settings> beforeUnfinished(Session& session, const Domain& domain,
+                                                  std::optional<qorvane::Settings> found) try {
   const Note note = readNote(session);
   if (note.kind == Note::Kind::Damaged) {
     session.tellOnce(
@@ -338,11 +344,12 @@ std::optional<Dictionary> beforeUnfinished(Session& session, const Domain& domai
     if (step.isBroken) {
       session.tellOnce(say("the note {} of a change of several years has an entry that is none: \"{}\"",
                            noteFile(session), step.name));
-    } else if (*step.domain == domain && holds(found, step.after)) {
+    } else if (*step.domain == domain && holds(entriesIn(found), step.after)) {
       session.tellOnce(
           say("a change of several years is under way, or was interrupted: {} reads as before it",
               domain.name()));
-      return step.before;
+      if (!step.before) return std::nullopt;
+      return qorvane::Settings{Value(*step.before), step.chosen};
     }
   }
   return found;

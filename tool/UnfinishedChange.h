@@ -41,10 +41,10 @@ void tellUnlessSaved(Session& session, const Changes& changes);
 /// Failure when it cannot be done now: the note stays, and reading goes on.
 void putBackUnfinished(Session& session);
 
-/// What the domain holds for a reader who found these entries in its file: what was before an unfinished
+/// What the domain holds for a reader who found these settings in its file: what was before an unfinished
 /// step, if the file still is what the step made of it. Tells, once, that there is such a step. Takes no
 /// lock and changes nothing.
-std::optional<qorvane::Dictionary> beforeUnfinished(Session& session, const Domain& domain,
-                                                    std::optional<qorvane::Dictionary> found);
+std::optional<qorvane::Settings> beforeUnfinished(Session& session, const Domain& domain,
+                                                  std::optional<qorvane::Settings> found);
 
 }  // namespace optionsmgr

@@ -8,7 +8,9 @@
 #include <utility>
 
 #include "qorvane/foundation/Exception.h"
+#include "qorvane/preferences/LayerRule.h"
 #include "tool/ArgumentChecks.h"
+#include "tool/Chosen.h"
 #include "tool/Domains.h"
 #include "tool/EntryForm.h"
 #include "tool/Exchange.h"
@@ -131,6 +133,17 @@ void requireNoStoreFile(Session& session, const std::string& file) {
                   say("{} lies in the folder of the settings themselves; export to another", file));
 }
 
+// What --layer asks to hand over, by default the user's own. What an administrator has set is all chosen.
+std::optional<qorvane::Settings> handedOver(Session& session, const Domain& domain) {
+  if (!asksForFartherLayer(session.settings())) return storedSettings(session, domain);
+  const auto entries = seenEntries(session, domain);
+  if (!entries) return std::nullopt;
+  qorvane::Settings settings{*entries, nullptr};
+  for (const auto& [key, value] : *entries)
+    if (!qorvane::optionLayerRule().isChosen(domain.key(), key, value)) note(settings.chosen, key, true);
+  return settings;
+}
+
 void exportSettings(Session& session, const ExportRequest& request, std::ostream& out) {
   const ExportTarget target = targetMeant(request.words);
   if (target.file != "-") {
@@ -141,14 +154,16 @@ void exportSettings(Session& session, const ExportRequest& request, std::ostream
       throw Failure(Exit::CannotCreate, say("{} exists; --force replaces it", target.file));
   }
   std::map<Domain, Dictionary> settings;
+  std::map<Domain, Value> chosen;
   LeftOut left;
   for (const Domain& domain : request.all ? storedDomains(session) : std::vector{domainOf(session)}) try {
-      const auto entries = asksForFartherLayer(session.settings()) ? seenEntries(session, domain)
-                                                                   : storedEntries(session, domain);
-      if (!entries)
+      const auto handed = handedOver(session, domain);
+      if (!handed)
         throw Failure(Exit::NotFound,
                       say("there are no {} settings in {}", domain.name(), session.files().folder()));
-      settings[domain] = exported(session, request, target.options, domain, *entries, left);
+      settings[domain] =
+          exported(session, request, target.options, domain, *handed->object.asDictionary(), left);
+      chosen[domain] = handed->chosen;
     } catch (const Failure& failure) {
       if (!request.all) throw;
       tell(say("{} is left out: {}", domain.name(), failure.what()));
@@ -157,7 +172,8 @@ void exportSettings(Session& session, const ExportRequest& request, std::ostream
   if (settings.empty())
     throw Failure(session.exit() == Exit::Done ? Exit::NotFound : session.exit(),
                   say("there are no settings in {}", session.files().folder()));
-  const std::string bytes = preferenceFileBytes(session, settings, formMeant(session, request, target.file));
+  const std::string bytes =
+      preferenceFileBytes(session, settings, chosen, formMeant(session, request, target.file));
   if (target.file == "-")
     out << bytes;
   else
@@ -172,7 +188,7 @@ void exportSettings(Session& session, const ExportRequest& request, std::ostream
 
 // ---- import ---------------------------------------------------------------------------------------------
 
-enum class Action : std::uint8_t { New, Changed, Removed, Kept, Unknown, Refused };
+enum class Action : std::uint8_t { New, Changed, Removed, Kept, Unknown, Refused, Chosen, Left };
 
 Phrase wordFor(Action action) {
   switch (action) {
@@ -188,6 +204,10 @@ Phrase wordFor(Action action) {
       return "unknown";
     case Action::Refused:
       return "refused";
+    case Action::Chosen:
+      return "chosen";
+    case Action::Left:
+      return "left";
   }
   return "unknown";
 }
@@ -197,13 +217,15 @@ struct ChangedEntry {
   Action action;
   std::string from;
   std::string to;
-  std::string why;  // Of what is kept or refused.
+  std::string why;  // Of what is not simply taken.
 };
 
 struct ImportPlan {
   Changes changes;
+  Marks marks;
   std::map<Domain, std::vector<ChangedEntry>> lines;
   std::string objections;  // A line each; empty when there are none that count.
+  Exit exit = Exit::Done;  // What they end with.
 };
 
 // Works out what becomes of each product and year.
@@ -224,16 +246,120 @@ class Planner {
   }
 
  private:
-  void planFor(const Domain& domain, const Dictionary& given) {
-    const Dictionary before = intoMachine() ? machineSettings(session_, domain).entries
-                                            : storedEntries(session_, domain).value_or(Dictionary());
-    const Dictionary good = taken(domain, given, before);
+  void planFor(const Domain& domain, Dictionary given) {
+    const qorvane::Settings standing = standingOf(domain);
+    const Dictionary before = entriesOf(standing.object);
+    const auto layers = layersOf(session_, domain, standing);
+    Dictionary good = taken(domain, given, before);
+    leaveUnchosen(domain, *layers, before, given, good);
     Dictionary after = request_.replace ? keptOf(domain, given, before) : before;
     for (const auto& [key, value] : good) after.set(key, value);
-    if (domain == own()) setNamed(domain, after);
+    std::vector<Text> named;
+    if (domain == own()) named = setNamed(domain, after);
     settleDerived(session_, domain, good, after);
+    refuseLocked(domain, *layers, before, after, good, named);
+    const Value chosen = marksOf(domain, standing, good, after, pinsAmong(*layers, named, after));
     addLines(domain, before, after);
-    if (!isIdentical(before, after)) plan_.changes[domain] = after;
+    addChosenLines(domain, standing, chosen, after);
+    if (isIdentical(before, after) && isIdentical(chosenAmong(standing.chosen, before), chosen)) return;
+    plan_.changes[domain] = after;
+    if (!intoMachine()) plan_.marks[domain] = chosen;
+  }
+
+  qorvane::Settings standingOf(const Domain& domain) {
+    if (intoMachine()) return {machineSettings(session_, domain).entries, nullptr};
+    return storedSettings(session_, domain).value_or(qorvane::Settings{Dictionary(), nullptr});
+  }
+
+  bool isMarked(const Domain& domain, const Text& key) const {
+    const auto marks = file_.chosen.find(domain);
+    return marks != file_.chosen.end() && isNoted(marks->second, key.view());
+  }
+
+  // A default that a program stored elsewhere is not to hide what is set for many desks.
+  void leaveUnchosen(const Domain& domain, const qorvane::LayeredSettings& layers, const Dictionary& before,
+                     Dictionary& given, Dictionary& good) {
+    std::vector<Text> left;
+    for (const auto& [key, value] : good)
+      if (isFarther(session_, layers, domain, key) && !isMarked(domain, key) &&
+          !layers.isChosenByItself(key.view(), value))
+        left.push_back(key);
+    const auto isLeft = [&](const Text& key) { return std::ranges::find(left, key) != left.end(); };
+    for (const auto& follower : qorvane::optionLayerRule().followers())
+      if (good.find(follower.entry.view()) && std::ranges::any_of(follower.leaders, isLeft) &&
+          std::ranges::none_of(follower.leaders, [&](const Text& leader) {
+            return good.find(leader.view()) && !isLeft(leader);
+          }))
+        left.push_back(follower.entry);
+    const qorvane::ScopedProduct product(session_.product(domain.corporate, domain.year));
+    for (const Text& key : left) {
+      const Value* const there = before.find(key.view());
+      const OptionRow* const owner = ownerOf(key);
+      if (owner && !(there && isIdentical(*there, *good.find(key.view())))) {
+        const bool masks = owner->secret && !request_.showSecrets;
+        plan_.lines[domain].push_back({std::string(owner->name), Action::Left,
+                                       masks ? kMask : plainEntry(there),
+                                       masks ? kMask : plainEntry(good.find(key.view())),
+                                       say("nobody chose it there: what is set for many desks counts")});
+      }
+      good.remove(key.view());
+      given.remove(key.view());
+    }
+  }
+
+  // What a layer locks stays as it is.
+  void refuseLocked(const Domain& domain, const qorvane::LayeredSettings& layers, const Dictionary& before,
+                    Dictionary& after, Dictionary& good, std::vector<Text>& named) {
+    if (intoMachine() || !layers.layers().lock()) return;
+    const qorvane::Product product = session_.product(domain.corporate, domain.year);
+    for (const OptionRow& row : qorvane::optionTable()) {
+      const Text key = row.key(product);
+      const qorvane::Layer* const lock = key.isNil() ? nullptr : lockOn(layers, row, product);
+      if (!lock) continue;
+      const Value* const old = before.find(key.view());
+      const Value* const now = after.find(key.view());
+      const bool changes = old && now ? !isIdentical(*old, *now) : old || now;
+      if (!changes && std::ranges::find(named, key) == named.end()) continue;
+      refuse(domain, std::string(row.name), say("{} is locked by {}", row.name, lock->folder().path),
+             Exit::NoPermission);
+      for (const Text& own : row.entries(product)) {
+        const Value* const stays = before.find(own.view());
+        after.set(own, stays ? *stays : Value());
+        good.remove(own.view());
+        std::erase(named, own);
+      }
+    }
+  }
+
+  // A mark comes with its entry; one that stands goes with the entry that is replaced.
+  Value marksOf(const Domain& domain, const qorvane::Settings& standing, const Dictionary& good,
+                const Dictionary& after, const std::vector<Text>& pins) const {
+    Value chosen = standing.chosen;
+    const Dictionary before = entriesOf(standing.object);
+    for (const auto& [key, value] : good) {
+      const Value* const there = before.find(key.view());
+      if (isMarked(domain, key) || !(there && isIdentical(*there, value)))
+        note(chosen, key, isMarked(domain, key));
+    }
+    for (const Text& key : pins) note(chosen, key, true);
+    return chosenAmong(chosen, after);
+  }
+
+  // What reads otherwise from now on, though the user's entry is the same.
+  void addChosenLines(const Domain& domain, const qorvane::Settings& standing, const Value& chosen,
+                      const Dictionary& after) {
+    const qorvane::ScopedProduct product(session_.product(domain.corporate, domain.year));
+    const Dictionary before = entriesOf(standing.object);
+    for (const auto& [key, value] : after) {
+      const Value* const there = before.find(key.view());
+      if (!there || !isIdentical(*there, value) || isNoted(standing.chosen, key.view()) ||
+          !isNoted(chosen, key.view()))
+        continue;
+      const OptionRow* const owner = ownerOf(key);
+      const std::string shown = owner && owner->secret && !request_.showSecrets ? kMask : plainEntry(&value);
+      plan_.lines[domain].push_back({owner ? std::string(owner->name) : key.string(), Action::Chosen, shown,
+                                     shown, say("it counts before what is set for many desks")});
+    }
   }
 
   // Those of the given entries that can be taken, in the form in which they are stored.
@@ -281,8 +407,9 @@ class Planner {
     return kept;
   }
 
-  // Sets the options that a JSON text names.
-  void setNamed(const Domain& domain, Dictionary& after) {
+  // Sets the options that a JSON text names, and answers their entries.
+  std::vector<Text> setNamed(const Domain& domain, Dictionary& after) {
+    std::vector<Text> set;
     for (const auto& [name, value] : file_.named) try {
         const qorvane::ScopedProduct product(session_.product(domain.corporate, domain.year));
         const OptionRow& row = *qorvane::findProperty(name);
@@ -292,18 +419,28 @@ class Planner {
         const bool truth = value.asNumber() && value.asNumber()->kind() == qorvane::Number::Kind::Boolean;
         const std::string words = truth ? (value.boolValue() ? "true" : "false") : value.textValue().string();
         for (const auto& [key, entry] :
-             entriesFor(session_, domain, row, parsedFor(row, words, request_.force), after))
+             entriesFor(session_, domain, row, parsedFor(row, words, request_.force), after)) {
           after.set(key, entry);
+          set.push_back(key);
+        }
       } catch (const Failure& failure) {
         object(domain, name.string(), failure.what());
       }
+    return set;
   }
 
   void object(const Domain& domain, const std::string& name, const std::string& why) {
-    if (request_.skipBad)
+    refuse(domain, name, request_.skipBad ? why : name + ": " + why, Exit::BadData);
+  }
+
+  void refuse(const Domain& domain, const std::string& name, const std::string& why, Exit exit) {
+    if (request_.skipBad) {
       plan_.lines[domain].push_back({name, Action::Refused, "", "", why});
-    else
-      plan_.objections += "\n  " + domain.name() + ", " + name + ": " + why;
+      return;
+    }
+    plan_.objections += "\n  " + domain.name() + ", " + why;
+    // What is wrong with the file itself goes first.
+    if (plan_.exit != Exit::BadData) plan_.exit = exit;
   }
 
   void addLines(const Domain& domain, const Dictionary& before, const Dictionary& after) {
@@ -350,7 +487,7 @@ class Planner {
 ImportPlan planned(Session& session, const ImportRequest& request, const PreferenceFile& file) {
   ImportPlan plan = Planner(session, request, file).plan();
   if (!plan.objections.empty())
-    throw Failure(Exit::BadData,
+    throw Failure(plan.exit,
                   say("{} was not imported; nothing was changed:{}", request.file, plan.objections));
   return plan;
 }
@@ -408,6 +545,7 @@ PreferenceFile chosenOf(const Session& session, const ImportRequest& request) {
 // read them.
 PreferenceFile forMachine(Session& session, PreferenceFile file) {
   std::map<Domain, Dictionary> settings;
+  std::map<Domain, Value> chosen;
   for (auto& [domain, entries] : file.settings) {
     const Domain edited{domain.corporate, session.settings().yearSaid ? domain.year : 0};
     if (settings.contains(edited))
@@ -416,10 +554,13 @@ PreferenceFile forMachine(Session& session, PreferenceFile file) {
     for (const OptionRow& row : qorvane::optionTable())
       if (row.secret && !row.key().isNil()) entries.remove(row.key());
     settings[edited] = std::move(entries);
+    if (const auto marks = file.chosen.find(domain); marks != file.chosen.end())
+      chosen[edited] = marks->second;
   }
   for (const OptionRow& row : qorvane::optionTable())
     if (row.secret) file.named.remove(row.name);
   file.settings = std::move(settings);
+  file.chosen = std::move(chosen);
   return file;
 }
 
@@ -448,7 +589,7 @@ void importSettings(Session& session, const ImportRequest& request, std::ostream
     const FileUserDefaults::Lock lock(session.files());
     putBackUnfinished(session);
     plan = planned(session, request, file);
-    changeAll(session, plan.changes);
+    changeAll(session, plan.changes, plan.marks);
     tellUnlessSaved(session, plan.changes);
   }
   if (session.json())

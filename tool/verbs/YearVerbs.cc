@@ -8,6 +8,7 @@
 #include <set>
 
 #include "qorvane/foundation/Exception.h"
+#include "tool/Chosen.h"
 #include "tool/Domains.h"
 #include "tool/EntryForm.h"
 #include "tool/Failure.h"
@@ -296,7 +297,9 @@ struct CarriedEntry {
 struct CarryPlan {
   Domain from, to;
   std::vector<CarriedEntry> lines;
-  Dictionary entries;                  // What the later year is to hold.
+  Dictionary before;                   // What the later year holds,
+  Dictionary entries;                  // what it is to hold,
+  Value chosen;                        // and what of that is noted as chosen.
   std::vector<std::string> unchanged;  // Folders whose paths do not name the year.
 
   int count(Action action) const {
@@ -331,12 +334,16 @@ class Carrying {
       : session_(session), request_(request) {
     plan_.from = from;
     plan_.to = to;
-    const auto source = storedEntries(session, from);
+    const auto source = storedSettings(session, from);
     if (!source)
       throw Failure(Exit::NotFound,
                     say("there are no {} settings in {}", from.name(), session.files().folder()));
-    source_ = *source;
-    plan_.entries = storedEntries(session, to).value_or(Dictionary());
+    source_ = entriesOf(source->object);
+    from_ = layersOf(session, from, *source);
+    const auto target = storedSettings(session, to).value_or(qorvane::Settings{Dictionary(), nullptr});
+    plan_.before = plan_.entries = entriesOf(target.object);
+    plan_.chosen = target.chosen;
+    to_ = layersOf(session, to, target);
   }
 
   CarryPlan plan() {
@@ -397,13 +404,21 @@ class Carrying {
     const Value* there = plan_.entries.find(current.key.view());
     const std::string value = old.unreadable ? "" : masked(*old.row, old.value, request_.showSecrets);
     if (old.unreadable) return add(name, Action::Left, value, say("cannot be read"));
-    if ((there && isIdentical(entry, *there)) || (old.isDefault && !there))
+    const bool farther = to_->layers().has(current.key.view());
+    const bool chosen = from_->isChosen(old.key.view());
+    const bool marked = from_->isMarked(old.key.view());
+    const bool markedThere = isNoted(plan_.chosen, current.key.view());
+    if (there ? isIdentical(entry, *there) && !(farther && marked && !markedThere)
+              : old.isDefault && !(farther && chosen))
       return add(name, Action::Same, value, value);
     if (old.row->machineSpecific && !request_.folders)
       return add(name, Action::Left, value,
                  folder ? say("a folder of {}", std::to_string(plan_.from.year)) : say("this machine's"));
     if (old.row->secret && !request_.secrets) return add(name, Action::Left, value, say("a secret"));
-    if (there && !request_.overwrite && !current.isDefault)
+    // A default that a program stored is not to hide what is set for many desks.
+    if (farther && !chosen)
+      return add(name, Action::Left, value, say("nobody chose it there: what is set for many desks counts"));
+    if (there && !request_.overwrite && (!current.isDefault || markedThere))
       return add(name, Action::Kept, value,
                  current.unreadable ? say("(unreadable)")
                                     : masked(*current.row, current.value, request_.showSecrets));
@@ -414,15 +429,17 @@ class Carrying {
       else if (plan_.from.year != plan_.to.year)
         plan_.unchanged.push_back(name);
     }
-    set(current.key, entry);
+    set(current.key, entry, marked);
     // What follows the option comes with it.
     for (const Text& key : current.row->entries())
-      if (const Value* own = source_.find(key.view()); own && qorvane::isDerivedEntry(key)) set(key, *own);
+      if (const Value* own = source_.find(key.view()); own && qorvane::isDerivedEntry(key))
+        set(key, *own, from_->isMarked(key.view()));
     add(name, Action::Copied, value, detail);
   }
 
-  void set(const Text& key, const Value& entry) {
+  void set(const Text& key, const Value& entry, bool marked) {
     plan_.entries.set(key, entry);
+    note(plan_.chosen, key, marked);
     given_.set(key, entry);
   }
 
@@ -440,7 +457,7 @@ class Carrying {
         } else if (there && !request_.overwrite) {
           add(key.string(), Action::Kept, value, plainEntry(there));
         } else {
-          set(key, entry);
+          set(key, entry, from_->isMarked(key.view()));
           add(key.string(), Action::Copied, value, value);
         }
       }
@@ -451,6 +468,7 @@ class Carrying {
   const CarryRequest& request_;
   CarryPlan plan_;
   Dictionary source_;
+  std::shared_ptr<const qorvane::LayeredSettings> from_, to_;
   Dictionary given_;
   std::set<std::string, std::less<>> taken_;
   std::map<std::string, std::vector<std::size_t>> contenders_;
@@ -536,15 +554,21 @@ void carryForward(Session& session, const CarryRequest& request, std::ostream& o
   std::vector<CarryPlan> plans;
   if (request.dryRun) {
     plans = plannedCarrying(session, request);
+    for (const CarryPlan& plan : plans)
+      if (plan.count(Action::Copied) > 0) requireUnlocked(session, plan.to, plan.before, plan.entries);
   } else {
     // From the first look to the last byte nobody else may save.
     const FileUserDefaults::Lock lock(session.files());
     putBackUnfinished(session);
     plans = plannedCarrying(session, request);
     Changes changes;
+    Marks marks;
     for (const CarryPlan& plan : plans)
-      if (plan.count(Action::Copied) > 0) changes[plan.to] = plan.entries;
-    changeAll(session, changes);
+      if (plan.count(Action::Copied) > 0) {
+        changes[plan.to] = plan.entries;
+        marks[plan.to] = chosenAmong(plan.chosen, plan.entries);
+      }
+    changeAll(session, changes, marks);
     tellUnlessSaved(session, changes);
   }
   if (session.json()) {

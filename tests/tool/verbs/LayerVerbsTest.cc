@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "qorvane/foundation/Dictionary.h"
+#include "qorvane/preferences/FileUserDefaults.h"
 #include "qorvane/propertylist/PropertyList.h"
 #include "tests/TestHome.h"
 #include "tests/tool/ToolRun.h"
@@ -206,6 +207,140 @@ TEST_F(LayerVerbsTest, ADoctorTellsOfLayersThatOthersCanChangeAndOfLocksOnNothin
   EXPECT_EQ(tool({"get", "preparerCity"}).out, "\n");
 }
 
+// ---- what was chosen, on its way between desks and years ------------------------------------------------
+
+class ChosenTest : public LayerVerbsTest {
+ protected:
+  static constexpr Text kReview = "PostAssessmentOption";  // 2 unless somebody chose.
+  static Text key(int year) { return Text("QorvaneT1Settings" + std::to_string(year)); }
+  // A user's file as programs leave it, with the default that a getter stored.
+  static void save(int year, Dictionary entries, Array marks = {}) {
+    qorvane::FileUserDefaults files;
+    files.setSettings({std::move(entries), Value(std::move(marks))}, key(year));
+    ASSERT_TRUE(files.synchronize());
+  }
+  static Value marks(int year) { return qorvane::FileUserDefaults().inspect(key(year)).chosen; }
+  static std::string reads(int year) {
+    return optionsmgr({"--year", std::to_string(year), "get", "preparerPostAssessmentReview"}).out;
+  }
+  void writeOffice(Array locked = {}) const {
+    write(machineFolder() / "QorvaneT1Settings.plist", "QorvaneT1Settings", {{kReview, Text("5")}},
+          std::move(locked));
+  }
+  static ToolResult import(const fs::path& file, std::vector<std::string> more = {}) {
+    more.insert(more.begin(), {"import", file.string()});
+    return tool(more);
+  }
+};
+
+TEST_F(ChosenTest, AMarkTravelsWithItsEntryInEveryForm) {
+  const Array marked{Text(kReview)};
+  for (const char* name : {"chosen.plist", "chosen.xml", "chosen.json"}) {
+    save(2024, {{kReview, Text("2")}, {"PCity", Text("Alma")}}, marked);
+    const fs::path file = home.path() / name;
+    ASSERT_EQ(tool({"export", "--force", file.string()}).exit, 0);
+    fs::remove(home.store() / "QorvaneT1Settings2024.plist");
+    writeOffice();
+    ASSERT_EQ(reads(2024), "5\n");
+    const ToolResult result = import(file);
+    EXPECT_EQ(result.exit, 0) << result.err;
+    EXPECT_EQ(result.out.find("Chosen"), std::string::npos) << "it is no settings' name: " << result.out;
+    EXPECT_EQ(marks(2024), Value(marked)) << name;
+    EXPECT_EQ(reads(2024), "2\n");
+    EXPECT_EQ(tool({"list", "--unknown"}).out, "");
+    fs::remove(machineFolder() / "QorvaneT1Settings.plist");
+  }
+  // Without its entry, nothing of it is handed out.
+  EXPECT_EQ(tool({"export", "--format", "json", "-", "preparerCity"}).out.find("Chosen"), std::string::npos);
+}
+
+TEST_F(ChosenTest, SeveralYearsKeepTheirMarksApart) {
+  save(2023, {{kReview, Text("2")}}, {Text(kReview)});
+  save(2024, {{kReview, Text("2")}, {"PCity", Text("")}}, {Text("PCity"), Text("Gone")});
+  const json told = json::parse(tool({"export", "--all", "--format", "json", "-"}).out);
+  EXPECT_EQ(told["Chosen"], (json{{"QorvaneT1Settings2023", {"PostAssessmentOption"}},
+                                  {"QorvaneT1Settings2024", {"PCity"}}}));
+  const fs::path file = home.path() / "all.plist";
+  ASSERT_EQ(tool({"export", "--all", file.string()}).exit, 0);
+  fs::remove_all(home.store());
+  ASSERT_EQ(optionsmgr({"import", file.string()}).exit, 0);
+  EXPECT_EQ(marks(2023), Value(Array{Text(kReview)}));
+  EXPECT_EQ(marks(2024), Value(Array{Text("PCity")}));
+}
+
+TEST_F(ChosenTest, AnImportLeavesOutWhatNobodyChoseWhereTheOfficeHasAValue) {
+  const fs::path file = home.path() / "other-desk.json";
+  writeFile(file, R"({"QorvaneT1Settings2024":{"PostAssessmentOption":"2","PCity":"Alma"}})");
+  writeOffice();
+  const ToolResult result = import(file);
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_NE(result.out.find("nobody chose it there"), std::string::npos) << result.out;
+  EXPECT_EQ(reads(2024), "5\n");
+  EXPECT_EQ(tool({"--layer", "user", "export", "--format", "json", "-"}).out.find("PostAssessment"),
+            std::string::npos);
+  // Another value was chosen, and without an office everything is taken.
+  writeFile(file, R"({"QorvaneT1Settings2024":{"PostAssessmentOption":"4"}})");
+  ASSERT_EQ(import(file).exit, 0);
+  EXPECT_EQ(reads(2024), "4\n");
+  fs::remove(machineFolder() / "QorvaneT1Settings.plist");
+  writeFile(file, R"({"QorvaneT1Settings2024":{"PostAssessmentOption":"2"}})");
+  ASSERT_EQ(import(file).exit, 0);
+  EXPECT_EQ(reads(2024), "2\n");
+  EXPECT_EQ(marks(2024), Value());
+}
+
+TEST_F(ChosenTest, WhatAFileNamesByOptionIsChosen) {
+  save(2024, {{kReview, Text("2")}});
+  writeOffice();
+  ASSERT_EQ(reads(2024), "5\n");
+  const fs::path file = home.path() / "mine.json";
+  writeFile(file, R"({"preparerPostAssessmentReview":"2"})");
+  const ToolResult result = import(file);
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_NE(result.out.find("it counts before"), std::string::npos) << result.out;
+  EXPECT_EQ(reads(2024), "2\n");
+  EXPECT_EQ(marks(2024), Value(Array{Text(kReview)}));
+  EXPECT_NE(import(file).out.find("nothing to change"), std::string::npos);
+}
+
+TEST_F(ChosenTest, AnImportSaysEachLockAndCanLeaveThoseOut) {
+  writeOffice({Text(kReview)});
+  const fs::path file = home.path() / "mine.json";
+  writeFile(file, R"({"preparerPostAssessmentReview":"4","preparerCity":"Alma"})");
+  for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--dry-run"}}) {
+    const ToolResult result = import(file, more);
+    EXPECT_EQ(result.exit, 77) << result.err;
+    EXPECT_NE(result.err.find("preparerPostAssessmentReview is locked by"), std::string::npos) << result.err;
+    EXPECT_FALSE(fs::exists(home.store() / "QorvaneT1Settings2024.plist"));
+  }
+  const ToolResult result = import(file, {"--skip-bad"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_NE(result.out.find("is locked by"), std::string::npos) << result.out;
+  EXPECT_EQ(tool({"get", "preparerCity"}).out, "Alma\n");
+  EXPECT_EQ(reads(2024), "5\n");
+}
+
+TEST_F(ChosenTest, CarryingTakesWhatWasChosenWithItsMark) {
+  save(2023, {{kReview, Text("2")}, {"PCity", Text("Alma")}});
+  writeOffice();
+  const std::vector<std::string> carry{"carry-forward", "--all", "--from", "2023", "--to", "2024"};
+  ToolResult result = tool(carry);
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_EQ(tool({"get", "preparerCity"}).out, "Alma\n");
+  EXPECT_EQ(reads(2024), "5\n") << result.out;
+  save(2023, {{kReview, Text("2")}}, {Text(kReview)});
+  ASSERT_EQ(tool(carry).exit, 0);
+  EXPECT_EQ(reads(2024), "2\n");
+  EXPECT_EQ(marks(2024), Value(Array{Text(kReview)}));
+  // Now it is the later year's own, and stays.
+  save(2023, {{kReview, Text("4")}});
+  ASSERT_EQ(tool(carry).exit, 0);
+  EXPECT_EQ(reads(2024), "2\n");
+  writeOffice({Text(kReview)});
+  result = tool({"carry-forward", "--overwrite", "--dry-run", "--from", "2023", "--to", "2024"});
+  EXPECT_EQ(result.exit, 77) << result.out;
+}
+
 // ---- root -----------------------------------------------------------------------------------------------
 
 class MachineLayerTest : public LayerVerbsTest {
@@ -264,6 +399,20 @@ TEST_F(MachineLayerTest, TakesAFileButNobodysSecrets) {
   // What is handed out again is the layer's.
   EXPECT_NE(tool({"--layer", "machine", "export", "-"}).out.find("Gaspé"), std::string::npos);
   EXPECT_NE(tool({"export", "-"}).exit, 0) << "the user has nothing of his own";
+}
+
+TEST_F(MachineLayerTest, AnImportHidesNothingFartherBehindWhatNobodyChose) {
+  write(firmFolder() / "QorvaneT1Settings2024.plist", "QorvaneT1Settings2024",
+        {{"PostAssessmentOption", Text("5")}});
+  ASSERT_EQ(machine({"set", "preparerCity", "Alma"}).exit, 0);
+  const fs::path given = home.path() / "office.json";
+  writeFile(given, R"({"QorvaneT1Settings2024":{"PostAssessmentOption":"2","PCity":""}})");
+  const ToolResult result = machine({"--year", "2024", "import", given.string()});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_EQ(tool({"get", "preparerPostAssessmentReview"}).out, "5\n");
+  EXPECT_EQ(tool({"get", "preparerCity"}).out, "Alma\n")
+      << "the file for every year stands behind the year's";
+  EXPECT_FALSE(fs::exists(machineFolder() / "QorvaneT1Settings2024.plist"));
 }
 
 TEST_F(MachineLayerTest, ChangesNothingInAFolderThatOthersCanChangeNorInADamagedFile) {
