@@ -37,6 +37,7 @@ std::vector<Row> exitRows() {
       {Exit::TryAgain, say(Word::exitTryAgain)},
       {Exit::NoPermission, say(Word::exitNoPermission)}};
   std::vector<Row> rows;
+  rows.reserve(exits.size());
   for (const auto& [exit, meaning] : exits) rows.push_back({std::to_string(static_cast<int>(exit)), meaning});
   return rows;
 }

@@ -272,6 +272,7 @@ void printPreview(const Session& session, const std::vector<PreviewLine>& lines,
   }
   if (!session.reports()) return;
   std::vector<Row> rows;
+  rows.reserve(lines.size());
   for (const auto& [row, from, to] : lines)
     rows.push_back({std::string(row->name), inWords(masked(*row, from, false), from.isNil()) + " -> " +
                                                 inWords(masked(*row, to, false), to.isNil())});
