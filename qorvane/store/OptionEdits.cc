@@ -54,17 +54,29 @@ const OptionRow& rowOf(std::string_view name) {
 std::vector<Text> resetIn(Options& store, const OptionRow& row, const LayeredSettings* layers) {
   Dictionary& entries = *store.options();
   std::vector<Text> gone;
-  const auto remove = [&](const Text& key) {
-    const Value* const farther = layers ? layers->layers().standing(key, nullptr, false).value : nullptr;
+  const auto standing = [&](const Text& key) {
+    return layers ? layers->layers().standing(key, nullptr, false) : Layers::Standing();
+  };
+  const auto put = [&](const Text& key, const Value* farther) {
     entries.set(key, farther ? *farther : Value());
     gone.push_back(key);
   };
+  const auto remove = [&](const Text& key) { put(key, standing(key).value); };
   const auto isOwn = [&](const Text& key) {
     const Value* const now = entries.find(key.view());
-    const Value* const farther = layers ? layers->layers().standing(key, nullptr, false).value : nullptr;
+    const Value* const farther = standing(key).value;
     return now && !(farther && isIdentical(*now, *farther));
   };
-  remove(row.key(store.product()));
+  const Text key = row.key(store.product());
+  remove(key);
+  // The province's code and line are nothing without it, and come from where it comes from.
+  if (key == optsStr_PreparerProvince) {
+    const Layer* const from = standing(key).layer;
+    for (const Text& follower : {optsStr_PracPOCode, optsStr_PreparerProvinceAndPostalCode}) {
+      const auto farther = from ? from->find(follower.view()) : std::nullopt;
+      put(follower, farther ? farther->value : nullptr);
+    }
+  }
   // The size is both fonts', and means nothing without a font.
   if (row.type == OptionType::Font && !isOwn(optsStr_HeaderFontName) && !isOwn(optsStr_FooterFontName))
     remove(optsStr_HeaderFontSize);

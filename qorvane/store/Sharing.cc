@@ -158,7 +158,9 @@ Dictionary StoreMerge::mergedEntries(const LayeredSettings& standing,
     if (!isFollower(change.key)) own.set(change.key, change.value);
   for (const Key& follower : kProvinceFollowers)
     if (followerIsOurs(follower, changes, base, theirs)) {
-      const Value* const value = now.find(follower);
+      // One that was reset is in the dictionary as the farther layer has it, and none of the user's.
+      const auto changed = std::ranges::find(changes, follower.text(), &EntryChange::key);
+      const Value* const value = changed == changes.end() ? now.find(follower) : &changed->value;
       own.set(follower, value ? *value : Value());
     }
   for (const Dictionary::Entry& entry : now) {

@@ -349,6 +349,20 @@ TEST_F(LayeredOptionsTest, AWindowsResetPutsTheFartherValueInItsPlace) {
   EXPECT_EQ(program.options().changedNames(), std::vector<Text>{"preparerCity"});
 }
 
+TEST_F(LayeredOptionsTest, AResetProvinceComesWithTheCodeOfItsLayerAlone) {
+  desk_.setUser({{"PProv", "Alberta"}, {"PProvCode", "AB"}, {"PProvandPCode", "Alberta T5A"}});
+  desk_.setLayer("machine_year", {{"PProv", "Quebec"}, {"PProvCode", "QC"}});
+  desk_.setLayer("firm_every", {{"PProvandPCode", "Ontario K1A"}});
+  Program program(desk_);
+  OptionEdits edits(program.options());
+  edits.reset("preparerProvince");
+  ASSERT_TRUE(edits.apply());
+  EXPECT_EQ(entry(program, "PProv"), Text("Quebec"));
+  EXPECT_EQ(entry(program, "PProvCode"), Text("QC"));
+  EXPECT_TRUE(entry(program, "PProvandPCode").isNil());
+  for (const char* key : {"PProv", "PProvCode", "PProvandPCode"}) EXPECT_TRUE(userEntry(key).isNil()) << key;
+}
+
 TEST_F(LayeredOptionsTest, NoDefaultIsFilledInWhereAFartherLayerHasTheEntry) {
   desk_.setUser({{optsStr_DisclaimerTxt, ""}}, {optsStr_DisclaimerTxt});
   desk_.setLayer("machine_every", {{optsStr_DisclaimerTxt, "Ours"}, {optsStr_PreparerFirmName, ""}});

@@ -114,6 +114,18 @@ TEST_F(OptionEditsTest, AFontThatIsResetTakesTheSizeWithItWhenItIsTheLast) {
   EXPECT_EQ(onDisk("HeaderFontSize"), Value());
 }
 
+TEST_F(OptionEditsTest, AProvinceThatIsResetTakesItsCodeAndLineWithIt) {
+  edits.set("preparerProvince", "Ontario");
+  ASSERT_TRUE(edits.apply());
+  ASSERT_EQ(onDisk("PProvCode"), Value(Text("ON")));
+  ASSERT_FALSE(onDisk("PProvandPCode").isNil());
+  edits.reset("preparerProvince");
+  ASSERT_TRUE(edits.apply());
+  EXPECT_TRUE(store.preparerProvince().isNil());
+  EXPECT_EQ(onDisk("PProvCode"), Value());
+  EXPECT_EQ(onDisk("PProvandPCode"), Value());
+}
+
 TEST_F(OptionEditsTest, ARefusalIsSettledByKeepingTheValueAnyway) {
   edits.set("t1013LevelOfAuth", "7");
   edits.set("preparerCity", "Alma");
