@@ -1,6 +1,7 @@
 #include "window/Editor.h"
 
 #include <QAbstractItemView>
+#include <QComboBox>
 #include <QEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -98,6 +99,12 @@ QBoxLayout* Editor::beside() {
 void Editor::name(QWidget* control, const QString& also) const {
   control->setAccessibleName(also.isEmpty() ? item_.label() : QString("%1, %2").arg(item_.label(), also));
   control->setAccessibleDescription(item_.description());
+  if (!qobject_cast<QComboBox*>(control)) return;
+  // On Linux a list's name is what is chosen in it; what it is for is told by a label, which has to be its
+  // sibling.
+  auto* label = new QLabel(control->accessibleName(), control->parentWidget());
+  label->setBuddy(control);
+  label->hide();
 }
 
 namespace {

@@ -13,7 +13,8 @@
 
 namespace optionsmgr::window {
 
-Page::Page(RowActions& actions, QWidget* parent) : QScrollArea(parent), actions_(actions) {
+Page::Page(RowActions& actions, QWidget* before, QWidget* parent)
+    : QScrollArea(parent), actions_(actions), before_(before) {
   setWidgetResizable(true);
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::NoFocus);
@@ -166,12 +167,15 @@ void Page::show(Sheet& sheet, const std::vector<Section>& sections, QWidget* hea
     if (std::ranges::find(shown_, row) == shown_.end()) row->hide();
   for (Row* row : shown_) row->setVisible(true);
   // Tab follows what is read.
-  QWidget* last = nullptr;
+  QWidget* last = before_;
+  const auto follow = [&](QWidget* stop) {
+    setTabOrder(last, stop);
+    last = stop;
+  };
+  if (head)
+    for (QPushButton* button : head->findChildren<QPushButton*>()) follow(button);
   for (Row* row : shown_)
-    for (QWidget* stop : row->stops()) {
-      if (last) setTabOrder(last, stop);
-      last = stop;
-    }
+    for (QWidget* stop : row->stops()) follow(stop);
   setUpdatesEnabled(true);
 }
 
@@ -194,6 +198,7 @@ void Page::say(const QString& text, const QString& answer, const std::function<v
     connect(button, &QPushButton::clicked, this, then);
     layout_->addWidget(button, 0, Qt::AlignLeft);
     button->show();
+    setTabOrder(before_, button);
     between_.push_back(button);
   }
   layout_->addStretch(1);

@@ -24,7 +24,8 @@ struct Section {
 
 class Page : public QScrollArea {
  public:
-  Page(RowActions& actions, QWidget* parent);
+  /// Tab comes to the page from `before`.
+  Page(RowActions& actions, QWidget* before, QWidget* parent);
 
   /// The rows of another sheet, or of the same one in another language, from now on.
   void forget();
@@ -60,6 +61,7 @@ class Page : public QScrollArea {
   bool haveRoom(const Section& section) const;
 
   RowActions& actions_;
+  QWidget* const before_;
   Sheet* sheet_ = nullptr;
   std::vector<Section> sections_;
   // Sections of several columns have them.

@@ -200,7 +200,8 @@ void Row::setOther(const QString& name, const std::optional<QString>& value) {
 std::vector<QWidget*> Row::stops() const {
   std::vector<QWidget*> stops;
   const auto add = [&](QWidget* widget) {
-    if (widget->focusPolicy() & Qt::TabFocus) stops.push_back(widget);
+    // What hands the keyboard on, as the line in a list does, is no stop of its own.
+    if ((widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy()) stops.push_back(widget);
   };
   for (QWidget* widget : editor_->findChildren<QWidget*>())
     if (widget->window() == window()) add(widget);

@@ -41,7 +41,7 @@ Window::Window(const Start& start) : desk_(start.folder) {
   column->addWidget(makeHeader());
   column->addWidget(lineBetween(this));
   groups_ = new Sidebar(this);
-  page_ = new Page(*this, this);
+  page_ = new Page(*this, groups_, this);
   auto* middle = new QHBoxLayout;
   middle->setSpacing(0);
   middle->addWidget(groups_);
@@ -237,9 +237,10 @@ void Window::translate() {
   product_->setItemText(0, said(Word::PersonalProduct));
   product_->setItemText(1, said(Word::CorporateProduct));
   product_->setCurrentIndex(sheet_->product().corporate ? 1 : 0);
-  product_->setAccessibleName(said(Word::Product));
+  // On Linux a list's name is what is chosen in it, so what it is for stands in its description.
+  product_->setAccessibleDescription(said(Word::Product));
   fillYears();
-  year_->setAccessibleName(said(Word::TaxYear));
+  year_->setAccessibleDescription(said(Word::TaxYear));
   words_->setPlaceholderText(said(Word::SearchSettings) + "  Ctrl+F");
   words_->setAccessibleName(said(Word::SearchSettings));
   english_->setChecked(!speaksFrench());
