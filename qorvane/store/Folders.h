@@ -54,7 +54,7 @@ template <Message Complaint>
 struct ExistingFolder {
   template <class Form, class Fallback>
   static Text read(StoreAccess store, const Key& key, Fallback fallback) try {
-    const Text path = Reading<isMissingOrEmpty, false>::read<Form>(store, key, fallback);
+    Text path = Reading<isMissingOrEmpty, false>::read<Form>(store, key, fallback);
     ensureFolder(store.running(), path);
     return path;
   } catch (const Exception&) {
