@@ -569,7 +569,7 @@ void importIntoMachine(Session& session, const ImportRequest& request, std::ostr
   const ImportPlan plan = planned(session, request, file);
   for (const auto& [domain, entries] : plan.changes)
     if (!request.dryRun)
-      changeMachineSettings(session, domain, [&](MachineSettings& settings) {
+      changeMachineSettings(session, domain, [&, &entries = entries](MachineSettings& settings) {
         settings.entries = entries.value_or(Dictionary());
       });
   if (session.json())
