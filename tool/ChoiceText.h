@@ -8,11 +8,11 @@
 
 namespace optionsmgr {
 
-/// Each choice with its neutral value, its labels, whether it is offered in the running year, and whether it
-/// is the default: the one of that neutral value or label.
+/// Each choice with its neutral value, its stored labels and those for people, whether it is offered in the
+/// running year, and whether it is the default: the one of that neutral value or label.
 Json choicesAsJson(const qorvane::ChoiceList& list, const qorvane::Text& byDefault);
 
-/// The same as a table, indented by that text.
+/// The same as a table, with the labels for people, indented by that text.
 void printChoices(const Session& session, const qorvane::ChoiceList& list, const qorvane::Text& byDefault,
                   std::ostream& out, const std::string& indent = "");
 

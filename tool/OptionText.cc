@@ -11,12 +11,14 @@
 
 #include "qorvane/desktop/ColorArchive.h"
 #include "qorvane/foundation/Text.h"
+#include "qorvane/jurisdictions/Jurisdictions.h"
 #include "qorvane/jurisdictions/ProvinceCodeMapping.h"
 #include "qorvane/store/NSColorHexadecimalValue.h"
 #include "tool/ChoiceText.h"
 #include "tool/ColorText.h"
 #include "tool/Failure.h"
 #include "tool/speech/Language.h"
+#include "tool/speech/Plain.h"
 #include "tool/speech/Suggest.h"
 
 namespace optionsmgr {
@@ -64,9 +66,33 @@ std::optional<T> wholly(std::string_view words) {
   std::string wanted;
   for (const Choice& choice : list.choices) {
     wanted += (wanted.empty() ? "" : ", ") + inQuotes(choice.neutral.view());
-    if (choice.english != choice.neutral) wanted += " (" + choice.english.string() + ')';
+    const Text label = choice.label(language());
+    if (label != choice.neutral) wanted += " (" + label.string() + ')';
   }
   refuse(row, words, wanted);
+}
+
+// The letters and digits alone, small and without accents: a desk's keyboard has no dash of the labels.
+std::string plainly(std::string_view label) {
+  std::string plain = plainLetters(label);
+  std::erase_if(plain, [](char c) { return c == ' ' || c == '\''; });
+  return plain;
+}
+
+// What is typed, or the label that it spells without regard to case, accents and punctuation.
+std::string spelled(const OptionRow& row, std::string_view words) {
+  const std::string plain = plainly(words);
+  const auto isSpelled = [&](const Text& label) { return !plain.empty() && plainly(label.view()) == plain; };
+  if (row.choices && !row.choices->meant(words))
+    for (const Choice& choice : row.choices->choices)
+      for (const Text& label :
+           {choice.englishLabel, choice.frenchLabel, choice.english, choice.french, choice.neutral})
+        if (isSpelled(label)) return choice.neutral.string();
+  if (!row.choices && row.check(Text(words), nullptr))
+    for (const qorvane::Jurisdiction& place : qorvane::jurisdictions())
+      for (const Text& label : {place.englishLabel, place.frenchLabel, place.english, place.code})
+        if (isSpelled(label) && !row.check(place.english, nullptr)) return place.english.string();
+  return std::string(words);
 }
 
 }  // namespace
@@ -105,8 +131,10 @@ Value parsedFor(const OptionRow& row, std::string_view words, bool forced) {
   const ChoiceList* list = row.choices;
   // Where nothing is chosen at first, it can be so again.
   const bool cleared = words.empty() && row.fallback() == Value(words);
-  if (list && !cleared && !forced && !list->meant(words)) refuseChoice(row, *list, words);
-  return row.meant(Text(words));
+  if (forced) return row.meant(Text(words));
+  const std::string meant = spelled(row, words);
+  if (list && !cleared && !list->meant(meant)) refuseChoice(row, *list, words);
+  return row.meant(Text(meant));
 }
 
 std::string shown(const OptionRow& row, const Value& value) {

@@ -52,6 +52,13 @@ TEST(ChoicesAndFontsTest, AChoiceIsSaidByItsValueOrByItsLabelInEitherLanguage) {
            {"rc59AllowUpdateAccess", "", ""},
            {"alberta_OrganizationType", "PARTNERSHIP", "PARTNERSHIP"},
            {"preparerModeOfDelivery", "Tlphone", "Phone"},
+           {"preparerModeOfDelivery", "efile plus", "Efile Plus"},
+           {"preparerModeOfDelivery", "téléphone", "Phone"},
+           {"preparerNoticeOfAssAndTaxRefundOption", "adc seulement - adresse du preparateur", "2"},
+           {"rc59AllowUpdateAccess", "3 Délégation de pouvoirs, mise à jour et consultation", "03"},
+           {"alberta_OrganizationType", "société de personnes", "PARTNERSHIP"},
+           {"preparerProvince", "colombie britannique", "British Columbia"},
+           {"preparerProvince", "QUÉBEC", "Quebec"},
            {"mr69_AuthType", "2", "2-Power of attorney"},
            {"mr69_Authorization", "3-L'année courante et les années suivantes",
             "3-Current year and following years"},
@@ -72,7 +79,12 @@ TEST(ChoicesAndFontsTest, AnythingElseIsRefusedWithTheChoices) {
   EXPECT_EQ(level.code, 65);
   EXPECT_EQ(level.out,
             "optionsmgr: \"level-1\" does not fit t1013LevelOfAuth: it takes \"1\" (Level-1 Disclose), "
-            "\"2\" (Level-2 Disclose/Request Changes)\n");
+            "\"2\" (Level-2 Disclose and request changes)\n");
+  EXPECT_NE(optionsmgr("--lang fr set rc59AllowUpdateAccess 4").out.find("(1-Consultation seulement)"),
+            std::string::npos);
+  // Letters that only look like a label's, and a country, mean none.
+  EXPECT_EQ(optionsmgr("set preparerModeOfDelivery paperr").code, 65);
+  EXPECT_EQ(optionsmgr("set preparerProvince Canada").code, 65);
   EXPECT_EQ(optionsmgr("set t1013LevelOfAuth ''").code, 65);
   EXPECT_EQ(optionsmgr("set mr69_AuthType ''").code, 65);
   EXPECT_EQ(optionsmgr("get t1013LevelOfAuth").out, "1\n");

@@ -56,7 +56,8 @@ TEST_F(JsonDocumentTest, EveryOptionHasTheDocumentedFieldsInBothLanguages) {
       EXPECT_FALSE(option["label"]["french"].get<std::string>().empty()) << name;
       const json choices = option["choices"].is_null() ? json::array() : option["choices"];
       for (const json& choice : choices)
-        EXPECT_EQ(namesOf(choice), (Names{"neutral", "english", "french", "offered", "default"})) << name;
+        EXPECT_EQ(namesOf(choice), (Names{"neutral", "english", "french", "label", "offered", "default"}))
+            << name;
     }
   }
 }

@@ -103,19 +103,21 @@ TEST_F(AnswerVerbsTest, VocabularyIsSearched) {
   expectFailure(tool({"vocabulary", "--search", "no such thing"}), 1, "no such thing");
 }
 
-TEST_F(AnswerVerbsTest, ChoicesShowWhatIsStoredAndBothLabels) {
+TEST_F(AnswerVerbsTest, ChoicesShowWhatIsStoredAndTheLabelsForPeople) {
   EXPECT_EQ(shown({"choices", "ModeOfDelivery"}),
-            "neutral     English     French    offered  by default\n"
-            "Paper       Paper       Papier    yes      yes\n"
-            "Phone       Phone       Tlphone   yes      no\n"
-            "Efile Plus  Efile Plus  TED Plus  yes      no\n");
+            "neutral     English     French     offered  by default\n"
+            "Paper       Paper       Papier     yes      yes\n"
+            "Phone       Phone       Téléphone  yes      no\n"
+            "Efile Plus  Efile Plus  TED Plus   yes      no\n");
   const json all = json::parse(shown({"--json", "choices"}));
   EXPECT_EQ(all.size(), 11u);
-  EXPECT_EQ(all["RC59OptionsMapping"][1], (json{{"neutral", "02"},
-                                                {"english", "2-Allow Update & View"},
-                                                {"french", "2-Allow Update & View"},
-                                                {"offered", true},
-                                                {"default", false}}));
+  EXPECT_EQ(all["RC59OptionsMapping"][1],
+            (json{{"neutral", "02"},
+                  {"english", "2-Allow Update & View"},
+                  {"french", "2-Allow Update & View"},
+                  {"label", {{"english", "2-Update and view"}, {"french", "2-Mise à jour et consultation"}}},
+                  {"offered", true},
+                  {"default", false}}));
   // From 2012 to 2015 the default is the one that is not offered.
   const json crossed =
       json::parse(tool({"--year", "2013", "--json", "choices", "AssessmentOptionsMapping"}).out);
