@@ -153,8 +153,11 @@ void CommandLine::refuseUnknown(const Walk& walked) const {
   const std::vector<std::string_view> names(owned.begin(), owned.end());
   for (const Word& word : walked.words) {
     const std::string name = word.text.substr(0, word.text.find('='));
-    if (word.kind == Word::Kind::Option && !word.option)
-      throw Failure(Exit::Usage, say("there is no option \"{}\"", name) + didYouMean(name, names) + seeHelp);
+    if (word.kind != Word::Kind::Option || word.option) continue;
+    // Of the verb, but typed before it.
+    if (std::ranges::find(names, name) != names.end())
+      throw Failure(Exit::Usage, say("{} goes after the verb", name) + seeHelp);
+    throw Failure(Exit::Usage, say("there is no option \"{}\"", name) + didYouMean(name, names) + seeHelp);
   }
   if (walked.valueOf("store") == "") throw Failure(Exit::Usage, say("--store names no folder"));
   const std::vector<std::string> values = walked.values();

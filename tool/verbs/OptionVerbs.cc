@@ -52,7 +52,8 @@ struct SearchRequest {
 
 // ---- list -----------------------------------------------------------------------------------------------
 
-// The group of that name in either language, or of the name that is the same in both; null for an empty word.
+// The group of that name in either language, or of the name that is the same in both, or else the only one
+// whose name begins like that; null for an empty word.
 const OptionGroup* groupMeant(const std::string& word) {
   if (word.empty()) return nullptr;
   std::vector<std::string_view> names;
@@ -61,6 +62,13 @@ const OptionGroup* groupMeant(const std::string& word) {
       if (plainLetters(name) == plainLetters(word)) return &group;
     names.push_back(group.name(language()));
   }
+  const OptionGroup* begun = nullptr;
+  bool isOnlyOne = false;
+  for (const OptionGroup& group : qorvane::optionGroups())
+    for (const std::string_view name : {group.english.view(), group.french.view()})
+      if (plainLetters(name).starts_with(plainLetters(word)) && begun != &group)
+        isOnlyOne = !std::exchange(begun, &group);
+  if (isOnlyOne) return begun;
   throw Failure(Exit::NotFound, say("there is no group \"{}\"", word) + didYouMean(word, names));
 }
 

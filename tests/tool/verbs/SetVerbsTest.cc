@@ -158,7 +158,9 @@ TEST_F(SetVerbsTest, OptionsAreFoundByWhatTheyMean) {
   EXPECT_EQ(tool({"list", "*CITY*"}).exit, 0);
   EXPECT_NE(tool({"list", "--group", "Colours", "--labels"}).out.find("mainBackColor"), std::string::npos);
   EXPECT_EQ(tool({"list", "--group", "Couleurs"}).out, tool({"list", "--group", "colours"}).out);
+  EXPECT_EQ(tool({"list", "--group", "préparateur"}).out, tool({"list", "--group", "Preparer"}).out);
   EXPECT_EQ(tool({"list", "--group", "Colors"}).exit, 1);
+  EXPECT_EQ(tool({"list", "--group", "F"}).exit, 1);  // begins several
 }
 
 // ---- the command line -------------------------------------------------------------------------------------
@@ -171,6 +173,8 @@ TEST_F(SetVerbsTest, WhatCannotBeUnderstoodIsNamed) {
     return result.err;
   };
   EXPECT_NE(refused({"list", "--chnged"}).find("did you mean \"--changed\""), std::string::npos);
+  EXPECT_NE(refused({"--chnged", "list"}).find("there is no option"), std::string::npos);
+  EXPECT_NE(refused({"--changed", "list"}).find("--changed goes after the verb"), std::string::npos);
   EXPECT_NE(refused({"get"}).find("OPTION is required"), std::string::npos);
   EXPECT_NE(refused({"describe", "zsupress", "one", "two"}).find("one two"), std::string::npos);
   for (const char* year : {"0", "10000", "-1", "2024x", ""}) EXPECT_NE(refused({"--year", year, "list"}), "");
