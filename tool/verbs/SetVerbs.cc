@@ -205,7 +205,7 @@ std::vector<Assignment> assignmentsFromInput() {
 std::vector<Assignment> assignmentsOf(const Session& session, const SetRequest& request) {
   std::vector<Assignment> all;
   if (request.fromInput) {
-    if (!request.option.empty()) throw Failure(Exit::Usage, say("--stdin takes no options besides"));
+    if (!request.option.empty()) throw Failure(Exit::Usage, say("{} takes no options besides", "--stdin"));
     all = assignmentsFromInput();
   } else if (request.option.find('=') != std::string::npos) {
     all.push_back(assignmentOf(request.option));
@@ -228,13 +228,13 @@ std::vector<Assignment> assignmentsOf(const Session& session, const SetRequest& 
   return all;
 }
 
-// The option's value, held to its check.
-Value valueFor(Options& store, const Assignment& asked, bool force) {
-  const Value wanted = parsedFor(*asked.row, asked.words, force);
-  if (const auto refusal = force ? std::nullopt : asked.row->check(wanted, &store))
-    throw Failure(Exit::BadData, say("this value does not fit {}: {}{}; --force stores it", asked.row->name,
-                                     told(*refusal), nearestRight(asked.words, *refusal)));
-  return wanted;
+// Holds each value to its check, in a store that has them all: whether a postal code is right depends on the
+// country that is set beside it.
+void requireFitting(Options& store, const std::vector<Assignment>& all) {
+  for (const Assignment& asked : all)
+    if (const auto refusal = asked.row->check(parsedFor(*asked.row, asked.words, false), &store))
+      throw Failure(Exit::BadData, say("this value does not fit {}: {}{}; --force stores it", asked.row->name,
+                                       told(*refusal), nearestRight(asked.words, *refusal)));
 }
 
 // Sets the option, and tells when it is kept in another form, such as its default for the empty text. Throws
@@ -352,12 +352,20 @@ void set(Session& session, const SetRequest& request, std::ostream& out) {
   // Before anybody is made to wait: what is refused is refused at once.
   const auto now = session.load();
   std::vector<const OptionRow*> rows;
-  for (const Assignment& asked : all) {
-    static_cast<void>(valueFor(*now, asked, request.force));
-    rows.push_back(asked.row);
+  {
+    DomainStore tried(session, domainOf(session), *now->options());
+    for (const Assignment& asked : all) try {
+        rows.push_back(asked.row);
+        asked.row->write(tried.options(), parsedFor(*asked.row, asked.words, request.force));
+      } catch (const qorvane::Exception& error) {
+        throw unreadable(*asked.row, error);
+      }
+    if (!request.force) requireFitting(tried.options(), all);
   }
   const auto setOwn = [&](Options& store) {
-    for (const Assignment& asked : all) writeIn(store, *asked.row, valueFor(store, asked, request.force));
+    for (const Assignment& asked : all)
+      writeIn(store, *asked.row, parsedFor(*asked.row, asked.words, request.force));
+    if (!request.force) requireFitting(store, all);
   };
   const auto setMachine = [&](Dictionary& entries) {
     const Domain domain = editedDomain(session);
@@ -365,11 +373,12 @@ void set(Session& session, const SetRequest& request, std::ostream& out) {
       if (asked.row->secret)
         throw Failure(Exit::BadData,
                       say("{} is a secret, and everybody can read the machine's settings", asked.row->name));
-      DomainStore store(session, domain, entries);
-      const Value wanted = valueFor(store.options(), asked, request.force);
+      const Value wanted = parsedFor(*asked.row, asked.words, request.force);
       for (const auto& [key, entry] : entriesFor(session, domain, *asked.row, wanted, entries))
         entries.set(key, entry);
     }
+    DomainStore store(session, domain, entries);
+    if (!request.force) requireFitting(store.options(), all);
   };
   changeOrPreview(session, request.dryRun, rows, true, {setOwn, setMachine}, out);
 }
@@ -407,6 +416,8 @@ std::vector<Text> unknownEntries(const Dictionary& entries) {
 void reset(Session& session, const ResetRequest& request, std::ostream& out) {
   if (request.options.empty() && !request.all && !request.unknown)
     throw Failure(Exit::Usage, say("{} is required", "OPTION"));
+  if (!request.options.empty() && request.all)
+    throw Failure(Exit::Usage, say("{} takes no options besides", "--all"));
   const std::vector<const OptionRow*> rows = rowsToReset(request);
   if (request.dryRun && request.unknown)
     for (const Text& key : unknownEntries(*session.load()->options()))

@@ -50,6 +50,13 @@ TEST_F(SetVerbsTest, SeveralAreSetInOneSaveOrNotAtAll) {
   EXPECT_EQ(readFile(file()), before);
   EXPECT_EQ(tool({"set", "disclaimerTxt", "[a,b]"}).exit, 0);
   EXPECT_EQ(get("disclaimerTxt"), "[a,b]");
+  // Each is checked beside the others, in whatever order they come.
+  EXPECT_EQ(tool({"set", "preparerPostalCode=75001", "preparerCity=Paris"}).exit, 65);
+  EXPECT_EQ(get("preparerCity"), "Alma");
+  EXPECT_EQ(tool({"set", "preparerPostalCode=75001", "preparerCountry=France"}).exit, 0);
+  EXPECT_EQ(get("preparerPostalCode"), "75001");
+  EXPECT_EQ(tool({"set", "preparerCountry=Canada", "preparerPostalCode=75002"}).exit, 65);
+  EXPECT_EQ(get("preparerCountry"), "France");
 }
 
 TEST_F(SetVerbsTest, SeveralAreReadFromStandardInput) {
@@ -116,6 +123,8 @@ TEST_F(SetVerbsTest, PatternsAllAndUnknownEntriesAreReset) {
   EXPECT_EQ(get("disc_City"), "Laval");
   EXPECT_EQ(tool({"reset", "nothing*"}).exit, 1);
   EXPECT_EQ(tool({"reset"}).exit, 2);
+  EXPECT_EQ(tool({"reset", "--all", "preparerCity"}).exit, 2);
+  EXPECT_EQ(get("disc_City"), "Laval");
   EXPECT_EQ(tool({"reset", "--all"}).exit, 0);
   EXPECT_EQ(tool({"list", "--changed"}).out, "");
   qorvane::FileUserDefaults files;
