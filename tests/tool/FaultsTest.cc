@@ -94,7 +94,7 @@ TEST_F(FaultsTest, WhatIsReadIsRightOrIsNotAnswered) {
       {{"--json", "get", "preparerCity"}, "\"Alma\"\n"},
       {{"--quiet", "list", "preparerCity"}, "preparerCity  text  Alma\n"}};
   for (const auto& [words, answer] : answers)
-    atEachCall(words, [&](const ToolResult& result) {
+    atEachCall(words, [&, &answer = answer](const ToolResult& result) {
       EXPECT_EQ(result.out, result.exit == 0 ? answer : "");
       EXPECT_LT(result.exit, 128);
       EXPECT_TRUE(result.exit == 0 || !result.err.empty());
