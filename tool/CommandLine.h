@@ -26,6 +26,9 @@ class CommandLine {
   /// of the store say so. Throws Failure (usage).
   Requested parse(const std::vector<std::string>& words);
 
+  /// Sets the language alone.
+  void settleLanguage(const std::vector<std::string>& words) const { settleLanguage(walk(app_, words)); }
+
   const CLI::App& app() const { return app_; }
   const Verbs& verbs() const { return verbs_; }
   const Settings& settings() const { return settings_; }

@@ -16,6 +16,7 @@ enum class Exit : int {
   NotFound = 1,  ///< Not found, or different.
   Usage = 2,
   BadData = 65,
+  Unavailable = 69,  ///< A program that is needed is not there.
   CannotCreate = 73,
   InputOutput = 74,
   Locked = 75,

@@ -5,6 +5,7 @@
 #include "qorvane/foundation/Version.h"
 #include "tool/CommandLine.h"
 #include "tool/Failure.h"
+#include "tool/FirmProgram.h"
 #include "tool/Session.h"
 #include "tool/speech/Completion.h"
 #include "tool/speech/Help.h"
@@ -26,6 +27,12 @@ Exit run(const CommandLine& line) try {
 bool answeredToScripts(const CommandLine& line, const std::vector<std::string>& words) {
   if (words.empty()) return false;
   if (words[0] == "--complete") {
+    if (words.size() > 2 && words[1] == "firm") {
+      std::vector<std::string> others = words;
+      others.erase(others.begin() + 1);
+      becomeFirmProgram(others);
+      return true;  // What is not installed completes nothing.
+    }
     Session session(line.settings());
     for (const std::string& candidate : completions(line.app(), session, {words.begin() + 1, words.end()}))
       std::cout << candidate << '\n';
@@ -42,6 +49,12 @@ bool answeredToScripts(const CommandLine& line, const std::vector<std::string>& 
 Exit runTool(const std::vector<std::string>& words) {
   CommandLine line;
   Exit exit = Exit::Done;
+  if (const auto others = wordsForFirm(line.app(), words)) {
+    becomeFirmProgram(*others);
+    line.settleLanguage(words);
+    throw Failure(Exit::Unavailable,
+                  say("optionsmgr-firm is not installed; it comes with the package of that name"));
+  }
   if (!answeredToScripts(line, words)) switch (line.parse(words)) {
       case CommandLine::Requested::Help:
         printHelp(line.app(), line.verbs(), line.verb(), std::cout);

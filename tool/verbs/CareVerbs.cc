@@ -198,6 +198,10 @@ void watch(Session& session, const WatchRequest& request, std::ostream& out) {
   } while (changes.changedKeys().empty() || watch.tellChanges());
 }
 
+struct FirmRequest {
+  std::vector<std::string> words;
+};
+
 }  // namespace
 
 void addCareVerbs(Verbs& verbs) {
@@ -215,6 +219,14 @@ void addCareVerbs(Verbs& verbs) {
         verb.add_flag("--show-secrets", request.showSecrets, Phrase("show passwords"));
       },
       watch, "  optionsmgr watch 'preparer*'\n  optionsmgr watch --json\n");
+  // Another program does it, before the verb is run (tool/FirmProgram.h).
+  verbs.add<FirmRequest>(
+      "firm", "keep the settings of a firm's desks in PostgreSQL: runs optionsmgr-firm with these words",
+      [](CLI::App& verb, FirmRequest& request) {
+        verb.add_option("WORDS", request.words, Phrase("what optionsmgr-firm takes"));
+      },
+      [](Session&, const FirmRequest&, std::ostream&) {},
+      "  optionsmgr firm status\n  optionsmgr firm set --place Laval preparerCity Laval\n");
 }
 
 }  // namespace optionsmgr
