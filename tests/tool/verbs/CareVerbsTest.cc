@@ -323,10 +323,10 @@ TEST_F(CareVerbsTest, TheRangeOfEachType) {
             std::string::npos);
   EXPECT_EQ(tool({"range", "rc59AllowUpdateAccess"}).exit, 0);
   EXPECT_EQ(tool({"range", "preparerModeOfDelivery"}).out,
-            "neutral     English     French    offered  by default\n"
-            "Paper       Paper       Papier    yes      yes\n"
-            "Phone       Phone       Tlphone   yes      no\n"
-            "Efile Plus  Efile Plus  TED Plus  yes      no\n");
+            "neutral     English     French     offered  by default\n"
+            "Paper       Paper       Papier     yes      yes\n"
+            "Phone       Phone       Téléphone  yes      no\n"
+            "Efile Plus  Efile Plus  TED Plus   yes      no\n");
   EXPECT_EQ(tool({"range", "preparerCity"}).out, "any text\n");
   EXPECT_EQ(tool({"range", "cifFileFolder"}).out, "an absolute path\n");
   EXPECT_EQ(json::parse(tool({"--json", "range", "autoSaveAfter"}).out)["most"], 1440);
